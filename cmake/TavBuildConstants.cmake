@@ -1,0 +1,52 @@
+# SPDX-License-Identifier: MIT
+# The constants of the build: cache variables here, one generated source file for the compiler.
+include_guard(GLOBAL)
+
+set(TAV_PLATFORM_ADDRESS "http://127.0.0.1:48620" CACHE STRING
+    "Cloud platform: scheme, host and port, no trailing slash")
+set(TAV_CONVERSION_ADDRESS "http://127.0.0.1:48620" CACHE STRING
+    "Conversion service: scheme, host and port, no trailing slash")
+set(TAV_CLIENT_CREDENTIAL "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=" CACHE STRING
+    "Authorization header of the account requests: Basic, a space, Base64 of client-id:secret")
+set(TAV_REFRESH_BEARER "Bearer tav-local-refresh" CACHE STRING
+    "Authorization header of the token refresh request: Bearer, a space, the fixed token")
+set(TAV_ACCOUNT_CIPHER_KEY "tav-local-key-16" CACHE STRING
+    "Key and initialisation vector of the account cipher: 16 printable ASCII characters")
+
+foreach(name TAV_PLATFORM_ADDRESS TAV_CONVERSION_ADDRESS)
+    if(NOT "${${name}}" MATCHES "^https?://[^/]+$")
+        message(FATAL_ERROR "${name} must be scheme://host:port without a trailing slash, not \"${${name}}\"")
+    endif()
+endforeach()
+foreach(name TAV_CLIENT_CREDENTIAL TAV_REFRESH_BEARER)
+    if(NOT "${${name}}" MATCHES "^[ -~]+$")
+        message(FATAL_ERROR "${name} is a header value and must be printable ASCII on one line")
+    endif()
+endforeach()
+string(LENGTH "${TAV_ACCOUNT_CIPHER_KEY}" key_length)
+if(NOT key_length EQUAL 16 OR NOT "${TAV_ACCOUNT_CIPHER_KEY}" MATCHES "^[ -~]+$")
+    message(FATAL_ERROR "TAV_ACCOUNT_CIPHER_KEY must have exactly 16 printable ASCII characters")
+endif()
+
+# Everybody who reads this file knows these three; a product that ships them has no secret.
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    set(published
+        "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=" "Bearer tav-local-refresh" "tav-local-key-16")
+    foreach(name TAV_CLIENT_CREDENTIAL TAV_REFRESH_BEARER TAV_ACCOUNT_CIPHER_KEY)
+        if("${${name}}" IN_LIST published)
+            message(WARNING "${name} still has its published default, which protects nothing. "
+                "Set it with -D${name}=... before shipping this build.")
+        endif()
+    endforeach()
+endif()
+
+# tav_build_constants(out): writes the source file that defines the constants and returns its path.
+function(tav_build_constants out)
+    foreach(name TAV_PLATFORM_ADDRESS TAV_CONVERSION_ADDRESS TAV_CLIENT_CREDENTIAL TAV_REFRESH_BEARER TAV_ACCOUNT_CIPHER_KEY)
+        string(REPLACE "\\" "\\\\" ${name} "${${name}}")
+        string(REPLACE "\"" "\\\"" ${name} "${${name}}")
+        string(REPLACE "?" "\\?" ${name} "${${name}}")
+    endforeach()
+    configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/BuildConstants.cpp.in ${PROJECT_BINARY_DIR}/generated/BuildConstants.cpp @ONLY)
+    set(${out} ${PROJECT_BINARY_DIR}/generated/BuildConstants.cpp PARENT_SCOPE)
+endfunction()

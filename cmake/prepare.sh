@@ -1,0 +1,26 @@
+# SPDX-License-Identifier: MIT
+# Sourced by run, test and .ci/run: moves to the project's root and installs what this machine lacks.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
+
+install_packages() {
+    local wanted missing=() package root=()
+    wanted=$(grep -v '^#' cmake/debian-packages.txt)
+    for package in $wanted; do
+        # A package counts as there only when it is installed and configured, not when dpkg merely knows it.
+        [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    [ "$(id -u)" = 0 ] || root=(sudo)
+    echo "Installing: ${missing[*]}"
+    "${root[@]}" apt-get update -q=2 &&
+        "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q=2 -y --no-install-recommends "${missing[@]}" >/dev/null || {
+        echo "Some packages could not be installed." >&2
+        exit 1
+    }
+}
+
+install_packages
+
+# What one build directory compiled serves the others.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
