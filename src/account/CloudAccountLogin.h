@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tav_cloud_platform_sdk_export.h"
+
+#include <QMap>
+#include <QString>
+#include <QVariant>
+
+/// The signed-in user's session with the cloud platform.
+///
+/// The operations send one request (logout() up to three) and return true on success; after false the reason
+/// is in getLastError(). A success leaves the text of the last failure in place, so read it after false only.
+/// Reasons are the platform's own texts, "连接超时" (no complete reply within 5000 ms) or "返回值解析失败"
+/// (no usable reply).
+///
+/// Threads: everything is for the thread of the application object (the GUI thread). An operation blocks it
+/// for at most 5000 ms a request, in an event loop that holds user input back but keeps timers and painting
+/// alive.
+///
+/// Text arguments are zero-terminated byte strings in the local 8-bit encoding; a null pointer counts as
+/// empty. Passwords leave the process enciphered only and are never logged.
+class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudAccountLogin
+{
+public:
+    /// The one session of this process, made at the first call (from any thread) and alive until the module
+    /// unloads.
+    static CloudAccountLogin* instance();
+
+    CloudAccountLogin(const CloudAccountLogin&) = default;
+    CloudAccountLogin& operator=(const CloudAccountLogin&) = default;
+
+    /// The platform's base address, scheme://host:port, fixed when the module was built.
+    QString getUrl() const;
+    /// What was typed at the last sign-in, successful or not: user name, phone number or e-mail address.
+    QString getMobile() const;
+    /// The account name that the platform gave at the last successful sign-in; kept after logout().
+    QString getUserName() const;
+    /// The access token; kept after logout().
+    QString getToken() const;
+    /// The refresh token; kept after logout().
+    QString getRefreshToken() const;
+    /// The reason of the last failure.
+    QString getLastError() const;
+    /// Whether a user is signed in. A failed sign-in does not sign out who was signed in before.
+    bool getLoginState() const;
+
+    /// Signs in with a user name (UTF-8, sent as it is) and a password.
+    /// Writes the tokens, the user name and the login state on success; what was typed is kept either way.
+    bool userLoginAccount(const char* userName, const char* password);
+
+    /// Sets a new password for the account of \a phone (a phone number or an e-mail address), with the code
+    /// that the platform sent. Changes nothing in the session.
+    bool resetPassword(const char* phone, const char* newPassword, const char* smsCode);
+
+    /// Signs out, after checking the access token and, if it has expired, refreshing it (up to three
+    /// requests). When nobody is signed in: false at once, nothing is sent, getLastError() keeps its text.
+    /// Tokens and names are kept; tokens that were refreshed on the way stay refreshed even if signing out
+    /// then fails.
+    bool logout();
+
+private:
+    CloudAccountLogin();
+    ~CloudAccountLogin() = default;
+
+    bool accepted(bool sent, const QMap<QString, QVariant>& reply);
+    void signIn(const QMap<QString, QVariant>& reply);
+
+    QString url;
+    QString mobile;
+    QString userName;
+    QString token;
+    QString refreshToken;
+    QString password;
+    bool loginState = false;
+    QString lastError;
+};

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tav_cloud_platform_sdk_export.h"
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+/// One signed-in user's cloud space, as one piece of host software works in it on one current cloud project.
+///
+/// A value: copies are independent and carry everything, the last error and the listed projects included. The
+/// base address and the token are copies taken at construction; after a token refresh, build a new client.
+///
+/// The operations send one request each and return true on success; after false the reason is in
+/// getLastError(): the platform's own text, "网络错误:code(text)", "连接超时" (no complete reply within 5000
+/// ms) or "返回值解析失败" (no usable reply). Each empties the last error before it sends. Out-arguments are
+/// written on success only; listings append to the caller's container without emptying it.
+///
+/// Threads: one object is for the GUI thread only. An operation blocks it for at most 5000 ms, in an event
+/// loop that holds user input back but keeps timers and painting alive. The client may be destroyed from a
+/// timer meanwhile: the operation then ends without touching it.
+class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFileManger
+{
+public:
+    /// One cloud project.
+    struct ShareProjectInfo
+    {
+        QString id;
+        QString projectTitle;
+        QString sourceClient; ///< the software that owns the project
+        QString targetClient; ///< the software it was shared to; empty for one's own projects
+        QString description; ///< empty for one's own projects
+    };
+
+    /// One friend in the address book.
+    struct CloudAddressBookInfo
+    {
+        QString id;
+        QString friendUser; ///< account name
+        QString friendPhone;
+        QString friendRemark; ///< the name shown for the friend
+        QString friendUnit; ///< company
+    };
+
+    /// One group that the user belongs to.
+    struct CloudGroupInfo
+    {
+        QString id;
+        QString groupName;
+        QString createUser; ///< account name of the owner
+        QString inviteCode;
+    };
+
+    /// One member of a group.
+    struct CloudGroupMemberInfo
+    {
+        QString id;
+        QString groupId;
+        QString username;
+        qint32 adminFlag = 0; ///< non-zero marks the group's manager
+    };
+
+    /// \param baseAddress   the platform, as CloudAccountLogin::getUrl() gives it
+    /// \param accessToken   the bearer token, as CloudAccountLogin::getToken() gives it
+    /// \param third         kept and copied, never read
+    /// \param softName      the name of the host software, sent as "sourceClient"
+    /// \param shareSourceSoft  the names of the software whose shares the file tree lists
+    /// \param backupSuffix  appended to a project's title to name its backup file
+    /// \param projectName   the current project's name
+    /// \param projectId     the current project's id; empty when there is none yet
+    ///
+    /// With a project id the constructor asks for the two software tables, two requests of at most 5000 ms
+    /// each; a failure is left in getLastError() and the client is usable all the same. Without one it sends
+    /// nothing.
+    CloudFileManger(QString baseAddress, QString accessToken, QString third, QString softName,
+        QStringList shareSourceSoft, QString backupSuffix, QString projectName, QString projectId);
+    CloudFileManger(const CloudFileManger& other);
+    CloudFileManger& operator=(const CloudFileManger& other);
+    ~CloudFileManger();
+
+    /// The reason of the last failure; empty after an operation that succeeded.
+    QString getLastError() const;
+    QString getProjectId() const;
+    QString getProjectName() const;
+    QString getSoftName() const;
+    QStringList getShareSourceSoft() const;
+    /// Makes \a id the current project; sends nothing.
+    void setProjectID(QString id);
+
+    /// This software's own projects by id, as the last successful getAllCloudProjectBackup() listed them.
+    QMap<QString, ShareProjectInfo> getAllCloudProjects() const;
+    /// Other software's projects by source client and then by id.
+    QMap<QString, QMap<QString, ShareProjectInfo>> getForeignCloudProjects() const;
+
+    /// \name Cloud projects and backups
+    /// @{
+
+    /// Creates a cloud project and makes it the current one.
+    bool AddCloudProInfo(QString title, QString description);
+
+    /// Uploads the file at \a filePath as the current project's backup, streamed from disk. Without a current
+    /// project: false at once, nothing is sent, the last error keeps its text. A file that cannot be read is
+    /// announced to the platform without any bytes, and refused there.
+    bool BackupCloudProFile(QString filePath);
+
+    /// Lists this software's projects; see getAllCloudProjects(). A failure keeps the projects listed before.
+    bool getAllCloudProjectBackup();
+
+    /// Downloads the backup of \a projectId to \a savePath, replacing a file there only once the whole body
+    /// has been written. When the file cannot be written: false with an empty last error. Without a current
+    /// project (not the argument's): false at once, nothing is sent, the last error keeps its text.
+    bool DownloadCloudProFile(QString projectId, QString savePath);
+
+    /// @}
+    /// \name Which files travel between which software
+    /// @{
+
+    /// Asks for the adaptation table of this software. Nothing of it is kept; true means the platform
+    /// answered with success. Without a current project: false at once, nothing is sent, the last error keeps
+    /// its text.
+    bool getSoftwareAdaptationType();
+    /// Asks for the support table; otherwise like getSoftwareAdaptationType().
+    bool getSoftwareSupportType();
+    /// Says that \a targetClient accepts files of \a supportTypeId from this software.
+    bool updateSoftwareAdaptationType(QString supportTypeId, QString targetClient);
+    /// Describes a file type that this software works with.
+    bool updateSoftwareSupportType(
+        QString title, QString typeFlag, QString typeSuffix, QString typeDescription);
+
+    /// @}
+
+private:
+    struct Private;
+    std::shared_ptr<Private> d;
+};

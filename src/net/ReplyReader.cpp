@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "net/ReplyReader.h"
+
+#include <QFileInfo>
+#include <QNetworkReply>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <unistd.h>
+#endif
+
+namespace {
+
+/// Whether everything written to \a file is on the disk. QSaveFile syncs too, but ignores what comes of it,
+/// and some file systems tell of a full disk only here.
+bool synced(QFileDevice& file)
+{
+    if (!file.flush())
+        return false;
+#ifdef Q_OS_UNIX
+    return fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+#else
+    return true;
+#endif
+}
+
+} // namespace
+
+bool BodyReader::take(QNetworkReply& reply)
+{
+    tooLarge = tooLarge || reply.bytesAvailable() > limit - bytes.size();
+    if (tooLarge)
+        bytes.clear();
+    else
+        bytes += reply.readAll();
+    return !tooLarge;
+}
+
+bool FileReader::take(QNetworkReply& reply)
+{
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const QByteArray chunk = reply.readAll();
+    if (status / 100 != 2 || chunk.isEmpty())
+        return true;
+    received += chunk.size();
+    if (state == State::Empty)
+        state = openFile() ? State::Writing : State::Failed;
+    if (state == State::Writing && file.write(chunk) != chunk.size())
+        state = State::Failed;
+    return state == State::Writing;
+}
+
+bool FileReader::hasWholeBody(const QNetworkReply& reply) const
+{
+    // Nothing more is wanted of a reply that was given up here.
+    if (state == State::Failed)
+        return true;
+    // The error alone does not tell: a body that was cut often ends without one.
+    const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
+    return state == State::Writing && reply.error() == QNetworkReply::NoError
+        && (!length.isValid() || length.toLongLong() == received);
+}
+
+bool FileReader::openFile()
+{
+    // Renaming over a device or a pipe would take it away.
+    const QFileInfo target(file.fileName());
+    return (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+}
+
+bool FileReader::commit()
+{
+    if (state == State::Writing && synced(file))
+        return file.commit();
+    file.cancelWriting();
+    return false;
+}

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QSaveFile>
+
+class QNetworkReply;
+
+/// Takes a reply's body as it arrives.
+class ReplyReader
+{
+public:
+    virtual ~ReplyReader() = default;
+    /// Takes what \a reply has now; false when the rest is not wanted.
+    virtual bool take(QNetworkReply& reply) = 0;
+};
+
+/// Keeps the body in memory, up to a limit: a peer must not be able to fill the host's memory.
+class BodyReader : public ReplyReader
+{
+public:
+    explicit BodyReader(int sizeLimit)
+        : limit(sizeLimit)
+    {
+    }
+    bool take(QNetworkReply& reply) override;
+    /// The whole body; empty when it was larger than the limit.
+    const QByteArray& body() const { return bytes; }
+
+private:
+    int limit;
+    bool tooLarge = false;
+    QByteArray bytes;
+};
+
+/// Streams the body of a 2xx reply into a temporary file beside the target, which it replaces in commit()
+/// only.
+class FileReader : public ReplyReader
+{
+public:
+    explicit FileReader(const QString& savePath)
+        : file(savePath)
+    {
+    }
+    bool take(QNetworkReply& reply) override;
+    /// Whether a 2xx reply's body has come, and all of it.
+    bool hasWholeBody(const QNetworkReply& reply) const;
+    /// Puts the file in place; false, with the old file untouched, if anything was not written.
+    bool commit();
+
+private:
+    enum class State
+    {
+        Empty,
+        Writing,
+        Failed
+    };
+
+    bool openFile();
+
+    QSaveFile file;
+    qint64 received = 0;
+    State state = State::Empty;
+};

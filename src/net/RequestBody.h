@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QFile>
+#include <QIODevice>
+#include <QMap>
+#include <QVariant>
+
+#include <memory>
+
+class QNetworkRequest;
+
+/// What a POST or PUT sends: bytes, and for an upload the bytes of a file between them, read from disk as
+/// they are needed. The length is fixed when the body is made.
+///
+/// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when
+/// the peer closes without answering; a body that refuses makes it report an error instead.
+class RequestBody : public QIODevice
+{
+public:
+    /// \a bytes as they are; what they are, a form unless somebody says otherwise, is the caller's to say.
+    explicit RequestBody(const QByteArray& bytes);
+
+    /// A multipart/form-data body: one part for each entry of \a fields in key order, then, unless \a
+    /// filePath is empty, the part "file". Only a regular file that can be opened has bytes in it.
+    RequestBody(const QMap<QString, QVariant>& fields, const QString& filePath);
+
+    /// Says in \a request what this body is.
+    void describeIn(QNetworkRequest& request) const;
+
+    /// Whether the file turned out shorter than it was when the body was made. The body ends there: nothing
+    /// is made up in place of what is missing.
+    bool cameUpShort() const { return fileShort; }
+
+    bool isSequential() const override { return false; }
+    qint64 size() const override { return head.size() + fileSize + tail.size(); }
+    bool seek(qint64 pos) override;
+    bool reset() override { return false; }
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override;
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    QByteArray boundary; // of a multipart body
+    QByteArray head;
+    std::unique_ptr<QFile> file;
+    qint64 fileSize = 0;
+    QByteArray tail;
+    qint64 at = 0;
+    bool fileShort = false;
+};

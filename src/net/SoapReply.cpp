@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "net/SoapReply.h"
+
+#include <algorithm>
+
+/// Works on bytes and without a parser: the text may be a hundred megabytes, and the service's element is
+/// known.
+QByteArray conversionResult(const QByteArray& body)
+{
+    for (const QByteArray& name :
+        {QByteArrayLiteral("ConDgn2DwgResult"), QByteArrayLiteral("ConDwg2DgnResult")}) {
+        const int opening = body.indexOf(name);
+        if (opening < 0)
+            continue;
+        int begin = opening + name.size();
+        const int closing = body.indexOf(name, begin);
+        if (closing < 0)
+            return QByteArray();
+
+        // Between the names stand the end of the opening tag, the text and "</"; either tag may carry more,
+        // an attribute or a namespace prefix.
+        int end = body.lastIndexOf("</", closing - 1);
+        if (end < begin)
+            end = closing - 2;
+        const bool attributes = begin < end && (body[begin] == ' ' || body[begin] == '\n');
+        begin = attributes ? body.indexOf('>', begin) + 1 : begin + 1;
+        return begin < end ? body.mid(begin, end - begin) : QByteArray("");
+    }
+    return QByteArray();
+}

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+
+/// The text of the conversion result element in \a body, or a null array when there is none.
+QByteArray conversionResult(const QByteArray& body);

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#include "net/WaitingDialog.h"
+
+WaitingDialog::WaitingDialog()
+    : QProgressDialog(nullptr, Qt::FramelessWindowHint)
+{
+    setMinimumDuration(3);
+    setMinimumWidth(400);
+    setLabelText(tr("read data..."));
+    setRange(0, 0);
+    setCancelButton(nullptr);
+    setWindowTitle(tr("Waiting"));
+}
