@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "AddressBook.h"
+
+#include "Accounts.h"
+
+#include <nlohmann/json.hpp>
+
+namespace local_platform {
+
+AddressBook::AddressBook(Database& database)
+    : database_(database)
+{
+}
+
+void AddressBook::addTo(Routes& routes)
+{
+    routes.add("GET", "/project/cloudAddressBook/list", [this](Call& call) { return list(call); });
+    routes.add("POST", "/project/cloudAddressBook/add", [this](Call& call) { return add(call); });
+    routes.add("DELETE", "/project/cloudAddressBook/delete", [this](Call& call) { return remove(call); });
+}
+
+Json AddressBook::list(Call& call)
+{
+    // The phone is what the user typed: a friend found by name does not give away a number.
+    return success(database_.work().rows(
+        R"(select book.id as "id", users.username as "friendUser", book.phone as "friendPhone",
+               book.remark as "friendRemark", book.unit as "friendUnit"
+           from address_book book join users on users.id = book.friend_id
+           where book.owner_id = :user order by book.id)",
+        {call.user()}));
+}
+
+Json AddressBook::add(Call& call)
+{
+    const Fields form = call.form();
+    const std::string& phone = form.filledText("friendPhone");
+    auto db = database_.work();
+    const auto user = findUser(db, phone);
+    if (!user)
+        throw unknown("account " + phone);
+    if (*user == call.user())
+        throw Refusal("This is your own account");
+    if (db.number("select id from address_book where owner_id = :user and friend_id = :friend",
+            {call.user(), *user}))
+        throw Refusal("This friend is in the address book already", 409);
+    db.run("insert into address_book (owner_id, friend_id, phone, remark, unit)"
+           " values (:owner, :friend, :phone, :remark, :unit)",
+        {call.user(), *user, phone, form.text("friendRemark"), form.text("friendUnit")});
+    db.commit();
+    return success(true);
+}
+
+Json AddressBook::remove(Call& call)
+{
+    const long long id = call.query().id("id");
+    auto db = database_.work();
+    if (!db.number(
+            "delete from address_book where id = :id and owner_id = :user returning id", {id, call.user()}))
+        throw unknown("friend");
+    db.commit();
+    return success(true);
+}
+
+} // namespace local_platform

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+#include "Database.h"
+
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
+
+namespace local_platform {
+
+namespace {
+
+// The dialect is kept to what SQLite and PostgreSQL share; "key" is the one word that differs between them. A
+// key is never given out twice, or a deleted group's id could come to mean another group.
+const std::string key = "integer primary key autoincrement";
+
+const std::vector<std::string> schema = {
+    "create table if not exists users (id " + key
+        + ", username text not null unique, phone text not null, mail text not null, password_hash text not "
+          "null)",
+    "create unique index if not exists users_phone on users (phone) where phone <> ''",
+    "create unique index if not exists users_mail on users (mail) where mail <> ''",
+    "create table if not exists tokens (access text primary key, refresh text not null unique,"
+    " user_id bigint not null references users (id), expires_at bigint not null,"
+    " refresh_expires_at bigint not null)",
+    "create index if not exists tokens_user on tokens (user_id)",
+    "create table if not exists codes (address text not null, purpose text not null, code text not null,"
+    " expires_at bigint not null, tries_left bigint not null, window_start bigint not null,"
+    " sent_in_window bigint not null, primary key (address, purpose))",
+
+    "create table if not exists projects (id " + key
+        + ", owner_id bigint not null references users (id), source_client text not null, title text not "
+          "null,"
+          " description text not null)",
+    "create index if not exists projects_owner on projects (owner_id, source_client)",
+    "create table if not exists backups (project_id bigint primary key references projects (id),"
+    " file_name text not null, stored_name text not null, size bigint not null)",
+
+    "create table if not exists support_types (id " + key
+        + ", owner_id bigint not null references users (id), source_software text not null, type_flag text "
+          "not null,"
+          " title text not null, type_suffix text not null, type_description text not null,"
+          " unique (owner_id, source_software, type_flag))",
+    "create table if not exists adaptation_types (id " + key
+        + ", owner_id bigint not null references users (id), source_client text not null,"
+          " support_type_id text not null, target_client text not null,"
+          " unique (owner_id, source_client, support_type_id, target_client))",
+
+    "create table if not exists address_book (id " + key
+        + ", owner_id bigint not null references users (id), friend_id bigint not null references users (id),"
+          " phone text not null, remark text not null, unit text not null, unique (owner_id, friend_id))",
+    "create table if not exists user_groups (id " + key
+        + ", owner_id bigint not null references users (id), name text not null, invite_code text unique)",
+    "create table if not exists group_members (id " + key
+        + ", group_id bigint not null references user_groups (id) on delete cascade,"
+          " user_id bigint not null references users (id), admin_flag bigint not null, unique (group_id, "
+          "user_id))",
+    "create index if not exists group_members_user on group_members (user_id)",
+
+    "create table if not exists shared_files (id " + key
+        + ", project_id bigint not null references projects (id), support_type_id text not null,"
+          " type_flag text not null, original_name text not null, stored_name text not null, size bigint not "
+          "null)",
+    "create index if not exists shared_files_project on shared_files (project_id)",
+    "create table if not exists shares (id " + key
+        + ", expires_at bigint not null, extraction_code text unique,"
+          " group_id bigint references user_groups (id) on delete cascade)",
+    "create index if not exists shares_group on shares (group_id)",
+    "create table if not exists share_files (share_id bigint not null references shares (id) on delete "
+    "cascade,"
+    " file_id bigint not null references shared_files (id), primary key (share_id, file_id))",
+    "create index if not exists share_files_file on share_files (file_id)",
+    "create table if not exists share_users (share_id bigint not null references shares (id) on delete "
+    "cascade,"
+    " user_id bigint not null references users (id), primary key (share_id, user_id))",
+    "create index if not exists share_users_user on share_users (user_id)",
+    "drop view if exists share_recipients",
+    "create view share_recipients as select share_id, user_id from share_users"
+    " union all select shares.id, group_members.user_id from shares"
+    " join group_members on group_members.group_id = shares.group_id",
+};
+
+Json columnValue(const soci::row& row, std::size_t column)
+{
+    if (row.get_indicator(column) == soci::i_null)
+        return nullptr;
+    switch (row.get_properties(column).get_data_type()) {
+    case soci::dt_integer:
+        return row.get<int>(column);
+    case soci::dt_long_long:
+        return row.get<long long>(column);
+    default:
+        return row.get<std::string>(column);
+    }
+}
+
+Json rowObject(const soci::row& row)
+{
+    Json object = Json::object();
+    for (std::size_t column = 0; column < row.size(); ++column)
+        object[row.get_properties(column).get_name()] = columnValue(row, column);
+    return object;
+}
+
+void bind(soci::statement& statement, const Database::Values& values)
+{
+    for (const Database::Value& value : values)
+        std::visit([&](const auto& plain) { statement.exchange(soci::use(plain)); }, value);
+}
+
+template <typename T>
+std::optional<T> firstValue(soci::session& sql, const std::string& query, const Database::Values& values)
+{
+    T value{};
+    soci::indicator indicator = soci::i_ok;
+    soci::statement statement(sql);
+    statement.alloc();
+    bind(statement, values);
+    statement.exchange(soci::into(value, indicator));
+    statement.prepare(query);
+    statement.define_and_bind();
+    if (!statement.execute(true) || indicator == soci::i_null)
+        return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+struct Database::Session
+{
+    explicit Session(const std::filesystem::path& file)
+        : sql(soci::sqlite3, "db=\"" + file.string() + '"')
+    {
+        // An answered request must survive a power cut, so every commit waits for the disk.
+        sql << "pragma journal_mode=wal";
+        sql << "pragma synchronous=full";
+        sql << "pragma foreign_keys=on";
+        for (const std::string& statement : schema)
+            sql << statement;
+    }
+
+    std::mutex mutex;
+    soci::session sql;
+};
+
+struct Database::Work::State
+{
+    explicit State(Session& session)
+        : lock(session.mutex)
+        , sql(session.sql)
+        , transaction(session.sql)
+    {
+    }
+
+    std::unique_lock<std::mutex> lock;
+    soci::session& sql;
+    soci::transaction transaction;
+};
+
+Database::Database(const std::filesystem::path& file)
+    : session_(std::make_unique<Session>(file))
+{
+}
+
+Database::~Database() = default;
+
+Database::Work Database::work()
+{
+    return Work(std::make_unique<Work::State>(*session_));
+}
+
+Database::Work::Work(std::unique_ptr<State> state)
+    : state_(std::move(state))
+{
+}
+
+Database::Work::Work(Work&&) noexcept = default;
+Database::Work::~Work() = default;
+
+std::optional<long long> Database::Work::number(const std::string& query, const Values& values)
+{
+    return firstValue<long long>(state_->sql, query, values);
+}
+
+std::optional<std::string> Database::Work::text(const std::string& query, const Values& values)
+{
+    return firstValue<std::string>(state_->sql, query, values);
+}
+
+Json Database::Work::row(const std::string& query, const Values& values)
+{
+    const Json all = rows(query, values);
+    return all.empty() ? Json() : all.front();
+}
+
+Json Database::Work::rows(const std::string& query, const Values& values)
+{
+    soci::row row;
+    soci::statement statement(state_->sql);
+    statement.alloc();
+    bind(statement, values);
+    statement.exchange(soci::into(row));
+    statement.prepare(query);
+    statement.define_and_bind();
+    statement.execute();
+    Json all = Json::array();
+    while (statement.fetch())
+        all.push_back(rowObject(row));
+    return all;
+}
+
+void Database::Work::run(const std::string& text, const Values& values)
+{
+    soci::statement statement(state_->sql);
+    statement.alloc();
+    bind(statement, values);
+    statement.prepare(text);
+    statement.define_and_bind();
+    statement.execute(true);
+}
+
+void Database::Work::commit()
+{
+    state_->transaction.commit();
+}
+
+} // namespace local_platform

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace local_platform {
+
+/// What the operator can choose; the defaults fit a client built with its own defaults.
+struct Options
+{
+    std::string listen = "127.0.0.1:48620";
+    std::filesystem::path data = "tav-local-platform-data";
+    std::filesystem::path outbox; ///< empty: "outbox" inside data
+    bool demoAccounts = false;
+
+    std::string tlsCertificate;
+    std::string tlsKey;
+
+    std::string clientCredential = "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=";
+    std::string refreshBearer = "Bearer tav-local-refresh";
+    std::string cipherKey = "tav-local-key-16";
+
+    std::uint64_t maxFileSize = 1ull << 30; ///< bytes of one uploaded file
+    long long tokenLifetime = 12 * 3600; ///< seconds
+    long long codeLifetime = 600; ///< seconds
+    long long clockOffset = 0; ///< seconds
+
+    std::string converter; ///< script run as: node SCRIPT IN OUT
+    std::uint64_t maxDrawingSize = 64ull << 20; ///< bytes of one drawing
+    int conversionTimeLimit = 25; ///< seconds; clients wait 30
+};
+
+} // namespace local_platform

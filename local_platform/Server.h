@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Options.h"
+#include "Platform.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace httplib {
+class Server;
+struct Request;
+struct Response;
+class ContentReader;
+} // namespace httplib
+
+namespace local_platform {
+
+/// The platform on the network.
+class Server
+{
+public:
+    /// Takes the address of the options; port 0 takes any free one. Throws when that fails.
+    Server(Platform& platform, const Options& options);
+    ~Server();
+
+    /// scheme://host:port
+    const std::string& address() const { return address_; }
+    /// Serves until stopped.
+    void serve();
+    /// From any thread.
+    void stop();
+
+private:
+    void addHandlers();
+    void bind(const std::string& listen, const std::string& scheme);
+    void handle(
+        const httplib::Request& request, const httplib::ContentReader* body, httplib::Response& response);
+
+    Platform& platform_;
+    std::unique_ptr<httplib::Server> http_;
+    std::string address_;
+    std::uint64_t largestBody_ = 0;
+};
+
+} // namespace local_platform

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "Tokens.h"
+
+#include "Secrets.h"
+
+#include <nlohmann/json.hpp>
+
+namespace local_platform {
+
+namespace {
+
+constexpr long long refreshLifetime = 30 * 24 * 3600;
+
+Json userInfo(Database::Work& db, long long user)
+{
+    return db.row("select id, username, phone, mail from users where id = :id", {user});
+}
+
+Json invalidToken(const std::string& description)
+{
+    Json reply = failure(1, description);
+    reply["error"] = "invalid_token";
+    reply["error_description"] = description;
+    return reply;
+}
+
+} // namespace
+
+Tokens::Tokens(Database& database, const Clock& clock, long long lifetime)
+    : database_(database)
+    , clock_(clock)
+    , lifetime_(lifetime)
+{
+}
+
+Json Tokens::issue(Database::Work& db, long long user) const
+{
+    const std::string access = randomToken();
+    const std::string refresh = randomToken();
+    const long long now = clock_.now();
+    db.run("delete from tokens where user_id = :user and refresh_expires_at <= :now", {user, now});
+    db.run("insert into tokens (access, refresh, user_id, expires_at, refresh_expires_at)"
+           " values (:access, :refresh, :user, :expires, :refresh_expires)",
+        {fingerprint(access), fingerprint(refresh), user, now + lifetime_,
+            now + lifetime_ + refreshLifetime});
+    return {{"code", 0}, {"msg", "success"}, {"access_token", access}, {"refresh_token", refresh},
+        {"token_type", "bearer"}, {"expires_in", lifetime_}, {"scope", "server"},
+        {"user_info", userInfo(db, user)}};
+}
+
+Json Tokens::refresh(const std::string& refreshToken)
+{
+    auto db = database_.work();
+    const auto user =
+        db.number("select user_id from tokens where refresh = :refresh and refresh_expires_at > :now",
+            {fingerprint(refreshToken), clock_.now()});
+    if (!user)
+        throw Refusal("The refresh token is unknown or has expired", 401);
+    db.run("delete from tokens where refresh = :refresh", {fingerprint(refreshToken)});
+    Json reply = issue(db, *user);
+    db.commit();
+    return reply;
+}
+
+long long Tokens::userOf(const std::string& token)
+{
+    const auto user =
+        database_.work().number("select user_id from tokens where access = :access and expires_at > :now",
+            {fingerprint(token), clock_.now()});
+    if (!user)
+        throw tokenRefused();
+    return *user;
+}
+
+Json Tokens::check(const std::string& token)
+{
+    auto db = database_.work();
+    const Json row =
+        db.row("select user_id, expires_at from tokens where access = :access", {fingerprint(token)});
+    if (row.is_null())
+        return invalidToken("Token was not recognised");
+    const long long expiresAt = row["expires_at"].get<long long>();
+    if (expiresAt <= clock_.now())
+        return invalidToken("Token has expired");
+    return {{"code", 0}, {"active", true}, {"exp", expiresAt},
+        {"user_info", userInfo(db, row["user_id"].get<long long>())}};
+}
+
+void Tokens::end(const std::string& token)
+{
+    userOf(token);
+    auto db = database_.work();
+    db.run("delete from tokens where access = :access", {fingerprint(token)});
+    db.commit();
+}
+
+void Tokens::endAllOf(Database::Work& db, long long user) const
+{
+    db.run("delete from tokens where user_id = :user", {user});
+}
+
+} // namespace local_platform

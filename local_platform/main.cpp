@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "Options.h"
+#include "Platform.h"
+#include "Secrets.h"
+#include "Server.h"
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/spdlog.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using local_platform::Options;
+
+void addOptions(CLI::App& app, Options& options, std::string& logLevel)
+{
+    app.add_option("--listen", options.listen, "host:port; port 0 takes any free one")->capture_default_str();
+    app.add_option("--data", options.data, "directory of all that the platform keeps")->capture_default_str();
+    app.add_option(
+        "--outbox", options.outbox, "directory for codes \"sent\" by SMS and mail; default: DATA/outbox");
+    app.add_flag("--demo-accounts", options.demoAccounts, "add the accounts alice, bob and carol");
+
+    CLI::Option* certificate =
+        app.add_option("--tls-certificate", options.tlsCertificate, "PEM file; serve HTTPS");
+    CLI::Option* key = app.add_option("--tls-key", options.tlsKey, "PEM file of the certificate's key");
+    certificate->needs(key)->check(CLI::ExistingFile);
+    key->needs(certificate)->check(CLI::ExistingFile);
+
+    app.add_option("--max-file-size", options.maxFileSize, "bytes of one uploaded file")
+        ->capture_default_str();
+    app.add_option("--token-lifetime", options.tokenLifetime, "seconds")->capture_default_str();
+    app.add_option("--code-lifetime", options.codeLifetime, "seconds")->capture_default_str();
+    app.add_option("--client-credential", options.clientCredential, "Authorization of the account requests");
+    app.add_option("--refresh-bearer", options.refreshBearer, "Authorization of the token refresh");
+    app.add_option("--cipher-key", options.cipherKey, "16 bytes; clients encipher passwords with it")
+        ->check([](const std::string& text) {
+            return text.size() == 16 ? std::string() : "The account cipher key must have 16 bytes";
+        });
+
+    app.add_option(
+           "--converter", options.converter, "script that converts drawings, run as: node SCRIPT IN OUT")
+        ->capture_default_str();
+    app.add_option("--max-drawing-size", options.maxDrawingSize, "bytes of one drawing to convert")
+        ->capture_default_str();
+    app.add_option("--conversion-time-limit", options.conversionTimeLimit, "seconds")->capture_default_str();
+
+    app.add_option(
+           "--clock-offset", options.clockOffset, "seconds by which the platform's clock is ahead; for tests")
+        ->capture_default_str();
+    app.add_option("--log-level", logLevel)
+        ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
+        ->capture_default_str();
+}
+
+int run(const Options& options)
+{
+    // Blocked before any thread starts, so that all inherit it and the signals wait for sigwait below.
+    sigset_t endings;
+    sigemptyset(&endings);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&endings, signal);
+    pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+
+    local_platform::initializeSecrets();
+    local_platform::Platform platform(options);
+    local_platform::Server server(platform, options);
+    std::thread serving([&] {
+        server.serve();
+        ::kill(::getpid(), SIGTERM);
+    });
+    std::cout << "tav-local-platform ready on " << server.address() << std::endl;
+
+    int signal = 0;
+    sigwait(&endings, &signal);
+    server.stop();
+    serving.join();
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("The cloud platform on one machine, for developers and tests");
+    Options options;
+    options.converter = TAV_CONVERTER;
+    std::string logLevel = "info";
+    addOptions(app, options, logLevel);
+    CLI11_PARSE(app, argc, argv);
+
+    spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
+    spdlog::set_level(spdlog::level::from_str(logLevel));
+    try {
+        return run(options);
+    } catch (const std::exception& error) {
+        std::cerr << "tav-local-platform: " << error.what() << std::endl;
+        return 1;
+    }
+}

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+#include "PlatformUnderTest.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <csignal>
+#include <httplib.h>
+
+namespace {
+
+const QByteArray clientCredential = "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=";
+const QByteArray boundary = "boundary_of_tests";
+constexpr int startTimeout = 20000;
+
+Answer toAnswer(const httplib::Result& result)
+{
+    if (!result)
+        return {};
+    return {result->status, QByteArray::fromStdString(result->body)};
+}
+
+Answer send(const Client& client,
+    const std::function<httplib::Result(httplib::Client&, const httplib::Headers&)>& request)
+{
+    httplib::Client http("127.0.0.1", client.port());
+    http.set_url_encode(false);
+    http.set_read_timeout(30);
+    httplib::Headers headers;
+    if (!client.authorization().isEmpty())
+        headers.emplace("Authorization", client.authorization().toStdString());
+    return toAnswer(request(http, headers));
+}
+
+} // namespace
+
+QJsonObject Answer::json() const
+{
+    return QJsonDocument::fromJson(body).object();
+}
+
+Client::Client(int port, const QByteArray& authorization)
+    : m_port(port)
+    , m_authorization(authorization)
+{
+}
+
+Answer Client::get(const QByteArray& path) const
+{
+    return send(
+        *this, [&](auto& http, const auto& headers) { return http.Get(path.toStdString(), headers); });
+}
+
+Answer Client::del(const QByteArray& path) const
+{
+    return send(
+        *this, [&](auto& http, const auto& headers) { return http.Delete(path.toStdString(), headers); });
+}
+
+Answer Client::post(const QByteArray& path, const QByteArray& body, const QByteArray& type) const
+{
+    return send(*this, [&](auto& http, const auto& headers) {
+        return http.Post(path.toStdString(), headers, body.toStdString(), type.toStdString());
+    });
+}
+
+Answer Client::postForm(const QByteArray& path, const FormFields& fields) const
+{
+    return post(path, multipart(fields), multipartType());
+}
+
+Answer Client::upload(const QByteArray& path, const FormFields& fields, const QByteArray& fileName,
+    const QByteArray& content) const
+{
+    const QByteArray disposition =
+        "Content-Disposition: form-data; name=\"file\"; filename=\"" + fileName + "\"\r\n\r\n";
+    return post(path, multipart(fields, disposition + content), multipartType());
+}
+
+PlatformUnderTest::PlatformUnderTest(const QStringList& options)
+{
+    start(options);
+}
+
+PlatformUnderTest::~PlatformUnderTest()
+{
+    if (m_process.state() != QProcess::NotRunning)
+        kill();
+}
+
+void PlatformUnderTest::start(const QStringList& options)
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(program(),
+        QStringList{"--listen", "127.0.0.1:0", "--data", m_directory.path(), "--demo-accounts", "--log-level",
+            "error"}
+            + options);
+    QByteArray line;
+    while (!line.endsWith('\n') && m_process.waitForReadyRead(startTimeout))
+        line += m_process.readLine();
+    const QByteArray ready = "tav-local-platform ready on http://127.0.0.1:";
+    if (!line.startsWith(ready))
+        qFatal("The platform did not start; it said \"%s\"", line.constData());
+    m_port = line.mid(ready.size()).trimmed().toInt();
+}
+
+void PlatformUnderTest::restart(const QStringList& options)
+{
+    if (m_process.state() != QProcess::NotRunning)
+        stop();
+    start(options);
+}
+
+void PlatformUnderTest::kill()
+{
+    m_process.kill();
+    m_process.waitForFinished(startTimeout);
+}
+
+int PlatformUnderTest::stop()
+{
+    m_process.terminate();
+    if (!m_process.waitForFinished(startTimeout) || m_process.exitStatus() != QProcess::NormalExit)
+        return -1;
+    return m_process.exitCode();
+}
+
+QStringList PlatformUnderTest::storedFiles() const
+{
+    return QDir(data() + "/files").entryList(QDir::Files) + QDir(data() + "/incoming").entryList(QDir::Files);
+}
+
+QByteArray PlatformUnderTest::sentCode(const QString& address) const
+{
+    const QDir outbox(data() + "/outbox");
+    const QStringList messages = outbox.entryList({"*-" + address + ".txt"}, QDir::Files, QDir::Name);
+    if (messages.isEmpty())
+        return {};
+    QFile file(outbox.filePath(messages.last()));
+    file.open(QIODevice::ReadOnly);
+    const QByteArray text = file.readAll();
+    const QByteArray label = "\nCode: ";
+    const int start = text.indexOf(label) + label.size();
+    return text.mid(start, text.indexOf('\n', start) - start);
+}
+
+Client PlatformUnderTest::asClient() const
+{
+    return Client(m_port, clientCredential);
+}
+
+Client PlatformUnderTest::signedIn(const QByteArray& demoUser) const
+{
+    const Answer answer = signIn(demoUser, wirePassword(demoUser));
+    return Client(m_port, "Bearer " + answer.json().value("access_token").toString().toLatin1());
+}
+
+Answer PlatformUnderTest::signIn(const QByteArray& user, const QByteArray& wirePassword) const
+{
+    return asClient().post("/auth/oauth/token?grant_type=password",
+        "username=" + user + "&password=" + wirePassword + "&scope=server",
+        "application/x-www-form-urlencoded");
+}
+
+QByteArray PlatformUnderTest::wirePassword(const QByteArray& demoUser)
+{
+    // demo-NAME-1 under the key tav-local-key-16, as OpenSSL's command line enciphers it.
+    static const QMap<QByteArray, QByteArray> cipherTexts = {
+        {"alice", "zzWW4pAe//Bbf6kbV3wnpQ=="},
+        {"bob", "6jFGRbSvMLEAL8DY1ErfrQ=="},
+        {"carol", "Mcf+MemX1Q/OedFsMCOIFg=="},
+    };
+    return cipherTexts.value(demoUser).toPercentEncoding();
+}
+
+QString PlatformUnderTest::program()
+{
+    return QStringLiteral(TAV_LOCAL_PLATFORM);
+}
+
+QByteArray addProject(const Client& client, const QByteArray& title, const QByteArray& software)
+{
+    return idText(client
+                      .postForm("/project/cloudProjectInfo/add",
+                          {{"sourceClient", software}, {"projectTitle", title}, {"description", "d"}})
+                      .data());
+}
+
+QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
+    const QByteArray& content, const QByteArray& supportType)
+{
+    const Answer answer = client.upload("/project/cloudProjectShare/upload",
+        {{"projectId", project}, {"sourceClient", "SoftA"}, {"supportTypeId", supportType},
+            {"typeFlag", "1"}},
+        name, content);
+    return idText(answer.data().toObject().value("logicalId"));
+}
+
+QByteArray idText(const QJsonValue& value)
+{
+    return QByteArray::number(value.toInt(-1));
+}
+
+QByteArray multipart(const FormFields& fields, const QByteArray& filePart)
+{
+    QByteArray body;
+    for (const auto& [name, value] : fields)
+        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value
+            + "\r\n";
+    if (!filePart.isEmpty())
+        body += "--" + boundary + "\r\n" + filePart + "\r\n";
+    return body + "--" + boundary + "--\r\n";
+}
+
+QByteArray multipartType()
+{
+    return "multipart/form-data; boundary=\"" + boundary + "\"";
+}

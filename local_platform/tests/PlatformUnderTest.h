@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QPair>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QVector>
+#include <QtTest>
+
+/// What the platform answered, looked at in several ways.
+struct Answer
+{
+    int status = 0; ///< 0: no answer
+    QByteArray body;
+
+    QJsonObject json() const;
+    int code() const { return json().value("code").toInt(-1); }
+    QString msg() const { return json().value("msg").toString(); }
+    QJsonValue data() const { return json().value("data"); }
+    QJsonObject item(int index) const { return data().toArray().at(index).toObject(); }
+    bool ok() const { return status == 200 && code() == 0; }
+};
+
+using FormFields = QVector<QPair<QByteArray, QByteArray>>;
+
+/// Requests of one user to one platform. Paths are sent as they are.
+class Client
+{
+public:
+    explicit Client(int port, const QByteArray& authorization = {});
+
+    Answer get(const QByteArray& path) const;
+    Answer del(const QByteArray& path) const;
+    Answer post(const QByteArray& path, const QByteArray& body = {}, const QByteArray& type = {}) const;
+    Answer postForm(const QByteArray& path, const FormFields& fields) const;
+    Answer upload(const QByteArray& path, const FormFields& fields, const QByteArray& fileName,
+        const QByteArray& content) const;
+
+    QByteArray authorization() const { return m_authorization; }
+    int port() const { return m_port; }
+
+private:
+    int m_port;
+    QByteArray m_authorization;
+};
+
+/// A running server with a data directory that outlives restarts. Demo accounts are always there.
+class PlatformUnderTest
+{
+public:
+    explicit PlatformUnderTest(const QStringList& options = {});
+    ~PlatformUnderTest();
+
+    /// On the same data, at another port.
+    void restart(const QStringList& options = {});
+    /// The end that no program can prepare for.
+    void kill();
+    /// The end that a server is asked for; returns its exit code.
+    int stop();
+
+    int port() const { return m_port; }
+    QString data() const { return m_directory.path(); }
+    /// The files that uploads have left on disk, finished or not.
+    QStringList storedFiles() const;
+    /// The code of the newest message to the address.
+    QByteArray sentCode(const QString& address) const;
+
+    Client asClient() const;
+    Client signedIn(const QByteArray& demoUser) const;
+    /// A password grant; the password as it travels: enciphered and percent-encoded.
+    Answer signIn(const QByteArray& user, const QByteArray& wirePassword) const;
+
+    static QByteArray wirePassword(const QByteArray& demoUser);
+    static QString program();
+
+private:
+    void start(const QStringList& options);
+
+    QTemporaryDir m_directory;
+    QProcess m_process;
+    int m_port = 0;
+};
+
+/// A new project of the client's; its id as it goes into a request.
+QByteArray addProject(
+    const Client& client, const QByteArray& title = "Survey", const QByteArray& software = "SoftA");
+/// A new file to share; its logical id as it goes into a request.
+QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
+    const QByteArray& content, const QByteArray& supportType = "1");
+QByteArray idText(const QJsonValue& value);
+QByteArray multipart(const FormFields& fields, const QByteArray& filePart = {});
+QByteArray multipartType();
