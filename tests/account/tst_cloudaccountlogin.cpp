@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+#include "account/AccessToken.h"
+#include "account/CloudAccountLogin.h"
+#include "net/BuildConstants.h"
+#include "net/ReplyEnvelope.h"
+#include "support/PublicOperations.h"
+#include "support/ScriptedPeer.h"
+#include "support/TestConstants.h"
+
+#include <QTest>
+
+namespace
+{
+const QByteArray form = "application/x-www-form-urlencoded";
+const QByteArray tokens = R"({"access_token":"A1","refresh_token":"R1","user_info":{"username":"server-name","password":"x"}})";
+const QByteArray newTokens = R"({"code":0,"access_token":"A2","refresh_token":"R2"})";
+const QByteArray known = R"({"user_info":{}})";
+const QByteArray expired = R"({"error":"invalid_token","error_description":"Token失效"})";
+
+/// One operation of the session: what it sends, and what a success makes of the session.
+struct Operation
+{
+    const char* name;
+    const char* row;
+    std::function<bool(CloudAccountLogin&)> call;
+    QByteArray target;
+    QByteArray contentType;
+    QByteArray body;
+    QByteArray success;
+    /// mobile, user name, token, refresh token
+    QStringList state;
+};
+
+// "pa ss&=%2" and "pa ss&=%16" as another cipher program enciphers them have "+", "/" and "=" in their Base64.
+const QVector<Operation> operations {
+    {"userLoginAccount", "", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "pa ss&=%2"); },
+        "/auth/oauth/token?grant_type=password", form,
+        "username=user&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", tokens,
+        {"user", "server-name", "A1", "R1"}},
+    {"userLoginAccount", "with code 0", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); },
+        "/auth/oauth/token?grant_type=password", form,
+        "username=user&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&scope=server",
+        R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"中"}})", {"user", "中", "A", "R"}},
+    {"userLoginAccount", "of a name that is sent as it is",
+        [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%16"); },
+        "/auth/oauth/token?grant_type=password", form,
+        "username=用 户&a=b%20+@x&password=T%2B2qGxO4ut1Dam%2F9r%2Bn9Dw%3D%3D&scope=server", tokens,
+        {"用 户&a=b%20+@x", "server-name", "A1", "R1"}},
+    {"userLoginAccount", "of nothing", [](CloudAccountLogin& s) { return s.userLoginAccount("", ""); },
+        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}", {"", "", "", ""}},
+    {"userLoginAccount", "of null pointers", [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); },
+        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}", {"", "", "", ""}},
+    {"resetPassword", "", [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); },
+        "/admin/api/user/resetpw", form, "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234",
+        R"({"code":0})", {"", "", "", ""}},
+    {"resetPassword", "by e-mail", [](CloudAccountLogin& s) { return s.resetPassword("a@b.c", "hello", ""); },
+        "/admin/api/user/resetpw", form, "phone=a@b.c&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&smscode=", "{}",
+        {"", "", "", ""}},
+    {"resetPassword", "of null pointers", [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); },
+        "/admin/api/user/resetpw", form, "phone=&password=&smscode=", "{}", {"", "", "", ""}},
+};
+
+QStringList stateOf(const CloudAccountLogin& session)
+{
+    return {session.getMobile(), session.getUserName(), session.getToken(), session.getRefreshToken()};
+}
+}
+
+class TestCloudAccountLogin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        peer = std::make_unique<ScriptedPeer>();
+        setPlatformAddress(peer->address());
+        session = CloudAccountLogin::instance();
+        pristine = new CloudAccountLogin(*session);
+    }
+
+    void init() { *session = *pristine; }
+
+    void everyOperationHasARow()
+    {
+        QStringList missing = publicOperations("account/CloudAccountLogin.h");
+        QVERIFY(missing.size() >= 3);
+        missing.removeAll("logout"); // up to three requests: it has a table of its own
+        for (const Operation& operation : operations)
+            missing.removeAll(operation.name);
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(' ')));
+    }
+
+    void isOneAndBeginsSignedOut()
+    {
+        QCOMPARE(CloudAccountLogin::instance(), session);
+        QCOMPARE(session->getUrl(), peer->address());
+        QCOMPARE(stateOf(*session), QStringList({"", "", "", ""}));
+        QVERIFY(!session->getLoginState() && session->getLastError().isEmpty());
+    }
+
+    void sends_data() { rows(); }
+
+    void sends()
+    {
+        QFETCH(int, index);
+        const Operation& operation = operations[index];
+        peer->expect("POST", operation.target, behaviour::answer(operation.success));
+        const int before = peer->requests().size();
+        QVERIFY2(operation.call(*session), qPrintable(session->getLastError()));
+        const RecordedRequest request = peer->requests().value(before);
+        QCOMPARE(request.body, operation.body);
+        QCOMPARE(request.header("Authorization"), clientCredential().toUtf8());
+        QCOMPARE(request.header("Content-Type"), operation.contentType);
+        QVERIFY(!request.raw.contains("pa ss") && !request.raw.contains("hello"));
+        QCOMPARE(stateOf(*session), operation.state);
+        QCOMPARE(session->getLoginState(), QByteArray(operation.name).contains("Login"));
+        QCOMPARE(session->getLastError(), QString());
+    }
+
+    void refusalsChangeNothingElse_data() { rows(); }
+
+    void refusalsChangeNothingElse()
+    {
+        QFETCH(int, index);
+        const Operation& operation = operations[index];
+        const QVector<QPair<QByteArray, QString>> refusals {
+            {R"({"code":1,"msg":"不"})", "不"},
+            {R"({"code":200,"msg":"m"})", "m"},
+            {R"({"code":401,"msg":"m"})", "m"},
+            {R"({"code":1})", ""},
+            {"[]", replyUnusable()},
+        };
+        signIn();
+        QStringList state = stateOf(*session);
+        if (QByteArray(operation.name).contains("Login"))
+            state[0] = operation.state[0]; // what was typed is kept
+        for (const auto& [reply, text] : refusals) {
+            peer->expect("POST", operation.target, behaviour::answer(reply));
+            QVERIFY(!operation.call(*session));
+            QCOMPARE(session->getLastError(), text);
+            QCOMPARE(stateOf(*session), state);
+            QVERIFY(session->getLoginState());
+        }
+    }
+
+    void aSuccessKeepsTheLastError()
+    {
+        peer->expect("POST", "/admin/api/user/resetpw", behaviour::answer(R"({"code":1,"msg":"m"})"));
+        peer->expect("POST", "/admin/api/user/resetpw", behaviour::answer("{}"));
+        QVERIFY(!session->resetPassword("1", "2", "3"));
+        QVERIFY(session->resetPassword("1", "2", "3"));
+        QCOMPARE(session->getLastError(), QString("m"));
+    }
+
+    void logsOut_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("replies"); // to check, refresh if the check fails, logout
+        QTest::addColumn<bool>("good");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<QStringList>("tokens");
+
+        using Replies = QList<QByteArray>;
+        const QStringList first {"A1", "R1"};
+        const QStringList second {"A2", "R2"};
+        const auto row = [](const char* name, const Replies& replies, bool good, const char* error, const QStringList& tokens) {
+            QTest::newRow(name) << replies << good << QString::fromUtf8(error) << tokens;
+        };
+        row("check passes", {known, R"({"code":0})"}, true, "", first);
+        row("reply without a code", {known, "{}"}, true, "", first);
+        row("refused", {known, R"({"code":1,"msg":"no"})"}, false, "no", first);
+        row("unusable", {known, "<html>"}, false, "返回值解析失败", first);
+        row("refreshed", {expired, newTokens, "{}"}, true, "invalid_token:Token失效", second);
+        row("check says nothing", {"{}", newTokens, "{}"}, true, ":", second);
+        row("check unusable", {"[]", newTokens, "{}"}, true, "返回值解析失败", second);
+        row("refreshed, then refused", {expired, newTokens, R"({"code":1,"msg":"no"})"}, false, "no", second);
+        row("refresh refused", {expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again", first);
+        row("refresh unusable", {expired, "1"}, false, "返回值解析失败", first);
+    }
+
+    void logsOut()
+    {
+        QFETCH(QList<QByteArray>, replies);
+        QFETCH(bool, good);
+        QFETCH(QStringList, tokens);
+        signIn();
+        const bool refreshes = replies[0] != known;
+        peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(replies[0]));
+        if (refreshes)
+            peer->expect("POST", "/auth/oauth/token?grant_type=refresh_token", behaviour::answer(replies[1]));
+        const bool sends = replies.size() == (refreshes ? 3 : 2);
+        if (sends)
+            peer->expect("DELETE", "/auth/token/logout", behaviour::answer(replies.last()));
+        const int before = peer->requests().size();
+        QCOMPARE(session->logout(), good);
+        QTEST(session->getLastError(), "error");
+        QCOMPARE(session->getLoginState(), !good);
+        QCOMPARE(stateOf(*session), QStringList({"user", "server-name"}) + tokens);
+
+        const QVector<RecordedRequest> sent = peer->requests().mid(before);
+        QCOMPARE(sent[0].body, QByteArray("token=A1"));
+        QCOMPARE(sent[0].header("Authorization"), clientCredential().toUtf8());
+        if (refreshes) {
+            QCOMPARE(sent[1].body, QByteArray("refresh_token=R1&scope=server"));
+            QCOMPARE(sent[1].header("Authorization"), refreshBearer().toUtf8());
+        }
+        if (sends) {
+            QCOMPARE(sent.last().header("Authorization"), "Bearer " + tokens[0].toUtf8());
+            QCOMPARE(sent.last().body, QByteArray());
+        }
+    }
+
+    void aSignedOutSessionHasNothingToLogOut()
+    {
+        QVERIFY(!session->logout());
+        QCOMPARE(session->getLastError(), QString());
+        signIn();
+        peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(known));
+        peer->expect("DELETE", "/auth/token/logout", behaviour::answer("{}"));
+        QVERIFY(session->logout());
+        QVERIFY(!session->logout());
+    }
+
+    void aRefusedPlatformHasItsText()
+    {
+        QString error;
+        QString token = "t";
+        QString refresh = "r";
+        const QString nowhere = ScriptedPeer::refusedAddress();
+        QVERIFY(!checkToken(nowhere, token, error));
+        QCOMPARE(error, replyUnusable());
+        error.clear();
+        QVERIFY(!refreshAccessToken(nowhere, refresh, token, error));
+        QCOMPARE(error, replyUnusable());
+        QCOMPARE(token + refresh, QString("tr"));
+    }
+
+    void cleanup() { peer->settle(); }
+
+    void cleanupTestCase()
+    {
+        const QStringList wrong = peer->finish();
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join("; ")));
+    }
+
+private:
+    static void rows()
+    {
+        QTest::addColumn<int>("index");
+        for (int i = 0; i < operations.size(); ++i)
+            QTest::newRow((QByteArray(operations[i].name) + ' ' + operations[i].row).trimmed()) << i;
+    }
+
+    void signIn()
+    {
+        peer->expect("POST", "/auth/oauth/token?grant_type=password", behaviour::answer(tokens));
+        QVERIFY(session->userLoginAccount("user", "hello"));
+    }
+
+    /// The session's address is fixed when it is first used, so one peer serves all tests.
+    std::unique_ptr<ScriptedPeer> peer;
+    CloudAccountLogin* session = nullptr;
+    /// Its state before the first use. Only the session itself is ever destroyed: its destructor is private.
+    const CloudAccountLogin* pristine = nullptr;
+};
+
+QTEST_GUILESS_MAIN(TestCloudAccountLogin)
+#include "tst_cloudaccountlogin.moc"

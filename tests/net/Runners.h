@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "net/HttpRunner.h"
+
+#include <QFile>
+#include <QVector>
+
+#include <functional>
+
+/// One of the eight request functions behind one shape, so that a row can be any of them.
+struct Runner
+{
+    using Call = std::function<bool(ResultMap& result, QString& error, QString url, HeaderMap headers, double timeoutMs)>;
+
+    QByteArray name;
+    QByteArray method;
+    Call call;
+
+    /// Whether a second sending could do a thing twice.
+    bool sendsOnce() const { return method == "POST" || method == "PUT"; }
+};
+Q_DECLARE_METATYPE(Runner)
+
+inline Runner posting(const QByteArray& body)
+{
+    return {"httpPost", "POST",
+        [body](auto& result, auto& error, auto url, auto headers, double ms) {
+            return httpPost(result, error, url, headers, body, ms);
+        }};
+}
+
+inline Runner putting(const QByteArray& body)
+{
+    return {"httpPut", "PUT", [body](auto& result, auto& error, auto url, auto headers, double ms) {
+                return httpPut(result, error, url, headers, body, ms);
+            }};
+}
+
+inline Runner postingForm(const ResultMap& fields, const QString& file = QString())
+{
+    return {"httpPostMultipart", "POST",
+        [fields, file](auto& result, auto& error, auto url, auto headers, double ms) {
+            return httpPostMultipart(result, error, url, headers, fields, file, ms);
+        }};
+}
+
+inline Runner puttingForm(const ResultMap& fields)
+{
+    return {"httpPutMultipart", "PUT", [fields](auto& result, auto& error, auto url, auto headers, double ms) {
+                return httpPutMultipart(result, error, url, headers, fields, ms);
+            }};
+}
+
+/// The result element's text is put under "soap".
+inline Runner postingSoap(const QByteArray& body)
+{
+    return {"httpPostSoap", "POST", [body](auto& result, auto& error, auto url, auto headers, double ms) {
+                QByteArray text;
+                if (!httpPostSoap(text, error, url, headers, body, ms))
+                    return false;
+                result = {{"soap", text}};
+                return true;
+            }};
+}
+
+/// The downloaded bytes are put under "file".
+inline Runner downloading(const QString& savePath)
+{
+    return {"httpGetToFile", "GET", [savePath](auto& result, auto& error, auto url, auto headers, double ms) {
+                if (!httpGetToFile(result, error, url, savePath, headers, ms))
+                    return false;
+                QFile file(savePath);
+                file.open(QIODevice::ReadOnly);
+                result = {{"file", file.readAll()}};
+                return true;
+            }};
+}
+
+inline QVector<Runner> allRunners(const QByteArray& body, const QString& savePath)
+{
+    return {{"httpGet", "GET", httpGet}, downloading(savePath), {"httpDelete", "DELETE", httpDelete}, posting(body),
+        putting(body), postingForm({{"a", "1"}}), puttingForm({{"a", "1"}}), postingSoap(body)};
+}
+
+/// What a call came to.
+struct Outcome
+{
+    bool ok = false;
+    QString error = QStringLiteral("an earlier text");
+    ResultMap result {{"earlier", true}};
+
+    bool failedWith(const QString& text) const { return !ok && error == text && result == Outcome().result; }
+};
+
+/// Calls with a time-out so long that a test which has to wait for it does not end in time.
+inline Outcome outcomeOf(const Runner& runner, const QString& url, const HeaderMap& headers = HeaderMap(),
+    double timeoutMs = 100000)
+{
+    Outcome outcome;
+    outcome.ok = runner.call(outcome.result, outcome.error, url, headers, timeoutMs);
+    return outcome;
+}

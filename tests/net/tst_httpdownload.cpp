@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+#include "Runners.h"
+#include "net/ReplyEnvelope.h"
+#include "support/ScriptedPeer.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+Q_DECLARE_METATYPE(Behaviour)
+
+namespace
+{
+const QByteArray old = "the old file";
+constexpr double shortly = 250;
+
+QByteArray pattern(int size)
+{
+    QByteArray bytes;
+    bytes.reserve(size + 8);
+    for (int i = 0; bytes.size() < size; ++i)
+        bytes += QByteArray::number(i) + '\0';
+    return bytes.left(size);
+}
+
+void write(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+QByteArray read(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Makes writing beyond some size fail, as a full disk does, for as long as it lives.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t size)
+        : handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit small {size, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+
+private:
+    void (*handler)(int);
+    rlimit before {};
+};
+}
+
+class TestHttpDownload : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>();
+        target = folder->filePath(QStringLiteral("备份.dwg"));
+    }
+
+    void writesTheBody_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QByteArray>("body");
+
+        const QByteArray large = pattern(9 << 20);
+        QTest::newRow("small") << behaviour::response("x") << QByteArray("x");
+        QTest::newRow("JSON") << behaviour::response(R"({"code":500})") << QByteArray(R"({"code":500})");
+        QTest::newRow("large") << behaviour::response(large) << large;
+        QTest::newRow("until the end of the connection") << QByteArray("HTTP/1.0 200 OK\r\n\r\n") + large << large;
+        QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+        for (int at = 0; at < large.size(); at += 1 << 20)
+            chunked += "100000\r\n" + large.mid(at, 1 << 20) + "\r\n";
+        QTest::newRow("chunked") << chunked + "0\r\n\r\n" << large;
+    }
+
+    void writesTheBody()
+    {
+        QFETCH(QByteArray, reply);
+        for (const bool replacing : {false, true}) {
+            ScriptedPeer peer;
+            peer.expect("GET", "/d?projectId=1", behaviour::closeAfter(reply));
+            if (replacing)
+                write(target, QByteArray(20 << 20, 'o'));
+            ResultMap unused {{"earlier", true}};
+            QString error = "earlier";
+            QVERIFY(httpGetToFile(unused, error, peer.address() + "/d?projectId=1", target, {}, 100000));
+            QTEST(read(target), "body");
+            QCOMPARE(unused, ResultMap({{"earlier", true}}));
+            QCOMPARE(error, QString("earlier"));
+            QCOMPARE(files(), QStringList(QStringLiteral("备份.dwg")));
+        }
+    }
+
+    void keepsTheOldFile_data()
+    {
+        QTest::addColumn<Behaviour>("behave");
+        QTest::addColumn<QString>("error");
+
+        const QByteArray head = "HTTP/1.1 200 OK\r\nContent-Length: 5000000\r\n\r\n";
+        const QByteArray half = pattern(2500000);
+        QTest::newRow("silent") << behaviour::silent() << connectionTimedOut();
+        QTest::newRow("silent in the body") << behaviour::answerRaw(head + half) << connectionTimedOut();
+        QTest::newRow("drip") << behaviour::drip() << connectionTimedOut();
+        QTest::newRow("closed") << behaviour::closeAfter() << replyUnusable();
+        QTest::newRow("cut body") << behaviour::closeAfter(head + half) << replyUnusable();
+        QTest::newRow("reset body") << behaviour::resetAfter(head + half) << replyUnusable();
+        QTest::newRow("cut chunks") << behaviour::closeAfter(
+            "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nabcde\r\n5\r\nab")
+                                    << replyUnusable();
+        QTest::newRow("chunks without an end")
+            << behaviour::closeAfter("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nabcde\r\n")
+            << replyUnusable();
+        QTest::newRow("no content") << behaviour::answer("", 204) << replyUnusable();
+        QTest::newRow("empty body") << behaviour::answer("") << replyUnusable();
+        QTest::newRow("redirect") << behaviour::redirect("http://127.0.0.1:1/", "moved") << replyUnusable();
+        for (const int status : {400, 401, 404, 500, 503})
+            QTest::newRow(QByteArray::number(status)) << behaviour::answer(R"({"code":1})", status) << replyUnusable();
+    }
+
+    void keepsTheOldFile()
+    {
+        QFETCH(Behaviour, behave);
+        QFETCH(QString, error);
+        for (const bool existing : {true, false}) {
+            ScriptedPeer peer;
+            peer.expect("GET", "/", behave);
+            peer.allowRepeats();
+            if (existing)
+                write(target, old);
+            const Outcome outcome
+                = outcomeOf(downloading(target), peer.address() + "/", {}, error == connectionTimedOut() ? shortly : 100000);
+            QVERIFY2(outcome.failedWith(error), qPrintable(outcome.error));
+            QCOMPARE(read(target), existing ? old : QByteArray());
+            QCOMPARE(files().size(), existing ? 1 : 0);
+            QFile::remove(target);
+        }
+    }
+
+    void saysNothingOfAFileThatCannotBeWritten_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("no such folder") << QStringLiteral("missing/x.dwg");
+        QTest::newRow("a folder") << QStringLiteral(".");
+        QTest::newRow("below a file") << QStringLiteral("plain/x.dwg");
+        QTest::newRow("no name") << QString();
+        QTest::newRow("name too long") << QString(300, 'n');
+    }
+
+    void saysNothingOfAFileThatCannotBeWritten()
+    {
+        QFETCH(QString, path);
+        write(folder->filePath("plain"), old);
+        ScriptedPeer peer;
+        peer.expect("GET", "/", behaviour::answer("body"));
+        const QString full = path.isEmpty() ? path : folder->filePath(path);
+        const Outcome outcome = outcomeOf(downloading(full), peer.address() + "/");
+        QVERIFY(outcome.failedWith(Outcome().error));
+        QCOMPARE(files(), QStringList("plain"));
+        QCOMPARE(read(folder->filePath("plain")), old);
+    }
+
+    void aFullDiskKeepsTheOldFile_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::newRow("found while writing") << (6 << 20);
+        QTest::newRow("found at the last byte") << (64 << 10) + 1;
+    }
+
+    void aFullDiskKeepsTheOldFile()
+    {
+        QFETCH(int, size);
+        write(target, old);
+        ScriptedPeer peer;
+        peer.expect("GET", "/", behaviour::closeAfter(behaviour::response(pattern(size))));
+        Outcome outcome;
+        {
+            const FullDisk disk(64 << 10);
+            outcome = outcomeOf(downloading(target), peer.address() + "/");
+        }
+        QVERIFY2(outcome.failedWith(Outcome().error), qPrintable(outcome.error));
+        QCOMPARE(read(target), old);
+        QCOMPARE(files().size(), 1);
+    }
+
+    void writesThroughALink()
+    {
+        const QString real = folder->filePath("real.dwg");
+        write(real, old);
+        QVERIFY(QFile::link(real, target));
+        download("new");
+        QVERIFY(QFileInfo(target).isSymLink());
+        QCOMPARE(read(real), QByteArray("new"));
+        QCOMPARE(files().size(), 2);
+    }
+
+    void leavesDevicesAlone()
+    {
+        QVERIFY(::mkfifo(QFile::encodeName(target), 0600) == 0);
+        ScriptedPeer peer;
+        peer.expect("GET", "/", behaviour::answer("body"));
+        QVERIFY(outcomeOf(downloading(target), peer.address() + "/").failedWith(Outcome().error));
+        struct stat status {};
+        QVERIFY(::stat(QFile::encodeName(target), &status) == 0 && S_ISFIFO(status.st_mode));
+    }
+
+    void keepsThePermissions_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("after");
+        QTest::newRow("a new file's are the user's choice") << 0 << 0640;
+        QTest::newRow("private") << 0600 << 0600;
+        QTest::newRow("shared") << 0664 << 0664;
+    }
+
+    void keepsThePermissions()
+    {
+        QFETCH(int, before);
+        if (before != 0) {
+            write(target, old);
+            QVERIFY(::chmod(QFile::encodeName(target), mode_t(before)) == 0);
+        }
+        const mode_t mask = ::umask(0027);
+        download("new");
+        ::umask(mask);
+        struct stat status {};
+        QVERIFY(::stat(QFile::encodeName(target), &status) == 0);
+        QTEST(int(status.st_mode & 07777), "after");
+    }
+
+private:
+    void download(const QByteArray& body)
+    {
+        ScriptedPeer peer;
+        peer.expect("GET", "/", behaviour::answer(body));
+        QVERIFY(outcomeOf(downloading(target), peer.address() + "/").ok);
+        QCOMPARE(read(target), body);
+    }
+
+    /// Everything in the folder: a temporary file that was left behind would be seen.
+    QStringList files() const
+    {
+        return QDir(folder->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    QString target;
+};
+
+QTEST_GUILESS_MAIN(TestHttpDownload)
+#include "tst_httpdownload.moc"

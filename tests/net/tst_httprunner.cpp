@@ -1,0 +1,476 @@
+// SPDX-License-Identifier: MIT
+#include "Runners.h"
+#include "net/ReplyEnvelope.h"
+#include "support/MultipartForm.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+Q_DECLARE_METATYPE(Behaviour)
+
+namespace
+{
+const QByteArray object = R"({"code":0,"data":{"id":12345678901,"名":"值"},"list":[1,null]})";
+const QByteArray soap = "<a><ConDgn2DwgResult>text</ConDgn2DwgResult></a>";
+constexpr double shortly = 250;
+
+/// What the network stack adds to every request; a header beyond these and the caller's own is a surprise.
+const QSet<QByteArray> usual {"host", "connection", "accept", "accept-encoding", "accept-language", "user-agent",
+    "content-length", "content-type"};
+
+int entriesOf(const char* directory)
+{
+    return QDir(QLatin1String(directory)).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+}
+
+class TestHttpRunner : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void sendsWhatItIsTold_data()
+    {
+        QTest::addColumn<Runner>("runner");
+        QTest::addColumn<HeaderMap>("headers");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QByteArray>("contentType");
+
+        const HeaderMap bearer {{"Authorization", "Bearer t/=+"}, {"X-Number", 42}};
+        HeaderMap typed = bearer;
+        typed["Content-Type"] = "text/xml; charset=utf-8";
+        HeaderMap otherCase = bearer;
+        otherCase["content-type"] = "text/plain";
+        const QByteArray body("a=1&b=%2B \r\n\0\xff", 15);
+        const QByteArray form = "application/x-www-form-urlencoded";
+
+        const QVector<Runner> runners = allRunners(body, folder.filePath("wire"));
+        QTest::newRow("httpGet") << runners[0] << bearer << QByteArray() << QByteArray();
+        QTest::newRow("httpGet without headers") << runners[0] << HeaderMap() << QByteArray() << QByteArray();
+        QTest::newRow("httpGetToFile") << runners[1] << bearer << QByteArray() << QByteArray();
+        QTest::newRow("httpDelete") << runners[2] << bearer << QByteArray() << QByteArray();
+        QTest::newRow("httpPost") << runners[3] << bearer << body << form;
+        QTest::newRow("httpPost with a type") << runners[3] << typed << body << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPost, type as raw header") << runners[3] << otherCase << body << QByteArray("text/plain");
+        QTest::newRow("httpPost of nothing, typed") << posting({}) << typed << QByteArray()
+                                                    << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPut") << runners[4] << bearer << body << form;
+        QTest::newRow("httpPut of nothing, typed") << putting({}) << typed << QByteArray()
+                                                   << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPostSoap") << runners[7] << typed << body << QByteArray("text/xml; charset=utf-8");
+    }
+
+    void sendsWhatItIsTold()
+    {
+        QFETCH(Runner, runner);
+        QFETCH(HeaderMap, headers);
+        ScriptedPeer peer;
+        peer.expect(runner.method, "/p//q?a=1&b=x+y", behaviour::answer(runner.name == "httpPostSoap" ? soap : object));
+        const Outcome outcome = outcomeOf(runner, peer.address() + "/p//q?a=1&b=x+y", headers);
+        QVERIFY2(outcome.ok, qPrintable(outcome.error));
+        QCOMPARE(outcome.error, Outcome().error);
+
+        const RecordedRequest request = peer.onlyRequest();
+        QVERIFY(request.complete);
+        QTEST(request.body, "body");
+        QTEST(request.header("Content-Type"), "contentType");
+        QCOMPARE(request.header("Host"), peer.address().mid(7).toUtf8());
+        if (runner.sendsOnce())
+            QCOMPARE(request.header("Content-Length"), QByteArray::number(request.body.size()));
+        QSet<QByteArray> known = usual;
+        for (auto header = headers.begin(); header != headers.end(); ++header) {
+            known.insert(header.key().toLower().toUtf8());
+            if (header.key().toLower() != "content-type")
+                QCOMPARE(request.values(header.key().toUtf8()), QList<QByteArray>({header->toString().toUtf8()}));
+        }
+        for (const auto& [name, value] : request.headers)
+            QVERIFY2(known.contains(name.toLower()), name + ": " + value);
+    }
+
+    void sendsForms_data()
+    {
+        QTest::addColumn<Runner>("runner");
+        QTest::addColumn<QList<QByteArray>>("heads");
+        QTest::addColumn<QList<QByteArray>>("bodies");
+
+        QFile file(folder.filePath(QStringLiteral("图 1.dwg")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const QByteArray content("line\r\n--\0\x80\xff", 11);
+        file.write(content);
+
+        const ResultMap fields {{"username", "u"}, {"smscode", 12}, {"phone", QString()}, {"password", "值&=%\r\nx"}};
+        const QList<QByteArray> heads {
+            fieldHead("password"), fieldHead("phone"), fieldHead("smscode"), fieldHead("username")};
+        const QList<QByteArray> bodies {"值&=%\r\nx", "", "12", "u"};
+        QTest::newRow("POST") << postingForm(fields) << heads << bodies;
+        QTest::newRow("PUT") << puttingForm(fields) << heads << bodies;
+        QTest::newRow("POST with a file") << postingForm(fields, file.fileName()) << heads + QList<QByteArray> {fileHead("图 1.dwg")}
+                                          << bodies + QList<QByteArray> {content};
+        QTest::newRow("only a file") << postingForm({}, file.fileName()) << QList<QByteArray> {fileHead("图 1.dwg")}
+                                     << QList<QByteArray> {content};
+        QTest::newRow("nothing") << postingForm({}) << QList<QByteArray>() << QList<QByteArray>();
+    }
+
+    void sendsForms()
+    {
+        QFETCH(Runner, runner);
+        ScriptedPeer peer;
+        peer.expect(runner.method, "/form", behaviour::answer(object));
+        QVERIFY(outcomeOf(runner, peer.address() + "/form", {{"Authorization", "Bearer t"}}).ok);
+
+        const RecordedRequest request = peer.onlyRequest();
+        QCOMPARE(request.header("Authorization"), QByteArray("Bearer t"));
+        QString fault;
+        QList<QByteArray> heads;
+        QList<QByteArray> bodies;
+        for (const FormPart& part : parseForm(request, fault)) {
+            heads.append(part.head);
+            bodies.append(part.body);
+        }
+        QVERIFY2(fault.isEmpty(), qPrintable(fault));
+        QTEST(heads, "heads");
+        QTEST(bodies, "bodies");
+    }
+
+    void parsesAddressesTolerantly()
+    {
+        ScriptedPeer peer;
+        peer.expect("GET", "/a%20b?x=%E4%B8%AD%20%22&y=%2B+&z=%0D%0AX:", behaviour::answer(object));
+        QVERIFY(outcomeOf({"httpGet", "GET", httpGet}, peer.address() + "/a b?x=中 \"&y=%2B+&z=%0D%0AX:").ok);
+    }
+
+    void headersCannotBeInjected_data()
+    {
+        QTest::addColumn<HeaderMap>("headers");
+        for (const char* lineBreak : {"\r\n", "\n", "\r"}) {
+            const QString evil = QStringLiteral("x") + lineBreak + "X-Injected: 1" + lineBreak;
+            QTest::newRow(qPrintable(QString("value ").append(QByteArray(lineBreak).toHex())))
+                << HeaderMap {{"Authorization", evil}};
+            QTest::newRow(qPrintable(QString("type ").append(QByteArray(lineBreak).toHex())))
+                << HeaderMap {{"Content-Type", evil}};
+            QTest::newRow(qPrintable(QString("name ").append(QByteArray(lineBreak).toHex())))
+                << HeaderMap {{"A: 1" + QString(lineBreak) + "X-Injected", "1"}};
+        }
+    }
+
+    void headersCannotBeInjected()
+    {
+        QFETCH(HeaderMap, headers);
+        ScriptedPeer peer;
+        peer.expect("POST", "/", behaviour::answer(object));
+        outcomeOf(posting("a=1"), peer.address() + "/", headers);
+        peer.finish(); // refusing to send such a header at all would be as good
+        for (const RecordedRequest& request : peer.requests()) {
+            QVERIFY(!request.raw.toLower().contains("\nx-injected") && !request.raw.toLower().contains("\rx-injected"));
+            QCOMPARE(request.body, QByteArray("a=1"));
+        }
+    }
+
+    void decodesReplies_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<bool>("good");
+
+        const auto row = [](const char* name, const QByteArray& body, bool good, int status = 200) {
+            QTest::newRow(name) << behaviour::response(body, status) << good;
+        };
+        row("object", object, true);
+        row("empty object", "{}", true);
+        row("object with 400", object, true, 400);
+        row("object with 401", object, true, 401);
+        row("object with 404", object, true, 404);
+        row("object with 500", object, true, 500);
+        row("object with 503", object, true, 503);
+        QTest::newRow("chunked object") << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                                      "1\r\n{\r\n1\r\n}\r\n0\r\n\r\n")
+                                        << true;
+        row("array", "[]", false);
+        row("array of objects", "[{}]", false);
+        row("null", "null", false);
+        row("number", "1", false);
+        row("text", "\"{}\"", false);
+        row("empty", "", false);
+        row("no content", "", false, 204);
+        row("blank", " \r\n", false);
+        row("HTML", "<html>{}</html>", false, 502);
+        row("more after the object", "{} {}", false);
+        row("half an object", R"({"code":0,"data":)", false);
+        row("invalid UTF-8", "{\"a\":\"\xff\xfe\"}", false);
+        row("deep nesting", QByteArray("{\"a\":").repeated(5000) + "1" + QByteArray(5000, '}'), false);
+        row("deep array", "{\"a\":" + QByteArray(200000, '[') + QByteArray(200000, ']') + "}", false);
+        row("very deep, cut", "{\"a\":" + QByteArray(1000000, '['), false);
+        row("larger than 64 MiB", "{\"a\":\"" + QByteArray(65 << 20, 'x') + "\"}", false);
+    }
+
+    void decodesReplies()
+    {
+        QFETCH(QByteArray, reply);
+        QFETCH(bool, good);
+        ScriptedPeer peer;
+        peer.expect("POST", "/", [reply](PeerConnection& c) {
+            if (c.readHead() && c.readBody())
+                c.send(reply);
+            c.close();
+        });
+        const Outcome outcome = outcomeOf(posting("a=1"), peer.address() + "/");
+        if (!good) {
+            QVERIFY(outcome.failedWith(replyUnusable()));
+            return;
+        }
+        QVERIFY2(outcome.ok, qPrintable(outcome.error));
+        QVERIFY(!outcome.result.contains("earlier"));
+        if (reply.contains(object)) {
+            QCOMPARE(outcome.result["data"].toMap()["id"].toString(), QString("12345678901"));
+            QCOMPARE(outcome.result["data"].toMap()[QStringLiteral("名")].toString(), QString("值"));
+        }
+    }
+
+    void faultsHaveTheirText_data()
+    {
+        QTest::addColumn<Runner>("runner");
+        QTest::addColumn<Behaviour>("behave");
+        QTest::addColumn<QString>("error");
+
+        const QByteArray cut = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n{\"code\":0,";
+        const QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+        const struct
+        {
+            const char* name;
+            Behaviour behave;
+            QString error;
+        } faults[] {
+            {"silent", behaviour::silent(), connectionTimedOut()},
+            {"drip", behaviour::drip(), connectionTimedOut()},
+            {"silent after the head", behaviour::answerRaw(cut), connectionTimedOut()},
+            {"closed unread", behaviour::closeUnread(), replyUnusable()},
+            {"closed before the answer", behaviour::closeAfter(), replyUnusable()},
+            {"reset before the first byte", behaviour::resetAfter(), replyUnusable()},
+            {"reset after the first byte", behaviour::resetAfter("H"), replyUnusable()},
+            {"closed in the status line", behaviour::closeAfter("HTTP/1.1 20"), replyUnusable()},
+            {"closed in the head", behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-"), replyUnusable()},
+            {"cut body", behaviour::closeAfter(cut), replyUnusable()},
+            {"reset in the body", behaviour::resetAfter(cut), replyUnusable()},
+            {"bad chunk length", behaviour::closeAfter(chunked + "xyz\r\n{}\r\n0\r\n\r\n"), replyUnusable()},
+            {"cut chunk", behaviour::closeAfter(chunked + "5\r\n{\"a"), replyUnusable()},
+            {"garbage", behaviour::closeAfter("\x16\x03\x01 not HTTP at all\r\n\r\n{}"), replyUnusable()},
+            {"redirect without a body", behaviour::redirect("http://127.0.0.1:1/elsewhere"), replyUnusable()},
+            {"empty body", behaviour::answer(""), replyUnusable()},
+        };
+        for (const Runner& runner : allRunners("a=1", folder.filePath("faults")))
+            for (const auto& [name, behave, error] : faults)
+                QTest::newRow(runner.name + ", " + name) << runner << behave << error;
+    }
+
+    void faultsHaveTheirText()
+    {
+        QFETCH(Runner, runner);
+        QFETCH(Behaviour, behave);
+        QFETCH(QString, error);
+        ScriptedPeer peer;
+        peer.expect(runner.method, "/", behave);
+        if (!runner.sendsOnce())
+            peer.allowRepeats();
+        const Outcome outcome = outcomeOf(runner, peer.address() + "/", {}, error == connectionTimedOut() ? shortly : 100000);
+        QVERIFY2(outcome.failedWith(error), qPrintable(outcome.error));
+        QVERIFY(!QFile::exists(folder.filePath("faults")));
+    }
+
+    void unreachableHasItsText_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::newRow("refused") << ScriptedPeer::refusedAddress();
+        QTest::newRow("no address") << QString();
+        QTest::newRow("unknown scheme") << QStringLiteral("gopher://127.0.0.1");
+        QTest::newRow("bad port") << QStringLiteral("http://127.0.0.1:99999");
+    }
+
+    void unreachableHasItsText()
+    {
+        QFETCH(QString, address);
+        for (const Runner& runner : allRunners("a=1", folder.filePath("refused")))
+            QVERIFY2(outcomeOf(runner, address + "/").failedWith(replyUnusable()), runner.name);
+    }
+
+    void sendsOnceWhateverHappens_data()
+    {
+        QTest::addColumn<Runner>("runner");
+        QTest::addColumn<Behaviour>("behave");
+
+        QFile file(folder.filePath("once.dwg"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(300000, 'f'));
+        const QVector<QPair<QByteArray, Runner>> senders {
+            {"POST", posting("a=1")},
+            {"empty POST", posting({})},
+            {"large POST", posting(QByteArray(300000, 'p'))},
+            {"PUT", putting("a=1")},
+            {"empty PUT", putting({})},
+            {"POST form", postingForm({{"a", "1"}})},
+            {"empty form", postingForm({})},
+            {"POST file", postingForm({{"a", "1"}}, file.fileName())},
+            {"missing file", postingForm({}, folder.filePath("missing"))},
+            {"PUT form", puttingForm({{"a", "1"}})},
+            {"SOAP", postingSoap("<a/>")},
+        };
+        const QVector<QPair<QByteArray, Behaviour>> ends {
+            {"closed unread", behaviour::closeUnread()},
+            {"closed", behaviour::closeAfter()},
+            {"reset", behaviour::resetAfter()},
+            {"garbage", behaviour::closeAfter("garbage\r\n\r\n")},
+            {"garbage, then open", behaviour::answerRaw("garbage\r\n\r\n")},
+            {"closed in the status line", behaviour::closeAfter("HTTP/1.")},
+            {"closed in the head", behaviour::closeAfter("HTTP/1.1 200 OK\r\nA")},
+            {"reset in the body", behaviour::resetAfter("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{")},
+            {"go on, then closed", behaviour::closeAfter("HTTP/1.1 100 Continue\r\n\r\n")},
+            {"basic authentication wanted", behaviour::answer("", 401, "WWW-Authenticate: Basic realm=\"r\"\r\n")},
+            {"digest authentication wanted",
+                behaviour::answer("", 401, "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\n")},
+            {"proxy authentication wanted", behaviour::answer("", 407, "Proxy-Authenticate: Basic realm=\"r\"\r\n")},
+            {"try again", behaviour::answer("", 503, "Retry-After: 0\r\n")},
+            {"timed out there", behaviour::answer("", 408, "Connection: close\r\n")},
+            {"redirect that keeps the method", behaviour::answer("", 307, "Location: /again\r\n")},
+        };
+        for (const auto& [name, runner] : senders)
+            for (const auto& [end, behave] : ends)
+                QTest::newRow(name + ", " + end) << runner << behave;
+    }
+
+    void sendsOnceWhateverHappens()
+    {
+        QFETCH(Runner, runner);
+        QFETCH(Behaviour, behave);
+        ScriptedPeer peer;
+        peer.expect(runner.method, "/", behave);
+        const Outcome outcome = outcomeOf(runner, peer.address() + "/", {}, 3000);
+        QVERIFY(!outcome.ok);
+        QCOMPARE(outcome.result, Outcome().result);
+        peer.onlyRequest(); // a second connection without a byte over it would do no harm
+    }
+
+    void followsNoRedirect_data()
+    {
+        QTest::addColumn<int>("status");
+        for (const int status : {301, 302, 303, 307, 308})
+            QTest::newRow(QByteArray::number(status)) << status;
+    }
+
+    void followsNoRedirect()
+    {
+        QFETCH(int, status);
+        ScriptedPeer elsewhere;
+        for (const Runner& runner : allRunners("a=1", folder.filePath("redirected"))) {
+            ScriptedPeer peer;
+            peer.expect(runner.method, "/",
+                behaviour::answer(object, status, "Location: " + elsewhere.address().toUtf8() + "/\r\n"));
+            const bool object = outcomeOf(runner, peer.address() + "/", {{"Authorization", "Bearer t"}}).ok;
+            QCOMPARE(object, runner.name != "httpGetToFile" && runner.name != "httpPostSoap");
+        }
+        elsewhere.settle();
+        QCOMPARE(elsewhere.connections(), 0);
+    }
+
+    void keepsNoCookieAndNoCredentials()
+    {
+        ScriptedPeer peer;
+        const Behaviour gift = behaviour::answer(object, 401,
+            "Set-Cookie: session=1; Path=/\r\nWWW-Authenticate: Basic realm=\"r\"\r\nConnection: keep-alive\r\n");
+        peer.expect("GET", "/", gift);
+        peer.expect("POST", "/", gift);
+        const QString url = peer.address() + "/";
+        QVERIFY(outcomeOf({"httpGet", "GET", httpGet}, url, {{"Authorization", "Bearer t"}}).ok);
+        QVERIFY(outcomeOf(posting("a=1"), url).ok);
+        const RecordedRequest second = peer.requests().value(1);
+        QVERIFY(second.values("Cookie").isEmpty() && second.values("Authorization").isEmpty());
+        QCOMPARE(peer.connections(), 2);
+    }
+
+    void anAnswerBeforeTheBodyCounts()
+    {
+        ScriptedPeer peer;
+        peer.expect("POST", "/", behaviour::answerEarly(object, 413, true));
+        const Outcome outcome = outcomeOf(posting(QByteArray(8 << 20, 'x')), peer.address() + "/");
+        QVERIFY2(outcome.ok, qPrintable(outcome.error));
+    }
+
+    void quittingEndsTheWait_data()
+    {
+        QTest::addColumn<bool>("before");
+        QTest::newRow("while it waits") << false;
+        QTest::newRow("before it waits") << true;
+    }
+
+    void quittingEndsTheWait()
+    {
+        QFETCH(bool, before);
+        int calls = 0;
+        for (const Runner& runner : allRunners("a=1", folder.filePath("quit"))) {
+            QTimer::singleShot(0, [&] {
+                ScriptedPeer peer;
+                peer.expect(runner.method, "/", [](PeerConnection& c) { c.waitForClient(); });
+                if (before)
+                    QCoreApplication::exit(3);
+                else
+                    QTimer::singleShot(50, [] { QCoreApplication::exit(3); });
+                const Outcome outcome = outcomeOf(runner, peer.address() + "/");
+                peer.finish(); // what is quitting need not send at all
+                calls += outcome.failedWith(connectionTimedOut()) ? 1 : 0;
+            });
+            QCOMPARE(QCoreApplication::exec(), 3);
+        }
+        QCOMPARE(calls, 8);
+    }
+
+    void nothingPilesUpInsideOneEvent()
+    {
+        ScriptedPeer peer;
+        constexpr int calls = 50;
+        const auto call = [&](int times) {
+            for (int i = 0; i < times; ++i) {
+                peer.expect("POST", "/", behaviour::answer(object));
+                QVERIFY(outcomeOf(posting("a=1"), peer.address() + "/").ok);
+            }
+            peer.settle();
+        };
+        int moreFiles = calls;
+        int moreThreads = calls;
+        QTimer::singleShot(0, [&] {
+            call(2);
+            const int files = entriesOf("/proc/self/fd");
+            const int threads = entriesOf("/proc/self/task");
+            call(calls);
+            moreFiles = entriesOf("/proc/self/fd") - files;
+            // The peer's own threads, which it joins at its end, are gone by now but for the last instant of some.
+            QTRY_VERIFY((moreThreads = entriesOf("/proc/self/task") - threads) < 5);
+            QCoreApplication::quit();
+        });
+        QCoreApplication::exec();
+        QVERIFY2(moreFiles < 5, QByteArray::number(moreFiles));
+        QVERIFY2(moreThreads < 5, QByteArray::number(moreThreads));
+    }
+
+    void requestsMayNest()
+    {
+        ScriptedPeer outer;
+        ScriptedPeer inner;
+        outer.expect("POST", "/", [](PeerConnection& c) {
+            if (c.readHead() && c.readBody()) {
+                c.pause(300);
+                c.send(behaviour::response("{}"));
+            }
+        });
+        inner.expect("POST", "/", behaviour::answer("{}"));
+        Outcome nested;
+        QTimer::singleShot(50, [&] { nested = outcomeOf(posting("b"), inner.address() + "/"); });
+        QVERIFY(outcomeOf(posting("a"), outer.address() + "/").ok);
+        QVERIFY(nested.ok);
+    }
+
+private:
+    QTemporaryDir folder;
+};
+
+QTEST_GUILESS_MAIN(TestHttpRunner)
+#include "tst_httprunner.moc"

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <thread>
+
+/// One request as it came over the wire, whole or in part.
+struct RecordedRequest
+{
+    QByteArray raw; ///< every byte of it
+    QByteArray method;
+    QByteArray target;
+    QVector<QPair<QByteArray, QByteArray>> headers; ///< in their order, names as they were written
+    QByteArray body;
+    bool complete = false; ///< head and body came as long as Content-Length says
+
+    /// The values of all headers of that name, whatever its case.
+    QList<QByteArray> values(const QByteArray& name) const;
+    /// The value of the only header of that name; a null array when there is none or more than one.
+    QByteArray header(const QByteArray& name) const;
+};
+
+/// The peer's end of one connection, as a behaviour sees it. Runs in the connection's own thread.
+class PeerConnection
+{
+public:
+    explicit PeerConnection(int socket);
+    ~PeerConnection();
+    PeerConnection(const PeerConnection&) = delete;
+    PeerConnection& operator=(const PeerConnection&) = delete;
+
+    /// All of these return false once the client has gone.
+    bool waitForBytes();
+    bool readHead();
+    /// Reads until at least \a bytes of the body are here, or, by default, all of it.
+    bool readBody(int bytes = -1);
+    bool send(const QByteArray& bytes);
+    /// Waits until the client has gone, reading nothing that it sends, and closes.
+    void waitForClient();
+    void pause(int milliseconds);
+    void close();
+    /// Closes with a reset instead of an orderly end.
+    void reset();
+    /// Unblocks whatever the connection's thread waits for; for any thread.
+    void interrupt();
+
+    RecordedRequest request;
+
+private:
+    bool readMore(int atMost);
+    int contentLength() const;
+
+    std::mutex closing;
+    int fd;
+    std::atomic<bool> interrupted {false};
+};
+
+using Behaviour = std::function<void(PeerConnection&)>;
+
+/// What a peer does with a request. All but those that say otherwise read the whole request first.
+namespace behaviour
+{
+QByteArray response(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
+
+Behaviour answer(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
+/// Sends \a bytes as they stand and keeps the connection open.
+Behaviour answerRaw(const QByteArray& bytes);
+Behaviour redirect(const QString& location, const QByteArray& body = QByteArray());
+Behaviour silent();
+/// Sends \a bytes as they stand, then closes (nothing but closes by default).
+Behaviour closeAfter(const QByteArray& bytes = QByteArray());
+Behaviour resetAfter(const QByteArray& bytes = QByteArray());
+/// Closes without having read a byte.
+Behaviour closeUnread();
+/// Sends the head of an endless answer and then a byte every few milliseconds until the client goes.
+Behaviour drip();
+/// Answers when only the head has been read; \a thenRead says whether the body is read afterwards.
+Behaviour answerEarly(const QByteArray& body, int status, bool thenRead);
+/// Stops reading inside the body until the socket's buffers are full, runs \a meanwhile, and goes on.
+Behaviour stallInBody(std::function<void()> meanwhile, const QByteArray& body);
+}
+
+/// An HTTP peer on a loopback port that answers by a script and records what it gets.
+///
+/// The script is a queue: each request takes the next exchange. A request that the script does not have, another one
+/// than it has, or an exchange that nobody asked for fails the running test when the peer goes.
+class ScriptedPeer
+{
+public:
+    ScriptedPeer();
+    ~ScriptedPeer();
+    ScriptedPeer(const ScriptedPeer&) = delete;
+    ScriptedPeer& operator=(const ScriptedPeer&) = delete;
+
+    /// http://127.0.0.1:port
+    QString address() const;
+    /// An address at which nobody listens.
+    static QString refusedAddress();
+
+    void expect(const QByteArray& method, const QByteArray& target, Behaviour behaviour);
+    /// Lets the last exchange of the script be asked for again and again. A GET may be repeated by the network stack;
+    /// nothing else may.
+    void allowRepeats() { repeats = true; }
+
+    /// Waits until no client is connected any more, or throws out those that stay.
+    void settle();
+    /// Ends the peer and returns what was wrong; what is returned here no longer fails the test.
+    QStringList finish();
+
+    /// The requests of which at least one byte came, in the order in which they began.
+    QVector<RecordedRequest> requests();
+    /// The only request; a complaint when there was another number of them.
+    RecordedRequest onlyRequest();
+    int connections() const { return accepted; }
+
+private:
+    struct Exchange
+    {
+        QByteArray method;
+        QByteArray target;
+        Behaviour behaviour;
+    };
+    struct Client
+    {
+        explicit Client(int socket)
+            : connection(socket)
+        {
+        }
+        PeerConnection connection;
+        bool gone = false;
+        std::thread thread;
+    };
+
+    void acceptClients();
+    void serve(Client& client);
+    void serveOne(PeerConnection& connection);
+    void complain(const QString& text);
+
+    quint16 port = 0;
+    int listener;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Exchange> script;
+    Exchange again; ///< what a repeated request gets
+    std::list<Client> clients;
+    QVector<RecordedRequest> recorded;
+    QStringList complaints;
+    int emptyRounds = 0; ///< how often nobody was at the door
+    std::atomic<int> accepted {0};
+    std::atomic<bool> repeats {false};
+    std::atomic<bool> stopping {false};
+    std::thread acceptor;
+    bool finished = false;
+};
