@@ -1,0 +1,419 @@
+// SPDX-License-Identifier: MIT
+// node --test
+
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { after, describe, test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+import { dgnToDwg } from './dgn_to_dwg.mjs';
+import { dwgToDgn } from './dwg_to_dgn.mjs';
+import { readDgn, writeDgn } from './dgn.mjs';
+import { TextCodec } from './dgn_text.mjs';
+import { FULL_TURN, arcEnds, arcExtremes, arcPoint, bulgeArc, ocs, strokeSpline } from './geometry.mjs';
+import { Refusal } from './outcome.mjs';
+import { levelsOfLayers, lineWeightOfWeight, styleOfLineType, weightOfLineWeight } from './symbology.mjs';
+import { readDouble, readInt32, writeDouble, writeInt32 } from './vax.mjs';
+import * as acad from '@node-projects/acad-ts';
+
+const here = fileURLToPath(new URL('.', import.meta.url));
+const scratch = mkdtempSync(join(tmpdir(), 'conversion-'));
+after(() => rmSync(scratch, { recursive: true }));
+
+const STYLE = { level: 5, color: 3, weight: 2, style: 2, group: 0 };
+const styled = (element, style = {}) => ({ ...STYLE, ...element, ...style });
+const line = (...points) => styled({ kind: 'line', points });
+const text = (value, angle = 0, style = {}) => styled({ kind: 'text', origin: [1.25, -2.5, 0],
+  xAxis: [Math.cos(angle), Math.sin(angle), 0], yAxis: [-Math.sin(angle), Math.cos(angle), 0],
+  height: 2.5, width: 2, text: value }, style);
+const arc = (center, a, b, start, sweep) =>
+  styled({ kind: 'arc', center, axis1: [a, 0, 0], axis2: [0, b, 0], start, sweep });
+const ellipse = (center, a, b) => ({ ...arc(center, a, b, 0, FULL_TURN), kind: 'ellipse' });
+
+/** Compares all numbers within `tolerance` and all else exactly. */
+function assertClose(actual, expected, tolerance, path = '') {
+  if (typeof expected === 'number') {
+    assert.ok(Math.abs(actual - expected) <= tolerance, `${path}: ${actual} instead of ${expected}`);
+  } else if (expected && typeof expected === 'object') {
+    assert.deepEqual(Object.keys(actual).length >= Object.keys(expected).length, true, `${path} is too short`);
+    if (Array.isArray(expected)) assert.equal(actual.length, expected.length, path);
+    for (const key of Object.keys(expected)) assertClose(actual[key], expected[key], tolerance, `${path}.${key}`);
+  } else {
+    assert.equal(actual, expected, path);
+  }
+}
+
+const throughDgn = (elements, options) => readDgn(writeDgn({ elements, ...options }));
+const throughDwg = (elements) => readDgn(dwgToDgn(Buffer.from(dgnToDwg(writeDgn({ elements })).bytes)).bytes);
+
+function run(...args) {
+  const { status, stdout, stderr } = spawnSync(process.execPath, [join(here, 'convert.mjs'), ...args], { encoding: 'utf8' });
+  return { status, stdout, stderr };
+}
+
+describe('VAX numbers', () => {
+  for (const [value, hex] of [
+    [0, '0000000000000000'], [1, '8040000000000000'], [-1, '80c0000000000000'], [0.5, '0040000000000000'],
+    [10, '2042000000000000'], [-12.5, '48c2000000000000'], [Math.PI, '49410fda21a2c068'],
+    [46830, '3748ee0000000000'.replace('ee00', '00ee')],
+  ]) {
+    test(`double ${value}`, () => {
+      const buffer = Buffer.alloc(8, 0xaa);
+      writeDouble(buffer, 0, value);
+      assert.equal(buffer.toString('hex'), hex);
+      assert.equal(readDouble(buffer, 0), value);
+    });
+  }
+
+  test('a double beyond the format is refused, one below it is 0', () => {
+    const buffer = Buffer.alloc(8, 0xaa);
+    assert.throws(() => writeDouble(buffer, 0, 1e39), RangeError);
+    writeDouble(buffer, 0, 1e-40);
+    assert.equal(readDouble(buffer, 0), 0);
+  });
+
+  for (const [value, hex] of [
+    [0, '00000000'], [1, '00000100'], [-1, 'ffffffff'], [65536, '01000000'], [0x12345678, '34127856'],
+    [2 ** 31 - 1, 'ff7fffff'], [-(2 ** 31), '00800000'],
+  ]) {
+    test(`integer ${value}`, () => {
+      const buffer = Buffer.alloc(4);
+      writeInt32(buffer, 0, value);
+      assert.equal(buffer.toString('hex'), hex);
+      assert.equal(readInt32(buffer, 0), value);
+    });
+  }
+});
+
+const tilted = [[2 / 3, 2 / 3, 1 / 3], [-2 / 3, 1 / 3, 2 / 3]];
+const FLAT = {
+  line: line([0.001, -0.002, 0], [123.456, 7, 0]),
+  'point, a line without length': line([5, 6, 0], [5, 6, 0]),
+  'far from the origin': line([2547096.425, 583254.579, 0], [2549380.882, 585026.501, 0]),
+  'wholly negative': line([-4e6, -3e6, 0], [-4e6 + 1, -3e6 + 0.125, 0]),
+  lineString: styled({ kind: 'lineString', points: [[0, 0, 0], [1, 0, 0], [1, 1, 0]] }),
+  shape: styled({ kind: 'shape', filled: false, points: [[0, 0, 0], [4, 0, 0], [4, 3, 0]] }),
+  'filled shape': styled({ kind: 'shape', filled: true, points: [[0, 0, 0], [4, 0, 0], [4, 3, 0]] }),
+  circle: ellipse([-7.5, 3, 0], 2, 2),
+  ellipse: ellipse([1, 2, 0], 5, 2),
+  arc: arc([1, 2, 0], 5, 5, 0.5, 1.5),
+  'arc of an ellipse': arc([1, 2, 0], 5, 2, 0.5, 1.5),
+  'arc over more than half a turn': arc([1, 2, 0], 5, 5, 4, 5),
+  text: text('Room 12'),
+  'turned text': text('turned', 2.5),
+  'Chinese text': text('办公室 一层平面图 ±0.000'),
+  'other characters': text('Größe é 🙂'),
+};
+
+describe('every kind there and back', () => {
+  for (const [name, element] of Object.entries(FLAT)) {
+    test(`DGN: ${name}`, () => {
+      const drawing = throughDgn([element]);
+      assert.equal(drawing.is3d, false);
+      assertClose(drawing.elements, [element], 1e-7);
+      if (element.points) assert.deepEqual(drawing.elements[0].points, element.points);
+    });
+    test(`DGN to DWG to DGN: ${name}`, () => {
+      const drawing = throughDwg([element]);
+      assertClose(drawing.elements, [element], 1e-7);
+      if (element.points) assert.deepEqual(drawing.elements[0].points, element.points);
+    });
+  }
+
+  const SOLID = [
+    line([0, 0, 0], [1, 2, 3]),
+    styled({ kind: 'lineString', points: [[0, 0, -1], [1, 0, 5], [1, 1, 2]] }),
+    { ...text('in space'), origin: [1, 2, 3], xAxis: tilted[0], yAxis: tilted[1] },
+    styled({ kind: 'arc', center: [1, 2, 3], axis1: tilted[0].map((v) => 3 * v), axis2: tilted[1].map((v) => 2 * v), start: 1, sweep: 2 }),
+    ...[[1, -1, -1], [-1, 1, -1], [-1, -1, 1]].map(([x, y]) =>
+      styled({ kind: 'arc', center: [0, 0, 3], axis1: [2 * x, 0, 0], axis2: [0, y, 0], start: 1, sweep: 2 })),
+  ];
+  test('in space, half turns among them', () => {
+    for (const drawing of [throughDgn(SOLID), throughDwg(SOLID)]) {
+      assert.equal(drawing.is3d, true);
+      drawing.elements.forEach((element, i) => {
+        assertClose(element.axis1 ? arcEnds(element) : element, SOLID[i].axis1 ? arcEnds(SOLID[i]) : SOLID[i], 1e-6);
+      });
+    }
+  });
+
+  test('clockwise arcs keep their ends and middle', () => {
+    const clockwise = arc([1, 2, 0], 5, 5, 2, -1.5);
+    const [direct] = throughDgn([clockwise]).elements;
+    assertClose([direct.start, direct.sweep], [2, -1.5], 1e-7);
+    const [turned] = throughDwg([clockwise]).elements;
+    assertClose(arcEnds(turned), arcEnds(clockwise).reverse(), 1e-6);
+    assertClose(arcPoint(turned, turned.start + turned.sweep / 2), arcPoint(clockwise, 1.25), 1e-6);
+  });
+
+  test('a closed outline of lines and arcs stays one', () => {
+    const member = (a, b) => ({ kind: 'lineString', points: [a, b] });
+    const outline = styled({ kind: 'chain', closed: true, members: [
+      member([0, 0, 0], [10, 0, 0]), { ...arc([10, 5, 0], 5, 5, -Math.PI / 2, Math.PI) },
+      member([10, 10, 0], [0, 10, 0]), { ...arc([0, 5, 0], 5, 5, Math.PI / 2, Math.PI) },
+    ] });
+    const [there] = throughDwg([outline]).elements;
+    assert.equal(there.closed, true);
+    assert.deepEqual(there.members.map((m) => m.kind), ['lineString', 'arc', 'lineString', 'arc']);
+    assertClose(there.members.filter((m) => m.points).map((m) => m.points), outline.members.filter((m) => m.points).map((m) => m.points), 1e-6);
+    assertClose(there.members.filter((m) => m.center).map((m) => m.center), [[10, 5, 0], [0, 5, 0]], 1e-6);
+  });
+
+  for (const [kind, count] of [['lineString', 101], ['lineString', 102], ['lineString', 25000], ['shape', 100], ['shape', 101]]) {
+    test(`${kind} of ${count} points`, () => {
+      const points = Array.from({ length: count }, (_, i) => [i, i % 7, 0]);
+      const elements = throughDwg([styled({ kind, points, filled: false })]).elements;
+      const found = elements.flatMap((e) => (e.members ?? [e]).flatMap((m, i) => m.points.slice(i > 0 ? 1 : 0)));
+      const distinct = found.filter((p, i) => i === 0 || p[0] !== found[i - 1][0]).slice(0, count);
+      assert.deepEqual(distinct, points);
+    });
+  }
+
+  test('level, weight and style at their ends, and hidden levels', () => {
+    const elements = [[1, 0, 0], [63, 14, 7]].map(([level, weight, style]) => ({ ...FLAT.line, level, weight, style }));
+    assertClose(throughDwg(elements).elements, elements, 0);
+    const hidden = dgnToDwg(writeDgn({ elements, hiddenLevels: [63, 9] }));
+    assert.deepEqual([...readDgn(dwgToDgn(Buffer.from(hidden.bytes)).bytes).hiddenLevels], [63]);
+  });
+});
+
+describe('the design plane', () => {
+  test('is as fine as its extent and its tallest text allow', () => {
+    const resolution = (...elements) => throughDgn(elements).uorPerMaster;
+    assert.equal(resolution(line([0, 0, 0], [1000, 0, 0])), 1e6);
+    assert.equal(resolution(line([0, 0, 0], [1e9, 0, 0])), 1);
+    assert.equal(resolution(text('tall', 0, { height: 900 })), 1e4);
+  });
+  test('refuses what cannot lie on it', () => {
+    assert.throws(() => writeDgn({ elements: [line([0, 0, 0], [1e10, 0, 0])] }), Refusal);
+  });
+});
+
+describe('geometry', () => {
+  test('bulges', () => {
+    for (const bulge of [1, -1, 0.2, -3]) {
+      const found = bulgeArc([1, 1, 0], [4, 5, 0], bulge);
+      assertClose(arcEnds(found), [[1, 1, 0], [4, 5, 0]], 1e-12);
+      assert.equal(Math.sign(found.sweep), Math.sign(bulge));
+    }
+  });
+  test('extremes of an arc lie on it, and only on it', () => {
+    const xs = arcExtremes(arc([0, 0, 0], 2, 2, -0.1, 0.2)).map((p) => p[0]);
+    assert.equal(Math.max(...xs), 2);
+    assert.ok(Math.min(...xs) > 1.9);
+  });
+  test('a quarter circle as a rational spline', () => {
+    const points = strokeSpline({ degree: 2, knots: [0, 0, 0, 1, 1, 1], weights: [1, Math.SQRT1_2, 1],
+      controlPoints: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
+    for (const p of points) assertClose(Math.hypot(...p), 1, 1e-12);
+  });
+  test('object coordinates of the flipped side', () => assertClose(ocs([0, 0, -1]).x, [-1, 0, 0], 0));
+});
+
+describe('symbology', () => {
+  test('levels of layers', () => {
+    const names = ['0', 'Level 2', 'walls', '7', 'Level 99', ...Array.from({ length: 70 }, (_, i) => `layer ${i + 100}`)];
+    const levels = levelsOfLayers(names);
+    assert.deepEqual(['0', 'Level 2', 'walls', '7', 'Level 99'].map((n) => levels.get(n)), [1, 2, 3, 7, 4]);
+    assert.equal(Math.max(...levels.values()), 63);
+  });
+  test('line types and weights', () => {
+    assert.deepEqual(['Continuous', 'dashed2', 'DASHEDX2', 'HIDDEN', 'PHANTOM2', 'odd'].map(styleOfLineType), [0, 2, 3, 5, 6, 0]);
+    for (let weight = 0; weight < 15; weight++) assert.equal(weightOfLineWeight(lineWeightOfWeight(weight)), weight);
+    assert.equal(weightOfLineWeight(-3), 0);
+  });
+  test('the indexed colours of DWG keep their values', () => {
+    const document = new acad.CadDocument(acad.ACadVersion.AC1015);
+    for (let i = 1; i <= 254; i++) {
+      const entity = new acad.Line();
+      entity.endPoint = new acad.XYZ(i, 1, 0);
+      entity.color = new acad.Color(i);
+      document.modelSpace.entities.add(entity);
+    }
+    const back = acad.DwgReader.readFromStream(dgnToDwg(dwgToDgn(Buffer.from(acad.DwgWriter.writeToBuffer(document))).bytes).bytes.buffer);
+    [...back.modelSpace.entities].forEach((entity, i) => assert.deepEqual(entity.color.getRgb(), acad.Color.getIndexRGB(i + 1), `colour ${i + 1}`));
+  });
+});
+
+describe('text', () => {
+  for (const [page, bytes, expected] of [
+    ['gbk', [0xb0, 0xec, 0x41], '办A'],
+    ['gbk', [0xff, 0xfd, 0xec, 0xb0, 0x41, 0x00], '办A'],
+    ['gbk', [0x43, 0x61, 0x66, 0xe9], 'Café'],
+    ['windows-1252', [0xc4, 0xd6], 'ÄÖ'],
+    ['gbk', [...Buffer.from('\\U+00C4')], 'Ä'],
+    ['gbk', [0x41, 0, 0], 'A'],
+  ]) {
+    test(`${Buffer.from(bytes).toString('hex')} in ${page}`, () => assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected));
+  }
+  test('codes', () => assert.deepEqual([...new TextCodec('gbk').encode('办\tü🙂')],
+    [0xb0, 0xec, 0x20, 0xa8, 0xb9, ...Buffer.from('\\U+D83D\\U+DE42')]));
+});
+
+describe('what only DWG has', () => {
+  const { XYZ, XY } = acad;
+  const at = (entity, properties) => Object.assign(entity, properties);
+  const segment = (x1, y1, x2, y2) => at(new acad.Line(), { startPoint: new XYZ(x1, y1, 0), endPoint: new XYZ(x2, y2, 0) });
+
+  function convert(fill) {
+    const document = new acad.CadDocument(acad.ACadVersion.AC1018);
+    fill(document, (entity) => { document.modelSpace.entities.add(entity); return entity; });
+    const { bytes, leftOut } = dwgToDgn(Buffer.from(acad.DwgWriter.writeToBuffer(document)));
+    return { ...readDgn(bytes), leftOut: `${leftOut}` };
+  }
+
+  function block(document, name, ...entities) {
+    const record = new acad.BlockRecord(name);
+    entities.forEach((entity) => record.entities.add(entity));
+    document.blockRecords.add(record);
+    return record;
+  }
+
+  test('inserts are drawn out with what they pass on', () => {
+    const { elements } = convert((document, add) => {
+      const layer = new acad.Layer('Level 9');
+      layer.color = new acad.Color(5);
+      document.layers.add(layer);
+      const byBlock = at(segment(0, 0, 1, 0), { color: acad.Color.byBlock });
+      const circle = at(new acad.Circle(), { center: new XYZ(1, 1, 0), radius: 1 });
+      const inner = block(document, 'inner', byBlock, circle);
+      const outer = block(document, 'outer', at(new acad.Insert(inner), { insertPoint: new XYZ(10, 0, 0), color: acad.Color.byBlock }));
+      add(at(new acad.Insert(outer), { insertPoint: new XYZ(100, 50, 0), rotation: Math.PI / 2, xScale: 2, yScale: 3,
+        color: new acad.Color(1), layer }));
+    });
+    assert.deepEqual(elements.map((e) => [e.kind, e.level, e.color]), [['line', 9, 3], ['ellipse', 9, 1]]);
+    assertClose(elements[0].points, [[100, 70, 0], [100, 72, 0]], 1e-9);
+    assertClose(elements[1], { center: [97, 72, 0], axis1: [0, 2, 0], axis2: [-3, 0, 0] }, 1e-6);
+    assert.ok(elements[0].group > 0 && elements[0].group === elements[1].group);
+  });
+
+  test('rows and columns of an insert', () => {
+    const { elements } = convert((document, add) => add(at(new acad.Insert(block(document, 'b', segment(0, 0, 1, 0))),
+      { rowCount: 2, columnCount: 3, rowSpacing: 10, columnSpacing: 5 })));
+    assert.deepEqual(elements.map((e) => e.points[0].slice(0, 2)), [[0, 0], [5, 0], [10, 0], [0, 10], [5, 10], [10, 10]]);
+  });
+
+  test('blocks within blocks do not run away', () => {
+    assert.throws(() => convert((document, add) => {
+      let inner = block(document, 'b0', segment(0, 0, 1, 0));
+      for (let i = 1; i < 40; i++) inner = block(document, `b${i}`, new acad.Insert(inner), new acad.Insert(inner));
+      add(new acad.Insert(inner));
+    }), (error) => error instanceof Refusal && /nested/.test(error.message));
+  });
+
+  test('bulges, splines, paragraphs, seen from below, true colours, left out', () => {
+    const { elements, leftOut, is3d } = convert((document, add) => {
+      const round = new acad.LwPolyline([new XY(0, 0), new XY(4, 0)]);
+      round.vertices[0].bulge = 1;
+      add(round);
+      add(at(new acad.Spline(), { degree: 1, knots: [0, 0, 1, 1], controlPoints: [new XYZ(0, 0, 0), new XYZ(8, 8, 0)] }));
+      add(at(new acad.MText('{\\fArial|b0;first}\\Psecond %%d'), { insertPoint: new XYZ(0, 10, 0), height: 3 }));
+      add(at(new acad.Arc(new XYZ(1, 2, 0), 5, 0, Math.PI / 2), { normal: new XYZ(0, 0, -1) }));
+      add(at(segment(0, 0, 1, 1), { color: new acad.Color(250, 130, 5) }));
+      add(at(new acad.XLine(), { direction: new XYZ(1, 0, 0) }));
+      add(at(segment(0, 0, NaN, 1), {}));
+    });
+    assert.equal(is3d, false);
+    assert.deepEqual(elements.map((e) => e.kind), ['arc', 'lineString', 'text', 'text', 'arc', 'line']);
+    assertClose(elements[0], { center: [2, 0, 0] }, 1e-9);
+    assertClose(elements[0].sweep, Math.PI, 1e-7);
+    assertClose(elements[1].points.at(-1), [8, 8, 0], 0);
+    assert.deepEqual(elements.slice(2, 4).map((e) => e.text), ['first', 'second °']);
+    assertClose(elements.slice(2, 4).map((e) => e.origin), [[0, 7, 0], [0, 2, 0]], 1e-9);
+    assertClose(arcEnds(elements[4]), [[-6, 2, 0], [-1, 7, 0]], 1e-6);
+    assert.equal(elements[5].color, 6);
+    assert.equal(leftOut, '1 XLINE, 1 LINE without a place');
+  });
+});
+
+describe('the command', () => {
+  const file = (name, bytes) => {
+    const path = join(scratch, name);
+    writeFileSync(path, bytes);
+    return path;
+  };
+  const good = writeDgn({ elements: Object.values(FLAT) });
+  const dimension = writeDgn({ elements: [FLAT.line, FLAT.circle] });
+  dimension[dimension.lastIndexOf(Buffer.from([5, 15])) + 1] = 33;
+
+  test('says what it left out', () => {
+    const output = join(scratch, 'out.dwg');
+    assert.deepEqual(run(file('in.dgn', dimension), output), { status: 0, stdout: 'left out: 1 DIMENSION\n', stderr: '' });
+    const back = join(scratch, 'back.dgn');
+    assert.deepEqual(run('dwg2dgn', output, back), { status: 0, stdout: '', stderr: '' });
+    assert.equal(readDgn(readFileSync(back)).elements.length, 1);
+  });
+
+  const dwg = Buffer.from(dgnToDwg(good).bytes);
+  const empty = Buffer.from(acad.DwgWriter.writeToBuffer(new acad.CadDocument(acad.ACadVersion.AC1015)));
+  for (const [name, input, bytes, reason] of [
+    ['empty DGN', 'a.dgn', '', /empty/], ['empty DWG', 'a.dwg', '', /empty/],
+    ['DGN V8', 'v8.dgn', Buffer.from('d0cf11e0a1b11ae10000', 'hex'), /DGN V8/],
+    ['a cell library', 'c.dgn', Buffer.from('0805170000000000', 'hex'), /cell library/],
+    ['a DWG called DGN', 'b.dgn', dwg, /not a DGN/], ['a DGN called DWG', 'b.dwg', good, /not a DWG/],
+    ['a DGN cut short', 'd.dgn', good.subarray(0, -300), /cut short/],
+    ['a DWG cut short', 'd.dwg', dwg.subarray(0, -300), /cut short/],
+    ['a DGN without elements', 'e.dgn', Buffer.concat([good.subarray(0, 2048), Buffer.from('ffff', 'hex')]), /nothing/],
+    ['a DWG without entities', 'e.dwg', empty, /nothing/],
+    ['random bytes', 'f.dwg', Buffer.concat([Buffer.from('AC1032'), Buffer.alloc(5000, 0x5a)]), /cannot be read/],
+  ]) {
+    test(`refuses ${name}`, () => {
+      const output = join(scratch, input.endsWith('dgn') ? 'refused.dwg' : 'refused.dgn');
+      const { status, stdout, stderr } = run(file(input, bytes), output);
+      assert.equal(status, 1);
+      assert.equal(stdout, '');
+      assert.match(stderr, /^[^\n]+\n$/);
+      assert.match(stderr, reason);
+      assert.equal(existsSync(output), false);
+    });
+  }
+
+  for (const args of [[], ['a.dgn'], ['a.dxf', 'a.dwg'], ['--what', 'a.dgn', 'a.dwg'], ['no-such.dgn', 'out.dwg'],
+    ['--codepage', 'klingon', join(scratch, 'in.dgn'), join(scratch, 'out2.dwg')],
+    [join(scratch, 'in.dgn'), join(scratch, 'no-such-folder', 'out.dwg')]]) {
+    test(`refuses the arguments ${args.map((a) => a.replace(scratch, '')).join(' ')}`, () => {
+      const { status, stderr } = run(...args);
+      assert.equal(status, 1);
+      assert.match(stderr, /^[^\n]+\n$/);
+      assert.equal(readdirSync(scratch).some((name) => name.endsWith('.part')), false);
+    });
+  }
+});
+
+describe('hostile DGN files', () => {
+  const bytes = writeDgn({ elements: [FLAT.text, FLAT.arc, FLAT['filled shape'], styled({ kind: 'chain', closed: true,
+    members: [{ kind: 'lineString', points: [[0, 0, 0], [1, 1, 0]] }, { kind: 'line', points: [[1, 1, 0], [0, 0, 0]] }] })] });
+
+  function tryReading(damaged) {
+    try {
+      return dgnToDwg(damaged).bytes.length > 0;
+    } catch (error) {
+      assert.ok(error instanceof Refusal, error.stack);
+      return false;
+    }
+  }
+
+  test('cut at every byte: always refused', () => {
+    for (let size = 0; size < bytes.length; size++) {
+      assert.throws(() => readDgn(bytes.subarray(0, size)), Refusal, `cut at ${size}`);
+    }
+  });
+
+  test('with bytes changed: a drawing or a reason', () => {
+    let seed = 20240607;
+    const random = (below) => {
+      seed = (Math.imul(seed, 1664525) + 1013904223) >>> 0;
+      return Math.floor((seed / 2 ** 32) * below);
+    };
+    let read = 0;
+    for (let round = 0; round < 400; round++) {
+      const damaged = Buffer.from(bytes);
+      // Mostly the elements, where the lengths and counts are.
+      for (let i = 0; i <= random(6); i++) damaged[random(3) ? 2854 + random(bytes.length - 2854) : random(1536)] = random(256);
+      read += tryReading(damaged);
+    }
+    assert.ok(read > 0 && read < 400, `${read} of 400 read`);
+  });
+});
