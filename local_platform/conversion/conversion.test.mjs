@@ -14,7 +14,7 @@ import { readDgn, writeDgn } from './dgn.mjs';
 import { TextCodec } from './dgn_text.mjs';
 import { FULL_TURN, arcEnds, arcExtremes, arcPoint, bulgeArc, ocs, strokeSpline } from './geometry.mjs';
 import { Refusal } from './outcome.mjs';
-import { levelsOfLayers, lineWeightOfWeight, styleOfLineType, weightOfLineWeight } from './symbology.mjs';
+import { colorNumber, levelsOfLayers, lineWeightOfWeight, styleOfLineType, weightOfLineWeight } from './symbology.mjs';
 import { readDouble, readInt32, writeDouble, writeInt32 } from './vax.mjs';
 import * as acad from '@node-projects/acad-ts';
 
@@ -56,8 +56,8 @@ function run(...args) {
 describe('VAX numbers', () => {
   for (const [value, hex] of [
     [0, '0000000000000000'], [1, '8040000000000000'], [-1, '80c0000000000000'], [0.5, '0040000000000000'],
-    [10, '2042000000000000'], [-12.5, '48c2000000000000'], [Math.PI, '49410fda21a2c068'],
-    [46830, '3748ee0000000000'.replace('ee00', '00ee')],
+    [10, '2042000000000000'], [-12.5, '48c2000000000000'], [Math.PI, '4941da0f21a2c068'],
+    [46830, '364800ee00000000'],
   ]) {
     test(`double ${value}`, () => {
       const buffer = Buffer.alloc(8, 0xaa);
@@ -224,6 +224,9 @@ describe('symbology', () => {
     for (let weight = 0; weight < 15; weight++) assert.equal(weightOfLineWeight(lineWeightOfWeight(weight)), weight);
     assert.equal(weightOfLineWeight(-3), 0);
   });
+  test('true colours take the nearest number', () => {
+    for (const [rgb, number] of [[[250, 130, 5], 6], [[5, 10, 250], 1], [[255, 255, 254], 0]]) assert.equal(colorNumber(new acad.Color(...rgb)), number);
+  });
   test('the indexed colours of DWG keep their values', () => {
     const document = new acad.CadDocument(acad.ACadVersion.AC1015);
     for (let i = 1; i <= 254; i++) {
@@ -298,9 +301,21 @@ describe('what only DWG has', () => {
   test('blocks within blocks do not run away', () => {
     assert.throws(() => convert((document, add) => {
       let inner = block(document, 'b0', segment(0, 0, 1, 0));
-      for (let i = 1; i < 40; i++) inner = block(document, `b${i}`, new acad.Insert(inner), new acad.Insert(inner));
+      for (let i = 1; i < 40; i++) inner = block(document, `b${i}`, new acad.Insert(inner));
       add(new acad.Insert(inner));
     }), (error) => error instanceof Refusal && /nested/.test(error.message));
+  });
+
+  test('dimensions are the picture that they come with', () => {
+    const { elements, leftOut } = convert((document, add) => {
+      const picture = block(document, '*D1', segment(0, 3, 10, 3), at(new acad.TextEntity('10.00'), { height: 1 }),
+        at(new acad.Point(), { location: new XYZ(10, 0, 0) }));
+      add(at(new acad.DimensionAligned(), { secondPoint: new XYZ(10, 0, 0), block: picture }));
+      add(new acad.DimensionAligned());
+      add(new acad.Polyline2D());
+    });
+    assert.deepEqual(elements.map((e) => e.kind), ['line', 'text']);
+    assert.equal(leftOut, '1 DIMENSION');
   });
 
   test('bulges, splines, paragraphs, seen from below, true colours, left out', () => {
@@ -311,7 +326,7 @@ describe('what only DWG has', () => {
       add(at(new acad.Spline(), { degree: 1, knots: [0, 0, 1, 1], controlPoints: [new XYZ(0, 0, 0), new XYZ(8, 8, 0)] }));
       add(at(new acad.MText('{\\fArial|b0;first}\\Psecond %%d'), { insertPoint: new XYZ(0, 10, 0), height: 3 }));
       add(at(new acad.Arc(new XYZ(1, 2, 0), 5, 0, Math.PI / 2), { normal: new XYZ(0, 0, -1) }));
-      add(at(segment(0, 0, 1, 1), { color: new acad.Color(250, 130, 5) }));
+      add(at(segment(0, 0, 1, 1), { color: new acad.Color(5, 250, 5) }));
       add(at(new acad.XLine(), { direction: new XYZ(1, 0, 0) }));
       add(at(segment(0, 0, NaN, 1), {}));
     });
@@ -323,7 +338,7 @@ describe('what only DWG has', () => {
     assert.deepEqual(elements.slice(2, 4).map((e) => e.text), ['first', 'second °']);
     assertClose(elements.slice(2, 4).map((e) => e.origin), [[0, 7, 0], [0, 2, 0]], 1e-9);
     assertClose(arcEnds(elements[4]), [[-6, 2, 0], [-1, 7, 0]], 1e-6);
-    assert.equal(elements[5].color, 6);
+    assert.equal(elements[5].color, 2);
     assert.equal(leftOut, '1 XLINE, 1 LINE without a place');
   });
 });

@@ -4,7 +4,7 @@ import './web_crypto.mjs';
 import {
   ACadVersion, Arc, CadDocument, Circle, Color, DwgWriter, Ellipse, Hatch, HatchBoundaryPath,
   HatchBoundaryPathPolyline, HatchPattern, Layer, Line, LineType, LineTypeSegment, LwPolyline,
-  LwPolylineVertex, Point, Polyline3D, TextEntity, Vertex3D, XY, XYZ,
+  LwPolylineVertex, Point, Polyline3D, Seqend, TextEntity, Vertex3D, XY, XYZ,
 } from '@node-projects/acad-ts';
 import { extentOf, readDgn } from './dgn.mjs';
 import { encodeEscapes } from './dgn_text.mjs';
@@ -23,7 +23,8 @@ const xyz = (p) => new XYZ(p[0], p[1], p[2]);
 function polyline(points, closed, bulges = []) {
   const level = points[0][2];
   if (points.some((p) => p[2] !== level)) {
-    const solid = new Polyline3D(points.map((p) => new Vertex3D(xyz(p))));
+    const solid = new Polyline3D();
+    for (const p of points) solid.vertices.push(new Vertex3D(xyz(p)));
     solid.isClosed = closed;
     return solid;
   }
@@ -209,6 +210,17 @@ function fitView(document, elements) {
   view.viewHeight = size * 1.05;
 }
 
+/** The library gives handles to entities alone; without handles of their own, vertices are not found
+    again. */
+function addVertices(document, entity) {
+  const end = new Seqend();
+  for (const part of [...entity.vertices, end]) {
+    part.owner = entity;
+    document.registerCollection(part);
+  }
+  entity.vertices.seqend = end;
+}
+
 /** The library's writer asks of every entity whether the list of all entities includes it, which takes
     minutes for a large drawing. Meanwhile, large arrays look first where they once had the value. */
 function writeDwg(document) {
@@ -249,6 +261,7 @@ export function dgnToDwg(bytes, { codePage } = {}) {
     entity.lineWeight = lineWeightOfWeight(element.weight);
     entity.lineType = types[element.style];
     document.modelSpace.entities.add(entity);
+    if (entity instanceof Polyline3D) addVertices(document, entity);
     count++;
   }
   if (count === 0) throw new Refusal('the DGN file holds nothing that can be converted');

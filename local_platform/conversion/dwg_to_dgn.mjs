@@ -2,7 +2,8 @@
 
 import './web_crypto.mjs';
 import {
-  DwgReader, HatchBoundaryPathPolyline, LayerFlags, NotificationType,
+  BlockTypeFlags, Dimension, DwgReader, HatchBoundaryPathPolyline, LayerFlags, NotificationType, Polyline2D,
+  Polyline3D,
 } from '@node-projects/acad-ts';
 import { writeDgn } from './dgn.mjs';
 import { decodeEscapes } from './dgn_text.mjs';
@@ -81,8 +82,10 @@ function lightPolyline(entity) {
 }
 
 function heavyPolyline(entity) {
+  const is2d = entity instanceof Polyline2D;
+  // Meshes go by the same name.
+  if (!is2d && !(entity instanceof Polyline3D)) return null;
   const vertices = [...entity.vertices].filter((v) => (v.flags & SPLINE_FRAME_VERTEX) === 0);
-  const is2d = entity.objectName === 'POLYLINE' && entity.constructor.name === 'Polyline2D';
   return polyline(vertices.map((v) => ({
     point: is2d ? [v.location.x, v.location.y, entity.elevation] : vector(v.location),
     bulge: is2d ? v.bulge : 0,
@@ -155,8 +158,10 @@ function paragraphText(entity) {
   if (!(height > 0)) return [];
   const width = entity.rectangleWidth > 0 ? entity.rectangleWidth / height : Infinity;
   const lines = plain(entity.plainText).split(/\r\n|\r|\n/).flatMap((line) => wrap(line, width));
-  const x = unit(vector(entity.alignmentPoint));
-  const y = cross(unit(vector(entity.normal)), x);
+  const system = ocs(vector(entity.normal));
+  const direction = unit(vector(entity.alignmentPoint));
+  const x = length(direction) > 0 ? direction : system.x;
+  const y = cross(system.z, x);
   const pitch = (height * 5) / 3 * (entity.lineSpacing || 1);
   const column = (entity.attachmentPoint - 1) % 3;
   const row = Math.floor((entity.attachmentPoint - 1) / 3);
@@ -243,7 +248,7 @@ class Converter {
     if (entity.isInvisible || name === 'ATTDEF') return;
     const symbology = this.#symbology(entity, outer);
     if (name === 'INSERT') return this.#insert(entity, outer, symbology);
-    if (name === 'DIMENSION' && entity.block) return this.#dimension(entity, outer, symbology);
+    if (entity instanceof Dimension && entity.block) return this.#dimension(entity, outer, symbology);
     const parts = CONVERT[name]?.(entity) ?? null;
     if (parts === null) return this.leftOut.add(name);
     for (const part of parts) this.#put(mapElement(outer.map, part), symbology, name);
@@ -292,6 +297,8 @@ class Converter {
     const place = { x: scale(turn.x, insert.xScale), y: scale(turn.y, insert.yScale), z: [0, 0, insert.zScale] };
     const base = vector(insert.block.blockEntity?.basePoint ?? { x: 0, y: 0 });
     const entities = [...insert.block.entities];
+    const isExternal = (insert.block.blockFlags & (BlockTypeFlags.XRef | BlockTypeFlags.XRefOverlay)) !== 0;
+    if (isExternal && entities.length === 0) return this.leftOut.add('external reference');
     const rows = Math.max(1, insert.rowCount);
     const columns = Math.max(1, insert.columnCount);
     if (entities.length > 0 && rows * columns > MAX_ELEMENTS) throw new Refusal('an array of blocks in the drawing is too large');

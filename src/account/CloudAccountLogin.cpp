@@ -106,6 +106,86 @@ bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordT
     return true;
 }
 
+/// Asks for a code to be sent to \a target. Its own reply fields: "code" must be there and 0, "data" must not
+/// be false.
+bool CloudAccountLogin::verify(const QString& path, const char* target)
+{
+    ResultMap reply;
+    if (!httpGet(reply, lastError, url + path + QString::fromLocal8Bit(target), {}, timeoutMs))
+        return false;
+    if (reply.value(QStringLiteral("code"), 1).toInt() == 0
+        && reply.value(QStringLiteral("data"), true).toBool())
+        return true;
+    lastError = reply.value(QStringLiteral("msg")).toString();
+    return false;
+}
+
+bool CloudAccountLogin::mobileVerify(const char* phone)
+{
+    return verify("/admin/mobile/", phone);
+}
+
+bool CloudAccountLogin::mobileVerify2(const char* phone)
+{
+    return verify("/admin/mobile/reset/", phone);
+}
+
+bool CloudAccountLogin::emailVerify(const char* mail)
+{
+    return verify("/admin/mail/", mail);
+}
+
+bool CloudAccountLogin::emailVerify2(const char* mail)
+{
+    return verify("/admin/mail/reset/", mail);
+}
+
+bool CloudAccountLogin::phoneLoginAccount(const char* account, const char* code)
+{
+    mobile = QString::fromLocal8Bit(account);
+    const QString kind = mobile.contains('@') ? "MAIL@" : "SMS@";
+    const QString query =
+        "mobile=" + kind + mobile + "&code=" + QString::fromLocal8Bit(code) + "&grant_type=mobile";
+    ResultMap reply;
+    if (!accepted(httpPost(reply, lastError, url + "/auth/mobile/token/sms?" + query,
+                      {{"Authorization", clientCredential()}}, QByteArray(), timeoutMs),
+            reply))
+        return false;
+    signIn(reply);
+    password = reply.value(QStringLiteral("user_info")).toMap().value(QStringLiteral("password")).toString();
+    return true;
+}
+
+bool CloudAccountLogin::registered(const QString& path, const QMap<QString, QVariant>& fields)
+{
+    ResultMap reply;
+    const bool sent = httpPostMultipart(
+        reply, lastError, url + path, {{"Authorization", clientCredential()}}, fields, QString(), timeoutMs);
+    if (accepted(sent, reply))
+        return true;
+    // The platform's database speaks here; say what it means. The text is the same for an e-mail address.
+    if (sent && lastError.contains(QLatin1String("Duplicate entry")))
+        lastError = tr("The phone number is registered");
+    return false;
+}
+
+bool CloudAccountLogin::registerUser(
+    const char* name, const char* passwordText, const char* phone, const char* smsCode)
+{
+    return registered("/admin/api/user",
+        {{"username", QString::fromLocal8Bit(name)}, {"password", enciphered(passwordText)},
+            {"phone", QString::fromLocal8Bit(phone)}, {"smscode", QString::fromLocal8Bit(smsCode)}});
+}
+
+bool CloudAccountLogin::registerUserByMail(
+    const char*, const char* passwordText, const char* mail, const char* mailCode)
+{
+    // No user name: the platform gives such accounts one.
+    return registered("/admin/api/user/mail/register",
+        {{"password", enciphered(passwordText)}, {"mail", QString::fromLocal8Bit(mail)},
+            {"mailCode", QString::fromLocal8Bit(mailCode)}});
+}
+
 bool CloudAccountLogin::resetPassword(const char* phone, const char* newPassword, const char* smsCode)
 {
     const QByteArray body = QByteArray("phone=") + phone

@@ -3,6 +3,7 @@
 
 #include "tav_cloud_platform_sdk_export.h"
 
+#include <QCoreApplication>
 #include <QMap>
 #include <QString>
 #include <QVariant>
@@ -22,6 +23,8 @@
 /// empty. Passwords leave the process enciphered only and are never logged.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudAccountLogin
 {
+    Q_DECLARE_TR_FUNCTIONS(CloudAccountLogin)
+
 public:
     /// The one session of this process, made at the first call (from any thread) and alive until the module
     /// unloads.
@@ -49,6 +52,35 @@ public:
     /// Writes the tokens, the user name and the login state on success; what was typed is kept either way.
     bool userLoginAccount(const char* userName, const char* password);
 
+    /// \name Codes by SMS and e-mail
+    /// The platform sends a code to the number or address given. True when it says that it has.
+    /// @{
+
+    /// A code by SMS for signing in or registering.
+    bool mobileVerify(const char* phone);
+    /// A code by SMS for resetting the password.
+    bool mobileVerify2(const char* phone);
+    /// A code by e-mail for signing in or registering.
+    bool emailVerify(const char* mail);
+    /// A code by e-mail for resetting the password.
+    bool emailVerify2(const char* mail);
+
+    /// @}
+
+    /// Signs in with a code. An \a account with "@" in it is an e-mail address, any other a phone number.
+    /// Writes what userLoginAccount() writes.
+    bool phoneLoginAccount(const char* account, const char* code);
+
+    /// Registers an account with a phone number and the code sent to it. Does not sign in. A number that has
+    /// an account already fails with the translatable text "The phone number is registered".
+    bool registerUser(const char* userName, const char* password, const char* phone, const char* smsCode);
+
+    /// Registers an account with an e-mail address and the code sent to it; otherwise like registerUser(),
+    /// its text for an address that has an account already included. The platform names such accounts itself:
+    /// \a userName is not sent.
+    bool registerUserByMail(
+        const char* userName, const char* password, const char* mail, const char* mailCode);
+
     /// Sets a new password for the account of \a phone (a phone number or an e-mail address), with the code
     /// that the platform sent. Changes nothing in the session.
     bool resetPassword(const char* phone, const char* newPassword, const char* smsCode);
@@ -63,6 +95,8 @@ private:
     CloudAccountLogin();
     ~CloudAccountLogin() = default;
 
+    bool verify(const QString& path, const char* target);
+    bool registered(const QString& path, const QMap<QString, QVariant>& fields);
     bool accepted(bool sent, const QMap<QString, QVariant>& reply);
     void signIn(const QMap<QString, QVariant>& reply);
 

@@ -168,11 +168,15 @@ bool httpGet(ResultMap& result, QString& error, QString url, const HeaderMap& he
 bool httpGetToFile(
     ResultMap&, QString& error, QString url, QString savePath, const HeaderMap& headers, double timeoutMs)
 {
-    Exchange exchange{url, headers, timeoutMs, [](QNetworkAccessManager& manager, QNetworkRequest& request) {
-                          // Only of a body that travels as it is does the peer tell the length.
-                          request.setRawHeader("Accept-Encoding", "identity");
-                          return manager.get(request);
-                      }};
+    // The network access manager repeats a GET whose reply was cut, and then forgets that it was cut: half a
+    // file would count as whole. A body that cannot be rewound, even one of no bytes, keeps it from that.
+    RequestBody nothing{QByteArray()};
+    const auto send = [&nothing](QNetworkAccessManager& manager, QNetworkRequest& request) {
+        // Only of a body that is not packed does the peer tell the length.
+        request.setRawHeader("Accept-Encoding", "identity");
+        return manager.sendCustomRequest(request, "GET", &nothing);
+    };
+    Exchange exchange{url, headers, timeoutMs, send};
     exchange.readAhead = downloadWindow;
     FileReader reader(savePath);
     return run(exchange, error, reader, [&](const QNetworkReply& reply) {

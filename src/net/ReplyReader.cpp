@@ -55,10 +55,15 @@ bool FileReader::hasWholeBody(const QNetworkReply& reply) const
     // Nothing more is wanted of a reply that was given up here.
     if (state == State::Failed)
         return true;
-    // The error alone does not tell: a body that was cut often ends without one.
     const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
-    return state == State::Writing && reply.error() == QNetworkReply::NoError
-        && (!length.isValid() || length.toLongLong() == received);
+    if (length.isValid() && length.toLongLong() != received)
+        return false;
+    // Of a body that ends with the connection, the manager cannot tell the end from a cut, and may have tried
+    // to repeat the request.
+    const bool endsWithConnection = !length.isValid() && !reply.hasRawHeader("Transfer-Encoding");
+    const bool ended = reply.error() == QNetworkReply::NoError
+        || (endsWithConnection && reply.error() == QNetworkReply::ContentReSendError);
+    return state == State::Writing && ended;
 }
 
 bool FileReader::openFile()

@@ -9,10 +9,10 @@
 
 #include <QTest>
 
-namespace
-{
+namespace {
 const QByteArray form = "application/x-www-form-urlencoded";
-const QByteArray tokens = R"({"access_token":"A1","refresh_token":"R1","user_info":{"username":"server-name","password":"x"}})";
+const QByteArray tokens =
+    R"({"access_token":"A1","refresh_token":"R1","user_info":{"username":"server-name","password":"x"}})";
 const QByteArray newTokens = R"({"code":0,"access_token":"A2","refresh_token":"R2"})";
 const QByteArray known = R"({"user_info":{}})";
 const QByteArray expired = R"({"error":"invalid_token","error_description":"Token失效"})";
@@ -31,32 +31,41 @@ struct Operation
     QStringList state;
 };
 
-// "pa ss&=%2" and "pa ss&=%16" as another cipher program enciphers them have "+", "/" and "=" in their Base64.
-const QVector<Operation> operations {
+// "pa ss&=%2" and "pa ss&=%16" as another cipher program enciphers them have "+", "/" and "=" in their
+// Base64.
+const QVector<Operation> operations{
     {"userLoginAccount", "", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "pa ss&=%2"); },
         "/auth/oauth/token?grant_type=password", form,
         "username=user&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", tokens,
         {"user", "server-name", "A1", "R1"}},
-    {"userLoginAccount", "with code 0", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); },
+    {"userLoginAccount", "with code 0",
+        [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); },
         "/auth/oauth/token?grant_type=password", form,
         "username=user&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&scope=server",
-        R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"中"}})", {"user", "中", "A", "R"}},
+        R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"中"}})",
+        {"user", "中", "A", "R"}},
     {"userLoginAccount", "of a name that is sent as it is",
         [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%16"); },
         "/auth/oauth/token?grant_type=password", form,
         "username=用 户&a=b%20+@x&password=T%2B2qGxO4ut1Dam%2F9r%2Bn9Dw%3D%3D&scope=server", tokens,
         {"用 户&a=b%20+@x", "server-name", "A1", "R1"}},
     {"userLoginAccount", "of nothing", [](CloudAccountLogin& s) { return s.userLoginAccount("", ""); },
-        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}", {"", "", "", ""}},
-    {"userLoginAccount", "of null pointers", [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); },
-        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}", {"", "", "", ""}},
-    {"resetPassword", "", [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); },
-        "/admin/api/user/resetpw", form, "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234",
-        R"({"code":0})", {"", "", "", ""}},
+        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}",
+        {"", "", "", ""}},
+    {"userLoginAccount", "of null pointers",
+        [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); },
+        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}",
+        {"", "", "", ""}},
+    {"resetPassword", "",
+        [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); },
+        "/admin/api/user/resetpw", form,
+        "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234", R"({"code":0})",
+        {"", "", "", ""}},
     {"resetPassword", "by e-mail", [](CloudAccountLogin& s) { return s.resetPassword("a@b.c", "hello", ""); },
         "/admin/api/user/resetpw", form, "phone=a@b.c&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&smscode=", "{}",
         {"", "", "", ""}},
-    {"resetPassword", "of null pointers", [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); },
+    {"resetPassword", "of null pointers",
+        [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); },
         "/admin/api/user/resetpw", form, "phone=&password=&smscode=", "{}", {"", "", "", ""}},
 };
 
@@ -64,7 +73,7 @@ QStringList stateOf(const CloudAccountLogin& session)
 {
     return {session.getMobile(), session.getUserName(), session.getToken(), session.getRefreshToken()};
 }
-}
+} // namespace
 
 class TestCloudAccountLogin : public QObject
 {
@@ -124,7 +133,7 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        const QVector<QPair<QByteArray, QString>> refusals {
+        const QVector<QPair<QByteArray, QString>> refusals{
             {R"({"code":1,"msg":"不"})", "不"},
             {R"({"code":200,"msg":"m"})", "m"},
             {R"({"code":401,"msg":"m"})", "m"},
@@ -161,9 +170,10 @@ private slots:
         QTest::addColumn<QStringList>("tokens");
 
         using Replies = QList<QByteArray>;
-        const QStringList first {"A1", "R1"};
-        const QStringList second {"A2", "R2"};
-        const auto row = [](const char* name, const Replies& replies, bool good, const char* error, const QStringList& tokens) {
+        const QStringList first{"A1", "R1"};
+        const QStringList second{"A2", "R2"};
+        const auto row = [](const char* name, const Replies& replies, bool good, const char* error,
+                             const QStringList& tokens) {
             QTest::newRow(name) << replies << good << QString::fromUtf8(error) << tokens;
         };
         row("check passes", {known, R"({"code":0})"}, true, "", first);
@@ -174,7 +184,8 @@ private slots:
         row("check says nothing", {"{}", newTokens, "{}"}, true, ":", second);
         row("check unusable", {"[]", newTokens, "{}"}, true, "返回值解析失败", second);
         row("refreshed, then refused", {expired, newTokens, R"({"code":1,"msg":"no"})"}, false, "no", second);
-        row("refresh refused", {expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again", first);
+        row("refresh refused", {expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again",
+            first);
         row("refresh unusable", {expired, "1"}, false, "返回值解析失败", first);
     }
 

@@ -12,8 +12,7 @@
 #include <functional>
 #include <memory>
 
-namespace
-{
+namespace {
 using Client = CloudFileManger;
 
 const QByteArray adaptations = "/project//softwareAdaptationType/listSupportClient?sourceClient=Soft%201";
@@ -57,28 +56,32 @@ bool unchanged(const Client& client)
     return client.getProjectId() == "P1" && client.getAllCloudProjects().isEmpty();
 }
 
-const QVector<Operation> operations {
+const QVector<Operation> operations{
     {"AddCloudProInfo", [](Client& c) { return c.AddCloudProInfo("标题", "a \"b\"\r\nc"); }, "POST",
         "/project/cloudProjectInfo/add",
-        {{"description", "a \"b\"\r\nc"}, {"projectTitle", "标题"}, {"sourceClient", "Soft 1"}}, R"({"code":0,"data":17})",
-        [](const Client& c) { return c.getProjectId() == "17"; }, false, true},
+        {{"description", "a \"b\"\r\nc"}, {"projectTitle", "标题"}, {"sourceClient", "Soft 1"}},
+        R"({"code":0,"data":17})", [](const Client& c) { return c.getProjectId() == "17"; }, false, true},
     {"BackupCloudProFile", [](Client& c) { return c.BackupCloudProFile(inFolder("备份.dwg")); }, "POST",
         "/project/cloudProjectBackup/upload",
-        {{"projectId", "P1"}, {"sourceClient", "Soft 1"}, {"备份.dwg", "the file\r\n"}}, R"({"code":0})", unchanged, true},
+        {{"projectId", "P1"}, {"sourceClient", "Soft 1"}, {"备份.dwg", "the file\r\n"}}, R"({"code":0})",
+        unchanged, true},
     {"getAllCloudProjectBackup", [](Client& c) { return c.getAllCloudProjectBackup(); }, "GET", projects, {},
         R"({"code":200,"data":[{"id":1,"sourceClient":"Soft 1","projectTitle":"T"}]})",
         [](const Client& c) { return c.getAllCloudProjects().keys() == QStringList("1"); }},
-    {"DownloadCloudProFile", [](Client& c) { return c.DownloadCloudProFile("另 7", inFolder("saved")); }, "GET",
-        "/project/cloudProjectBackup/downloadProject?projectId=%E5%8F%A6%207", {}, "the backup",
-        [](const Client& c) { return unchanged(c) && read(inFolder("saved")) == "the backup"; }, true, false, true},
-    {"getSoftwareAdaptationType", [](Client& c) { return c.getSoftwareAdaptationType(); }, "GET", adaptations, {},
-        R"({"code":0,"data":[]})", unchanged, true},
-    {"getSoftwareSupportType", [](Client& c) { return c.getSoftwareSupportType(); }, "GET", supports, {}, R"({"data":null})",
-        unchanged, true},
-    {"updateSoftwareAdaptationType", [](Client& c) { return c.updateSoftwareAdaptationType("3", "Other"); }, "POST",
-        "/project/softwareAdaptationType/saveOrUpdate",
-        {{"sourceClient", "Soft 1"}, {"supportTypeId", "3"}, {"targetClient", "Other"}}, R"({"code":200})", unchanged},
-    {"updateSoftwareSupportType", [](Client& c) { return c.updateSoftwareSupportType("t", "1", ".dwg", "图"); }, "POST",
+    {"DownloadCloudProFile", [](Client& c) { return c.DownloadCloudProFile("另 7", inFolder("saved")); },
+        "GET", "/project/cloudProjectBackup/downloadProject?projectId=%E5%8F%A6%207", {}, "the backup",
+        [](const Client& c) { return unchanged(c) && read(inFolder("saved")) == "the backup"; }, true, false,
+        true},
+    {"getSoftwareAdaptationType", [](Client& c) { return c.getSoftwareAdaptationType(); }, "GET", adaptations,
+        {}, R"({"code":0,"data":[]})", unchanged, true},
+    {"getSoftwareSupportType", [](Client& c) { return c.getSoftwareSupportType(); }, "GET", supports, {},
+        R"({"data":null})", unchanged, true},
+    {"updateSoftwareAdaptationType", [](Client& c) { return c.updateSoftwareAdaptationType("3", "Other"); },
+        "POST", "/project/softwareAdaptationType/saveOrUpdate",
+        {{"sourceClient", "Soft 1"}, {"supportTypeId", "3"}, {"targetClient", "Other"}}, R"({"code":200})",
+        unchanged},
+    {"updateSoftwareSupportType",
+        [](Client& c) { return c.updateSoftwareSupportType("t", "1", ".dwg", "图"); }, "POST",
         "/project/softwareAdaptationType/saveOrUpdate",
         {{"sourceSoftwareNameEn", "Soft 1"}, {"title", "t"}, {"typeDescription", "图"}, {"typeFlag", "1"},
             {"typeSuffix", ".dwg"}},
@@ -102,7 +105,7 @@ Client listed(const QByteArray& data)
         QTest::qFail("The listing failed", __FILE__, __LINE__);
     return made;
 }
-}
+} // namespace
 
 class TestCloudFileManger : public QObject
 {
@@ -168,9 +171,10 @@ private slots:
         {
             Behaviour behave;
             QString text;
-        } failures[] {
+        } failures[]{
             {behaviour::answer(R"({"code":1,"msg":"m"})", 400), unless(true, "m")},
-            {behaviour::answer(R"({"code":401,"msg":"m"})", 401), unless(operation.judgesItself, "网络错误:401(m)")},
+            {behaviour::answer(R"({"code":401,"msg":"m"})", 401),
+                unless(operation.judgesItself, "网络错误:401(m)")},
             {behaviour::answer(R"({"code":500,"msg":"m"})", 500), unless(true, "m")},
             {behaviour::answer(R"({"code":7,"msg":"m"})", 503), unless(true, "m")},
             {behaviour::answer("[]", 400), replyUnusable()},
@@ -265,10 +269,12 @@ private slots:
                        {"id":"a","sourceClient":"S","projectTitle":"甲"}])",
             {"a,a,甲,S", "b,b,乙,S"});
         row("a number as id", R"([{"id":12345678901,"sourceClient":5}])", {"12345678901,12345678901,,5"});
-        row("without a title", R"([{"id":1,"sourceClient":"S"},{"id":2,"sourceClient":"S","projectTitle":null}])",
+        row("without a title",
+            R"([{"id":1,"sourceClient":"S"},{"id":2,"sourceClient":"S","projectTitle":null}])",
             {"1,1,,S", "2,2,,S"});
         row("without an id", R"([{"sourceClient":"S"},{"id":null,"sourceClient":"S"}])", {});
-        row("without a source", R"([{"id":1},{"id":2,"sourceClient":null},{"id":3,"sourceClient":"S"}])", {"3,3,,S"});
+        row("without a source", R"([{"id":1},{"id":2,"sourceClient":null},{"id":3,"sourceClient":"S"}])",
+            {"3,3,,S"});
         row("empty texts are present", R"([{"id":"","sourceClient":""}])", {",,,"});
         row("twice the same", R"([{"id":1,"sourceClient":"S"},{"id":"1","sourceClient":"T"}])", {"1,1,,T"});
         row("no objects", R"([1,"x",null,[],{"id":1,"sourceClient":"S"}])", {"1,1,,S"});
@@ -284,7 +290,9 @@ private slots:
         QStringList seen;
         const auto all = made.getAllCloudProjects();
         for (auto project = all.begin(); project != all.end(); ++project) {
-            seen.append(QStringList({project.key(), project->id, project->projectTitle, project->sourceClient}).join(','));
+            seen.append(
+                QStringList({project.key(), project->id, project->projectTitle, project->sourceClient})
+                    .join(','));
             QVERIFY(project->targetClient.isEmpty() && project->description.isEmpty());
         }
         QTEST(seen, "projects");
@@ -294,7 +302,8 @@ private slots:
     {
         QTest::addColumn<QByteArray>("reply");
         QTest::addColumn<QStringList>("ids");
-        QTest::newRow("another") << QByteArray(R"({"data":[{"id":2,"sourceClient":"S"}]})") << QStringList("2");
+        QTest::newRow("another") << QByteArray(R"({"data":[{"id":2,"sourceClient":"S"}]})")
+                                 << QStringList("2");
         QTest::newRow("empty") << QByteArray(R"({"code":0,"data":[]})") << QStringList();
         QTest::newRow("without data") << QByteArray(R"({"code":0})") << QStringList();
         QTest::newRow("refused") << QByteArray(R"({"code":1,"data":[]})") << QStringList("1");
@@ -322,7 +331,8 @@ private slots:
         QTest::newRow("text id") << QByteArray(R"({"code":0,"data":"x-1"})") << QString("x-1") << QString();
         QTest::newRow("no code") << QByteArray(R"({"data":5})") << QString("5") << QString();
         QTest::newRow("status only") << QByteArray(R"({"status":500,"data":5})") << QString("5") << QString();
-        QTest::newRow("code 200") << QByteArray(R"({"code":200,"data":5,"msg":"m"})") << QString("P1") << QString("m");
+        QTest::newRow("code 200") << QByteArray(R"({"code":200,"data":5,"msg":"m"})") << QString("P1")
+                                  << QString("m");
         QTest::newRow("code 404") << QByteArray(R"({"code":404,"msg":"m"})") << QString("P1") << QString("m");
         QTest::newRow("no data") << QByteArray(R"({"code":0})") << QString() << QString();
     }
@@ -354,7 +364,8 @@ private slots:
     {
         ScriptedPeer peer;
         Client made = client(peer);
-        peer.expect("GET", "/project/cloudProjectBackup/downloadProject?projectId=1", behaviour::answer("body"));
+        peer.expect(
+            "GET", "/project/cloudProjectBackup/downloadProject?projectId=1", behaviour::answer("body"));
         QVERIFY(!made.DownloadCloudProFile("1", inFolder("missing/file")));
         QCOMPARE(made.getLastError(), QString());
     }

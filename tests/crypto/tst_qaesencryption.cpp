@@ -14,11 +14,10 @@ Q_DECLARE_METATYPE(Aes::AesLevel)
 Q_DECLARE_METATYPE(Aes::AesMode)
 Q_DECLARE_METATYPE(Aes::AesPadding)
 
-namespace
-{
-const Aes::AesLevel levels[] {Aes::AES_128, Aes::AES_192, Aes::AES_256};
-const Aes::AesMode modes[] {Aes::ECB, Aes::CBC, Aes::CFB, Aes::OFB};
-const Aes::AesPadding paddings[] {Aes::ZERO, Aes::PKCS7, Aes::ISO};
+namespace {
+const Aes::AesLevel levels[]{Aes::AES_128, Aes::AES_192, Aes::AES_256};
+const Aes::AesMode modes[]{Aes::ECB, Aes::CBC, Aes::CFB, Aes::OFB};
+const Aes::AesPadding paddings[]{Aes::ZERO, Aes::PKCS7, Aes::ISO};
 
 const QByteArray ourKey = "a key for tests!";
 
@@ -33,21 +32,26 @@ int keyLength(Aes::AesLevel level)
 }
 
 /// What OpenSSL makes of whole blocks.
-QByteArray openssl(Aes::AesLevel level, Aes::AesMode mode, const QByteArray& text, const QByteArray& key, const QByteArray& iv)
+QByteArray openssl(Aes::AesLevel level, Aes::AesMode mode, const QByteArray& text, const QByteArray& key,
+    const QByteArray& iv)
 {
     using Get = const EVP_CIPHER* (*)();
-    static constexpr Get ciphers[3][4] {
+    static constexpr Get ciphers[3][4]{
         {EVP_aes_128_ecb, EVP_aes_128_cbc, EVP_aes_128_cfb128, EVP_aes_128_ofb},
         {EVP_aes_192_ecb, EVP_aes_192_cbc, EVP_aes_192_cfb128, EVP_aes_192_ofb},
         {EVP_aes_256_ecb, EVP_aes_256_cbc, EVP_aes_256_cfb128, EVP_aes_256_ofb},
     };
-    const auto bytes = [](const QByteArray& array) { return reinterpret_cast<const unsigned char*>(array.constData()); };
-    const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> context(EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
+    const auto bytes = [](const QByteArray& array) {
+        return reinterpret_cast<const unsigned char*>(array.constData());
+    };
+    const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> context(
+        EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
     EVP_EncryptInit_ex(context.get(), ciphers[level][mode](), nullptr, bytes(key), bytes(iv));
     EVP_CIPHER_CTX_set_padding(context.get(), 0);
     QByteArray out(text.size() + 16, '\0');
     int length = 0;
-    EVP_EncryptUpdate(context.get(), reinterpret_cast<unsigned char*>(out.data()), &length, bytes(text), text.size());
+    EVP_EncryptUpdate(
+        context.get(), reinterpret_cast<unsigned char*>(out.data()), &length, bytes(text), text.size());
     out.truncate(length);
     return out;
 }
@@ -59,7 +63,7 @@ QByteArray randomBytes(QRandomGenerator& random, int length)
         byte = char(random.bounded(256));
     return bytes;
 }
-}
+} // namespace
 
 class TestQAESEncryption : public QObject
 {
@@ -150,11 +154,14 @@ private slots:
     {
         const auto lastWord = [](Aes::AesLevel level, const char* key, int size) {
             const QByteArray schedule = Aes::ExpandKey(level, Aes::ECB, hex(key));
-            return schedule.size() == size && schedule.startsWith(hex(key)) ? schedule.right(4).toHex() : "wrong size";
+            return schedule.size() == size && schedule.startsWith(hex(key)) ? schedule.right(4).toHex()
+                                                                            : "wrong size";
         };
         QCOMPARE(lastWord(Aes::AES_128, "2b7e151628aed2a6abf7158809cf4f3c", 176), QByteArray("b6630ca6"));
-        QCOMPARE(lastWord(Aes::AES_192, "8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b", 208), QByteArray("01002202"));
-        QCOMPARE(lastWord(Aes::AES_256, "603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4", 240),
+        QCOMPARE(lastWord(Aes::AES_192, "8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b", 208),
+            QByteArray("01002202"));
+        QCOMPARE(
+            lastWord(Aes::AES_256, "603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4", 240),
             QByteArray("706c631e"));
     }
 
@@ -213,9 +220,8 @@ private slots:
         QTest::addColumn<QByteArray>("padded");
         QTest::addColumn<QByteArray>("text");
 
-        const auto row = [](const char* name, Aes::AesPadding padding, const QByteArray& padded, const QByteArray& text) {
-            QTest::newRow(name) << padding << padded << text;
-        };
+        const auto row = [](const char* name, Aes::AesPadding padding, const QByteArray& padded,
+                             const QByteArray& text) { QTest::newRow(name) << padding << padded << text; };
         for (const auto padding : paddings)
             QTest::addRow("empty, kind %d", padding) << padding << QByteArray() << QByteArray();
         row("zero", Aes::ZERO, QByteArray("a\0b\0\0", 5), QByteArray("a\0b", 3));
@@ -230,7 +236,12 @@ private slots:
         row("PKCS7, negative", Aes::PKCS7, "abc\x80", "abc\x80");
         row("PKCS7, minus one", Aes::PKCS7, "abc\xff", "abc\xff");
         row("ISO", Aes::ISO, QByteArray("abc\x80\0\0", 6), "abc");
-        row("ISO, the last mark counts", Aes::ISO, QByteArray("a\x80" "b\x80\0", 5), "a\x80" "b");
+        row("ISO, the last mark counts", Aes::ISO,
+            QByteArray("a\x80"
+                       "b\x80\0",
+                5),
+            "a\x80"
+            "b");
         row("ISO, no mark", Aes::ISO, "abc", "");
         row("ISO, a mark inside a character", Aes::ISO, "\xe4\xb8\x80x", "\xe4\xb8");
         row("other kind", Aes::AesPadding(9), QByteArray("abc\1\0", 5), QByteArray("abc\1\0", 5));
@@ -246,7 +257,8 @@ private slots:
 
     void isoIsTheDefault()
     {
-        QCOMPARE(Aes::Decrypt(Aes::AES_128, Aes::ECB, Aes::Crypt(Aes::AES_128, Aes::ECB, "abc", ourKey), ourKey),
+        QCOMPARE(
+            Aes::Decrypt(Aes::AES_128, Aes::ECB, Aes::Crypt(Aes::AES_128, Aes::ECB, "abc", ourKey), ourKey),
             QByteArray("abc\x80\0\0\0\0\0\0\0\0\0\0\0\0", 16));
         QCOMPARE(QAESEncryption(Aes::AES_128, Aes::ECB).removePadding("abc\x80"), QByteArray("abc"));
     }
@@ -276,7 +288,8 @@ private slots:
     void ecbIgnoresTheVector()
     {
         const QByteArray block(32, 'x');
-        QCOMPARE(Aes::Crypt(Aes::AES_128, Aes::ECB, block, ourKey, "short"), Aes::Crypt(Aes::AES_128, Aes::ECB, block, ourKey));
+        QCOMPARE(Aes::Crypt(Aes::AES_128, Aes::ECB, block, ourKey, "short"),
+            Aes::Crypt(Aes::AES_128, Aes::ECB, block, ourKey));
     }
 
     void streamModesDecipherAnyLength()
@@ -284,14 +297,17 @@ private slots:
         const QByteArray text(48, 't');
         for (const auto mode : {Aes::CFB, Aes::OFB})
             for (int length = 0; length <= text.size(); ++length)
-                QCOMPARE(Aes::Decrypt(Aes::AES_128, mode, Aes::Crypt(Aes::AES_128, mode, text, ourKey, ourKey).left(length), ourKey, ourKey),
+                QCOMPARE(
+                    Aes::Decrypt(Aes::AES_128, mode,
+                        Aes::Crypt(Aes::AES_128, mode, text, ourKey, ourKey).left(length), ourKey, ourKey),
                     text.left(length));
     }
 
     void anUnknownLevelIsAes128()
     {
         QAESEncryption unknown(Aes::AesLevel(7), Aes::CBC, Aes::PKCS7);
-        QCOMPARE(unknown.encode("text", ourKey, ourKey), Aes::Crypt(Aes::AES_128, Aes::CBC, "text", ourKey, ourKey, Aes::PKCS7));
+        QCOMPARE(unknown.encode("text", ourKey, ourKey),
+            Aes::Crypt(Aes::AES_128, Aes::CBC, "text", ourKey, ourKey, Aes::PKCS7));
         QCOMPARE(unknown.expandKey(ourKey), Aes::ExpandKey(Aes::AES_128, Aes::CBC, ourKey));
     }
 

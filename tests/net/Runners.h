@@ -11,7 +11,8 @@
 /// One of the eight request functions behind one shape, so that a row can be any of them.
 struct Runner
 {
-    using Call = std::function<bool(ResultMap& result, QString& error, QString url, HeaderMap headers, double timeoutMs)>;
+    using Call = std::function<bool(
+        ResultMap& result, QString& error, QString url, HeaderMap headers, double timeoutMs)>;
 
     QByteArray name;
     QByteArray method;
@@ -24,10 +25,9 @@ Q_DECLARE_METATYPE(Runner)
 
 inline Runner posting(const QByteArray& body)
 {
-    return {"httpPost", "POST",
-        [body](auto& result, auto& error, auto url, auto headers, double ms) {
-            return httpPost(result, error, url, headers, body, ms);
-        }};
+    return {"httpPost", "POST", [body](auto& result, auto& error, auto url, auto headers, double ms) {
+                return httpPost(result, error, url, headers, body, ms);
+            }};
 }
 
 inline Runner putting(const QByteArray& body)
@@ -47,9 +47,10 @@ inline Runner postingForm(const ResultMap& fields, const QString& file = QString
 
 inline Runner puttingForm(const ResultMap& fields)
 {
-    return {"httpPutMultipart", "PUT", [fields](auto& result, auto& error, auto url, auto headers, double ms) {
-                return httpPutMultipart(result, error, url, headers, fields, ms);
-            }};
+    return {
+        "httpPutMultipart", "PUT", [fields](auto& result, auto& error, auto url, auto headers, double ms) {
+            return httpPutMultipart(result, error, url, headers, fields, ms);
+        }};
 }
 
 /// The result element's text is put under "soap".
@@ -79,8 +80,9 @@ inline Runner downloading(const QString& savePath)
 
 inline QVector<Runner> allRunners(const QByteArray& body, const QString& savePath)
 {
-    return {{"httpGet", "GET", httpGet}, downloading(savePath), {"httpDelete", "DELETE", httpDelete}, posting(body),
-        putting(body), postingForm({{"a", "1"}}), puttingForm({{"a", "1"}}), postingSoap(body)};
+    return {{"httpGet", "GET", httpGet}, downloading(savePath), {"httpDelete", "DELETE", httpDelete},
+        posting(body), putting(body), postingForm({{"a", "1"}}), puttingForm({{"a", "1"}}),
+        postingSoap(body)};
 }
 
 /// What a call came to.
@@ -88,7 +90,7 @@ struct Outcome
 {
     bool ok = false;
     QString error = QStringLiteral("an earlier text");
-    ResultMap result {{"earlier", true}};
+    ResultMap result{{"earlier", true}};
 
     bool failedWith(const QString& text) const { return !ok && error == text && result == Outcome().result; }
 };

@@ -14,8 +14,7 @@
 
 Q_DECLARE_METATYPE(Behaviour)
 
-namespace
-{
+namespace {
 const QByteArray old = "the old file";
 constexpr double shortly = 250;
 
@@ -49,7 +48,7 @@ public:
         : handler(std::signal(SIGXFSZ, SIG_IGN))
     {
         ::getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit small {size, before.rlim_max};
+        const rlimit small{size, before.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &small);
     }
     ~FullDisk()
@@ -60,9 +59,9 @@ public:
 
 private:
     void (*handler)(int);
-    rlimit before {};
+    rlimit before{};
 };
-}
+} // namespace
 
 class TestHttpDownload : public QObject
 {
@@ -84,7 +83,8 @@ private slots:
         QTest::newRow("small") << behaviour::response("x") << QByteArray("x");
         QTest::newRow("JSON") << behaviour::response(R"({"code":500})") << QByteArray(R"({"code":500})");
         QTest::newRow("large") << behaviour::response(large) << large;
-        QTest::newRow("until the end of the connection") << QByteArray("HTTP/1.0 200 OK\r\n\r\n") + large << large;
+        QTest::newRow("until the end of the connection")
+            << QByteArray("HTTP/1.0 200 OK\r\n\r\n") + large << large;
         QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
         for (int at = 0; at < large.size(); at += 1 << 20)
             chunked += "100000\r\n" + large.mid(at, 1 << 20) + "\r\n";
@@ -99,7 +99,7 @@ private slots:
             peer.expect("GET", "/d?projectId=1", behaviour::closeAfter(reply));
             if (replacing)
                 write(target, QByteArray(20 << 20, 'o'));
-            ResultMap unused {{"earlier", true}};
+            ResultMap unused{{"earlier", true}};
             QString error = "earlier";
             QVERIFY(httpGetToFile(unused, error, peer.address() + "/d?projectId=1", target, {}, 100000));
             QTEST(read(target), "body");
@@ -132,7 +132,8 @@ private slots:
         QTest::newRow("empty body") << behaviour::answer("") << replyUnusable();
         QTest::newRow("redirect") << behaviour::redirect("http://127.0.0.1:1/", "moved") << replyUnusable();
         for (const int status : {400, 401, 404, 500, 503})
-            QTest::newRow(QByteArray::number(status)) << behaviour::answer(R"({"code":1})", status) << replyUnusable();
+            QTest::newRow(QByteArray::number(status))
+                << behaviour::answer(R"({"code":1})", status) << replyUnusable();
     }
 
     void keepsTheOldFile()
@@ -145,8 +146,8 @@ private slots:
             peer.allowRepeats();
             if (existing)
                 write(target, old);
-            const Outcome outcome
-                = outcomeOf(downloading(target), peer.address() + "/", {}, error == connectionTimedOut() ? shortly : 100000);
+            const Outcome outcome = outcomeOf(downloading(target), peer.address() + "/", {},
+                error == connectionTimedOut() ? shortly : 100000);
             QVERIFY2(outcome.failedWith(error), qPrintable(outcome.error));
             QCOMPARE(read(target), existing ? old : QByteArray());
             QCOMPARE(files().size(), existing ? 1 : 0);
@@ -217,7 +218,9 @@ private slots:
         ScriptedPeer peer;
         peer.expect("GET", "/", behaviour::answer("body"));
         QVERIFY(outcomeOf(downloading(target), peer.address() + "/").failedWith(Outcome().error));
-        struct stat status {};
+        struct stat status
+        {
+        };
         QVERIFY(::stat(QFile::encodeName(target), &status) == 0 && S_ISFIFO(status.st_mode));
     }
 
@@ -240,7 +243,9 @@ private slots:
         const mode_t mask = ::umask(0027);
         download("new");
         ::umask(mask);
-        struct stat status {};
+        struct stat status
+        {
+        };
         QVERIFY(::stat(QFile::encodeName(target), &status) == 0);
         QTEST(int(status.st_mode & 07777), "after");
     }
@@ -257,7 +262,8 @@ private:
     /// Everything in the folder: a temporary file that was left behind would be seen.
     QStringList files() const
     {
-        return QDir(folder->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        return QDir(folder->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
 
     std::unique_ptr<QTemporaryDir> folder;

@@ -11,21 +11,22 @@
 
 Q_DECLARE_METATYPE(Behaviour)
 
-namespace
-{
+namespace {
 const QByteArray object = R"({"code":0,"data":{"id":12345678901,"名":"值"},"list":[1,null]})";
 const QByteArray soap = "<a><ConDgn2DwgResult>text</ConDgn2DwgResult></a>";
 constexpr double shortly = 250;
 
 /// What the network stack adds to every request; a header beyond these and the caller's own is a surprise.
-const QSet<QByteArray> usual {"host", "connection", "accept", "accept-encoding", "accept-language", "user-agent",
-    "content-length", "content-type"};
+const QSet<QByteArray> usual{"host", "connection", "accept", "accept-encoding", "accept-language",
+    "user-agent", "content-length", "content-type"};
 
 int entriesOf(const char* directory)
 {
-    return QDir(QLatin1String(directory)).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+    return QDir(QLatin1String(directory))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+        .size();
 }
-}
+} // namespace
 
 class TestHttpRunner : public QObject
 {
@@ -39,7 +40,7 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QByteArray>("contentType");
 
-        const HeaderMap bearer {{"Authorization", "Bearer t/=+"}, {"X-Number", 42}};
+        const HeaderMap bearer{{"Authorization", "Bearer t/=+"}, {"X-Number", 42}};
         HeaderMap typed = bearer;
         typed["Content-Type"] = "text/xml; charset=utf-8";
         HeaderMap otherCase = bearer;
@@ -53,13 +54,15 @@ private slots:
         QTest::newRow("httpGetToFile") << runners[1] << bearer << QByteArray() << QByteArray();
         QTest::newRow("httpDelete") << runners[2] << bearer << QByteArray() << QByteArray();
         QTest::newRow("httpPost") << runners[3] << bearer << body << form;
-        QTest::newRow("httpPost with a type") << runners[3] << typed << body << QByteArray("text/xml; charset=utf-8");
-        QTest::newRow("httpPost, type as raw header") << runners[3] << otherCase << body << QByteArray("text/plain");
-        QTest::newRow("httpPost of nothing, typed") << posting({}) << typed << QByteArray()
-                                                    << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPost with a type")
+            << runners[3] << typed << body << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPost, type as raw header")
+            << runners[3] << otherCase << body << QByteArray("text/plain");
+        QTest::newRow("httpPost of nothing, typed")
+            << posting({}) << typed << QByteArray() << QByteArray("text/xml; charset=utf-8");
         QTest::newRow("httpPut") << runners[4] << bearer << body << form;
-        QTest::newRow("httpPut of nothing, typed") << putting({}) << typed << QByteArray()
-                                                   << QByteArray("text/xml; charset=utf-8");
+        QTest::newRow("httpPut of nothing, typed")
+            << putting({}) << typed << QByteArray() << QByteArray("text/xml; charset=utf-8");
         QTest::newRow("httpPostSoap") << runners[7] << typed << body << QByteArray("text/xml; charset=utf-8");
     }
 
@@ -68,7 +71,8 @@ private slots:
         QFETCH(Runner, runner);
         QFETCH(HeaderMap, headers);
         ScriptedPeer peer;
-        peer.expect(runner.method, "/p//q?a=1&b=x+y", behaviour::answer(runner.name == "httpPostSoap" ? soap : object));
+        peer.expect(runner.method, "/p//q?a=1&b=x+y",
+            behaviour::answer(runner.name == "httpPostSoap" ? soap : object));
         const Outcome outcome = outcomeOf(runner, peer.address() + "/p//q?a=1&b=x+y", headers);
         QVERIFY2(outcome.ok, qPrintable(outcome.error));
         QCOMPARE(outcome.error, Outcome().error);
@@ -84,7 +88,8 @@ private slots:
         for (auto header = headers.begin(); header != headers.end(); ++header) {
             known.insert(header.key().toLower().toUtf8());
             if (header.key().toLower() != "content-type")
-                QCOMPARE(request.values(header.key().toUtf8()), QList<QByteArray>({header->toString().toUtf8()}));
+                QCOMPARE(
+                    request.values(header.key().toUtf8()), QList<QByteArray>({header->toString().toUtf8()}));
         }
         for (const auto& [name, value] : request.headers)
             QVERIFY2(known.contains(name.toLower()), name + ": " + value);
@@ -101,16 +106,18 @@ private slots:
         const QByteArray content("line\r\n--\0\x80\xff", 11);
         file.write(content);
 
-        const ResultMap fields {{"username", "u"}, {"smscode", 12}, {"phone", QString()}, {"password", "值&=%\r\nx"}};
-        const QList<QByteArray> heads {
+        const ResultMap fields{
+            {"username", "u"}, {"smscode", 12}, {"phone", QString()}, {"password", "值&=%\r\nx"}};
+        const QList<QByteArray> heads{
             fieldHead("password"), fieldHead("phone"), fieldHead("smscode"), fieldHead("username")};
-        const QList<QByteArray> bodies {"值&=%\r\nx", "", "12", "u"};
+        const QList<QByteArray> bodies{"值&=%\r\nx", "", "12", "u"};
         QTest::newRow("POST") << postingForm(fields) << heads << bodies;
         QTest::newRow("PUT") << puttingForm(fields) << heads << bodies;
-        QTest::newRow("POST with a file") << postingForm(fields, file.fileName()) << heads + QList<QByteArray> {fileHead("图 1.dwg")}
-                                          << bodies + QList<QByteArray> {content};
-        QTest::newRow("only a file") << postingForm({}, file.fileName()) << QList<QByteArray> {fileHead("图 1.dwg")}
-                                     << QList<QByteArray> {content};
+        QTest::newRow("POST with a file")
+            << postingForm(fields, file.fileName()) << heads + QList<QByteArray>{fileHead("图 1.dwg")}
+            << bodies + QList<QByteArray>{content};
+        QTest::newRow("only a file") << postingForm({}, file.fileName())
+                                     << QList<QByteArray>{fileHead("图 1.dwg")} << QList<QByteArray>{content};
         QTest::newRow("nothing") << postingForm({}) << QList<QByteArray>() << QList<QByteArray>();
     }
 
@@ -148,11 +155,11 @@ private slots:
         for (const char* lineBreak : {"\r\n", "\n", "\r"}) {
             const QString evil = QStringLiteral("x") + lineBreak + "X-Injected: 1" + lineBreak;
             QTest::newRow(qPrintable(QString("value ").append(QByteArray(lineBreak).toHex())))
-                << HeaderMap {{"Authorization", evil}};
+                << HeaderMap{{"Authorization", evil}};
             QTest::newRow(qPrintable(QString("type ").append(QByteArray(lineBreak).toHex())))
-                << HeaderMap {{"Content-Type", evil}};
+                << HeaderMap{{"Content-Type", evil}};
             QTest::newRow(qPrintable(QString("name ").append(QByteArray(lineBreak).toHex())))
-                << HeaderMap {{"A: 1" + QString(lineBreak) + "X-Injected", "1"}};
+                << HeaderMap{{"A: 1" + QString(lineBreak) + "X-Injected", "1"}};
         }
     }
 
@@ -164,7 +171,8 @@ private slots:
         outcomeOf(posting("a=1"), peer.address() + "/", headers);
         peer.finish(); // refusing to send such a header at all would be as good
         for (const RecordedRequest& request : peer.requests()) {
-            QVERIFY(!request.raw.toLower().contains("\nx-injected") && !request.raw.toLower().contains("\rx-injected"));
+            QVERIFY(!request.raw.toLower().contains("\nx-injected")
+                && !request.raw.toLower().contains("\rx-injected"));
             QCOMPARE(request.body, QByteArray("a=1"));
         }
     }
@@ -241,7 +249,7 @@ private slots:
             const char* name;
             Behaviour behave;
             QString error;
-        } faults[] {
+        } faults[]{
             {"silent", behaviour::silent(), connectionTimedOut()},
             {"drip", behaviour::drip(), connectionTimedOut()},
             {"silent after the head", behaviour::answerRaw(cut), connectionTimedOut()},
@@ -269,11 +277,13 @@ private slots:
         QFETCH(Runner, runner);
         QFETCH(Behaviour, behave);
         QFETCH(QString, error);
+        QFile::remove(folder.filePath("faults"));
         ScriptedPeer peer;
         peer.expect(runner.method, "/", behave);
         if (!runner.sendsOnce())
             peer.allowRepeats();
-        const Outcome outcome = outcomeOf(runner, peer.address() + "/", {}, error == connectionTimedOut() ? shortly : 100000);
+        const Outcome outcome =
+            outcomeOf(runner, peer.address() + "/", {}, error == connectionTimedOut() ? shortly : 100000);
         QVERIFY2(outcome.failedWith(error), qPrintable(outcome.error));
         QVERIFY(!QFile::exists(folder.filePath("faults")));
     }
@@ -302,7 +312,7 @@ private slots:
         QFile file(folder.filePath("once.dwg"));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(QByteArray(300000, 'f'));
-        const QVector<QPair<QByteArray, Runner>> senders {
+        const QVector<QPair<QByteArray, Runner>> senders{
             {"POST", posting("a=1")},
             {"empty POST", posting({})},
             {"large POST", posting(QByteArray(300000, 'p'))},
@@ -315,7 +325,7 @@ private slots:
             {"PUT form", puttingForm({{"a", "1"}})},
             {"SOAP", postingSoap("<a/>")},
         };
-        const QVector<QPair<QByteArray, Behaviour>> ends {
+        const QVector<QPair<QByteArray, Behaviour>> ends{
             {"closed unread", behaviour::closeUnread()},
             {"closed", behaviour::closeAfter()},
             {"reset", behaviour::resetAfter()},
@@ -325,10 +335,12 @@ private slots:
             {"closed in the head", behaviour::closeAfter("HTTP/1.1 200 OK\r\nA")},
             {"reset in the body", behaviour::resetAfter("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{")},
             {"go on, then closed", behaviour::closeAfter("HTTP/1.1 100 Continue\r\n\r\n")},
-            {"basic authentication wanted", behaviour::answer("", 401, "WWW-Authenticate: Basic realm=\"r\"\r\n")},
+            {"basic authentication wanted",
+                behaviour::answer("", 401, "WWW-Authenticate: Basic realm=\"r\"\r\n")},
             {"digest authentication wanted",
                 behaviour::answer("", 401, "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\n")},
-            {"proxy authentication wanted", behaviour::answer("", 407, "Proxy-Authenticate: Basic realm=\"r\"\r\n")},
+            {"proxy authentication wanted",
+                behaviour::answer("", 407, "Proxy-Authenticate: Basic realm=\"r\"\r\n")},
             {"try again", behaviour::answer("", 503, "Retry-After: 0\r\n")},
             {"timed out there", behaviour::answer("", 408, "Connection: close\r\n")},
             {"redirect that keeps the method", behaviour::answer("", 307, "Location: /again\r\n")},
@@ -376,7 +388,8 @@ private slots:
     {
         ScriptedPeer peer;
         const Behaviour gift = behaviour::answer(object, 401,
-            "Set-Cookie: session=1; Path=/\r\nWWW-Authenticate: Basic realm=\"r\"\r\nConnection: keep-alive\r\n");
+            "Set-Cookie: session=1; Path=/\r\nWWW-Authenticate: Basic realm=\"r\"\r\nConnection: "
+            "keep-alive\r\n");
         peer.expect("GET", "/", gift);
         peer.expect("POST", "/", gift);
         const QString url = peer.address() + "/";
@@ -442,7 +455,8 @@ private slots:
             const int threads = entriesOf("/proc/self/task");
             call(calls);
             moreFiles = entriesOf("/proc/self/fd") - files;
-            // The peer's own threads, which it joins at its end, are gone by now but for the last instant of some.
+            // The peer's own threads, which it joins at its end, are gone by now but for the last instant of
+            // some.
             QTRY_VERIFY((moreThreads = entriesOf("/proc/self/task") - threads) < 5);
             QCoreApplication::quit();
         });

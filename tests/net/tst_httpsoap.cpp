@@ -9,8 +9,7 @@
 #include <QTest>
 #include <QTimer>
 
-namespace
-{
+namespace {
 Behaviour answerAfter(int milliseconds, const QByteArray& body)
 {
     return [=](PeerConnection& c) {
@@ -22,7 +21,7 @@ Behaviour answerAfter(int milliseconds, const QByteArray& body)
 }
 
 const QByteArray converted = "<ConDgn2DwgResult>text</ConDgn2DwgResult>";
-}
+} // namespace
 
 class TestHttpSoap : public QObject
 {
@@ -41,7 +40,8 @@ private slots:
         row("DWG to DGN", "<x><ConDwg2DgnResult>AAEC/+==</ConDwg2DgnResult></x>", "AAEC/+==");
         row("local encoding", "<ConDwg2DgnResult>图&lt;\n</ConDwg2DgnResult>", "图&lt;\n");
         row("nothing in it", "<x><ConDgn2DwgResult></ConDgn2DwgResult></x>", "");
-        row("both names", "<ConDwg2DgnResult>b</ConDwg2DgnResult><ConDgn2DwgResult>a</ConDgn2DwgResult>", "a");
+        row("both names", "<ConDwg2DgnResult>b</ConDwg2DgnResult><ConDgn2DwgResult>a</ConDgn2DwgResult>",
+            "a");
         row("one name of the first, both of the second",
             "<ConDgn2DwgResult/><ConDwg2DgnResult>b</ConDwg2DgnResult>", QByteArray());
         row("the name once", "<x><ConDgn2DwgResult/></x>", QByteArray());
@@ -49,7 +49,8 @@ private slots:
         row("a fault", "<soap:Fault><faultstring>no</faultstring></soap:Fault>", QByteArray());
         row("JSON", "{}", QByteArray());
         row("empty", "", QByteArray());
-        row("large", "<ConDgn2DwgResult>" + QByteArray(20 << 20, 'A') + "</ConDgn2DwgResult>", QByteArray(20 << 20, 'A'));
+        row("large", "<ConDgn2DwgResult>" + QByteArray(20 << 20, 'A') + "</ConDgn2DwgResult>",
+            QByteArray(20 << 20, 'A'));
     }
 
     void takesTheResultElement()
@@ -114,7 +115,8 @@ private slots:
     {
         ScriptedPeer peer;
         peer.expect("POST", "/", behaviour::silent());
-        QVERIFY(outcomeOf(postingSoap("<a/>"), peer.address() + "/", {}, 300).failedWith(connectionTimedOut()));
+        QVERIFY(
+            outcomeOf(postingSoap("<a/>"), peer.address() + "/", {}, 300).failedWith(connectionTimedOut()));
         QVERIFY(!QApplication::activeModalWidget());
     }
 

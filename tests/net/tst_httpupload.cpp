@@ -14,8 +14,7 @@
 using Change = std::function<void()>;
 Q_DECLARE_METATYPE(Change)
 
-namespace
-{
+namespace {
 /// More than the buffers of a loopback connection take in.
 constexpr int size = 24 << 20;
 
@@ -34,7 +33,7 @@ void write(const QString& path, const QByteArray& bytes)
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("The test cannot write its file.");
 }
-}
+} // namespace
 
 class TestHttpUpload : public QObject
 {
@@ -69,21 +68,33 @@ private slots:
         const auto row = [](const char* name, const Change& change, bool good) {
             QTest::newRow(name) << change << good;
         };
-        row("truncated", [file] { QFile::resize(file, 1 << 20); }, false);
-        row("truncated to nothing", [file] { QFile::resize(file, 0); }, false);
-        row("one byte shorter", [file] { QFile::resize(file, size - 1); }, false);
-        row("grown", [file] { QFile::resize(file, size + 100000); }, true);
-        row("replaced", [file] {
-            write(file + ".new", pattern(size, 'b').left(size / 2));
-            ::rename(QFile::encodeName(file + ".new"), QFile::encodeName(file));
-        }, true);
-        row("removed", [file] { QFile::remove(file); }, true);
-        row("rewritten in place", [file] {
-            QFile open(file);
-            if (open.open(QIODevice::ReadWrite))
-                open.write(pattern(size, 'b'));
-        }, true);
-        row("rewritten shorter", [file] { write(file, pattern(size, 'b').left(size / 2)); }, false);
+        row(
+            "truncated", [file] { QFile::resize(file, 1 << 20); }, false);
+        row(
+            "truncated to nothing", [file] { QFile::resize(file, 0); }, false);
+        row(
+            "one byte shorter", [file] { QFile::resize(file, size - 1); }, false);
+        row(
+            "grown", [file] { QFile::resize(file, size + 100000); }, true);
+        row(
+            "replaced",
+            [file] {
+                write(file + ".new", pattern(size, 'b').left(size / 2));
+                ::rename(QFile::encodeName(file + ".new"), QFile::encodeName(file));
+            },
+            true);
+        row(
+            "removed", [file] { QFile::remove(file); }, true);
+        row(
+            "rewritten in place",
+            [file] {
+                QFile open(file);
+                if (open.open(QIODevice::ReadWrite))
+                    open.write(pattern(size, 'b'));
+            },
+            true);
+        row(
+            "rewritten shorter", [file] { write(file, pattern(size, 'b').left(size / 2)); }, false);
     }
 
     void changesMeanwhile()
@@ -125,7 +136,8 @@ private slots:
         QFile::link(folder.filePath("nowhere"), folder.filePath("link"));
         ScriptedPeer peer;
         peer.expect("POST", "/up", behaviour::answer(R"({"code":1,"msg":"empty"})"));
-        const Outcome outcome = outcomeOf(postingForm({{"projectId", "1"}}, folder.filePath(name)), peer.address() + "/up");
+        const Outcome outcome =
+            outcomeOf(postingForm({{"projectId", "1"}}, folder.filePath(name)), peer.address() + "/up");
         QVERIFY(outcome.ok);
         QCOMPARE(outcome.result["msg"].toString(), QString("empty"));
         QCOMPARE(filePart(peer).head, fileHead(QFileInfo(name).fileName().toUtf8()));
@@ -135,8 +147,8 @@ private slots:
     void namesInjectNothing_data()
     {
         QTest::addColumn<QString>("name");
-        for (const char* name : {"a\"; filename=\"b", "a\r\nX-Injected: 1\r\n\r\nbody", "a\nb", "a\rb", "a\\\"b\\", "a;b=c",
-                 "\"", "a\r\n--"})
+        for (const char* name : {"a\"; filename=\"b", "a\r\nX-Injected: 1\r\n\r\nbody", "a\nb", "a\rb",
+                 "a\\\"b\\", "a;b=c", "\"", "a\r\n--"})
             QTest::newRow(QByteArray(name).toPercentEncoding()) << QString(name);
         QTest::newRow("line separators") << QStringLiteral("a\u2028b\u0085c\u010d\u010a");
     }
@@ -147,7 +159,8 @@ private slots:
         write(folder.filePath(name), "content");
         ScriptedPeer peer;
         peer.expect("POST", "/up", behaviour::answer("{}"));
-        QVERIFY(outcomeOf(postingForm({{"projectId", "1"}}, folder.filePath(name)), peer.address() + "/up").ok);
+        QVERIFY(
+            outcomeOf(postingForm({{"projectId", "1"}}, folder.filePath(name)), peer.address() + "/up").ok);
         const FormPart part = filePart(peer);
         QCOMPARE(part.body, QByteArray("content"));
         QVERIFY2(!part.head.contains('\n') && !part.head.contains('\r'), part.head);
@@ -184,7 +197,8 @@ private slots:
         write(path(), pattern(size, 'a'));
         ScriptedPeer peer;
         peer.expect("POST", "/up", behaviour::answerEarly(R"({"code":1,"msg":"too large"})", 413, false));
-        upload(peer); // the answer may be lost with the connection: that it ends, after one sending, is the promise
+        upload(peer); // the answer may be lost with the connection: that it ends, after one sending, is the
+                      // promise
         QVERIFY(!peer.onlyRequest().complete);
     }
 

@@ -17,9 +17,11 @@ private slots:
         QTest::addColumn<QString>("error");
         QTest::addColumn<QString>("earlier");
 
-        const auto row = [](const char* reply, bool good, const char* error, const char* earlier = "earlier") {
+        const auto row = [](const char* reply, bool good, const char* error,
+                             const char* earlier = "earlier") {
             const QByteArray name = QByteArray(reply) + " after " + earlier;
-            QTest::newRow(name) << QByteArray(reply) << good << QString::fromUtf8(error) << QString::fromUtf8(earlier);
+            QTest::newRow(name) << QByteArray(reply) << good << QString::fromUtf8(error)
+                                << QString::fromUtf8(earlier);
         };
         row(R"({})", true, "earlier");
         row(R"({"code":0,"data":[1]})", true, "earlier");

@@ -25,7 +25,8 @@ QVector<FormPart> parseForm(const RecordedRequest& request, QString& fault)
             fault = QStringLiteral("part %1 has no end").arg(parts.size());
             return parts;
         }
-        parts.append({request.body.mid(at + 2, bodyStart - at - 2), request.body.mid(bodyStart + 4, end - bodyStart - 4)});
+        parts.append({request.body.mid(at + 2, bodyStart - at - 2),
+            request.body.mid(bodyStart + 4, end - bodyStart - 4)});
         at = end + between.size();
     }
     if (fault.isEmpty() && request.body.mid(at) != "--\r\n" && request.body.mid(at) != "--")

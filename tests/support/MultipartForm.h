@@ -10,8 +10,8 @@ struct FormPart
     QByteArray body;
 };
 
-/// Splits the body of \a request at its boundary. Strict: anything that the format does not have, a body that ends
-/// before the closing boundary included, is written to \a fault.
+/// Splits the body of \a request at its boundary. Strict: anything that the format does not have, a body that
+/// ends before the closing boundary included, is written to \a fault.
 QVector<FormPart> parseForm(const RecordedRequest& request, QString& fault);
 
 /// The head of a part that carries the field \a name.

@@ -14,7 +14,8 @@ QStringList publicOperations(const QString& header)
     const QString part = text.mid(begin, text.indexOf(QLatin1String("\nprivate:"), begin) - begin);
 
     QStringList names;
-    static const QRegularExpression declaration(QStringLiteral("^ *bool (\\w+)\\(([^;]*);"), QRegularExpression::MultilineOption);
+    static const QRegularExpression declaration(
+        QStringLiteral("^ *bool (\\w+)\\(([^;]*);"), QRegularExpression::MultilineOption);
     for (auto match = declaration.globalMatch(part); match.hasNext();) {
         const QRegularExpressionMatch found = match.next();
         if (!found.captured(2).endsWith(QLatin1String("const")))

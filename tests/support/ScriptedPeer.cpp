@@ -12,15 +12,14 @@
 
 #include <chrono>
 
-namespace
-{
+namespace {
 constexpr int pieceSize = 64 * 1024;
 constexpr auto patience = std::chrono::seconds(2);
 
 int listenOnLoopback(quint16& port)
 {
     const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address {};
+    sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
@@ -35,7 +34,7 @@ QString addressOf(quint16 port)
 {
     return QStringLiteral("http://127.0.0.1:%1").arg(port);
 }
-}
+} // namespace
 
 QList<QByteArray> RecordedRequest::values(const QByteArray& name) const
 {
@@ -123,8 +122,8 @@ bool PeerConnection::readBody(int bytes)
 bool PeerConnection::send(const QByteArray& bytes)
 {
     for (int sent = 0; sent < bytes.size();) {
-        const ssize_t now
-            = fd < 0 ? -1 : ::send(fd, bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
+        const ssize_t now =
+            fd < 0 ? -1 : ::send(fd, bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
         if (now <= 0)
             return false;
         sent += int(now);
@@ -134,7 +133,7 @@ bool PeerConnection::send(const QByteArray& bytes)
 
 void PeerConnection::waitForClient()
 {
-    pollfd watched {fd, POLLRDHUP, 0};
+    pollfd watched{fd, POLLRDHUP, 0};
     while (!interrupted && ::poll(&watched, 1, 50) == 0) { }
     close();
 }
@@ -155,7 +154,7 @@ void PeerConnection::close()
 
 void PeerConnection::reset()
 {
-    const linger abortive {1, 0};
+    const linger abortive{1, 0};
     ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &abortive, sizeof abortive);
     close();
 }
@@ -170,8 +169,8 @@ void PeerConnection::interrupt()
 
 QByteArray behaviour::response(const QByteArray& body, int status, const QByteArray& headerLines)
 {
-    return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Type: application/json\r\n" + headerLines
-        + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Type: application/json\r\n"
+        + headerLines + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
 Behaviour behaviour::answer(const QByteArray& body, int status, const QByteArray& headerLines)
@@ -292,6 +291,8 @@ void ScriptedPeer::expect(const QByteArray& method, const QByteArray& target, Be
 
 void ScriptedPeer::settle()
 {
+    if (stopping)
+        return;
     std::unique_lock lock(mutex);
     const int round = emptyRounds; // whoever knocks now has been let in when the next one ends
     const auto allGone = [this, round] {
@@ -307,9 +308,8 @@ void ScriptedPeer::settle()
 
 QStringList ScriptedPeer::finish()
 {
-    if (finished)
+    if (stopping)
         return {};
-    finished = true;
     settle();
     stopping = true;
     acceptor.join();
@@ -323,17 +323,18 @@ QStringList ScriptedPeer::finish()
 
 QVector<RecordedRequest> ScriptedPeer::requests()
 {
+    settle();
     const std::lock_guard lock(mutex);
     return recorded;
 }
 
 RecordedRequest ScriptedPeer::onlyRequest()
 {
-    settle();
+    const QVector<RecordedRequest> all = requests();
     const std::lock_guard lock(mutex);
-    if (recorded.size() != 1)
-        complain(QStringLiteral("%1 requests instead of one").arg(recorded.size()));
-    return recorded.value(0);
+    if (all.size() != 1)
+        complain(QStringLiteral("%1 requests instead of one").arg(all.size()));
+    return all.value(0);
 }
 
 void ScriptedPeer::complain(const QString& text)
@@ -343,7 +344,7 @@ void ScriptedPeer::complain(const QString& text)
 
 void ScriptedPeer::acceptClients()
 {
-    pollfd door {listener, POLLIN, 0};
+    pollfd door{listener, POLLIN, 0};
     while (!stopping) {
         if (::poll(&door, 1, 5) == 0) {
             const std::lock_guard lock(mutex);

@@ -63,14 +63,13 @@ private:
 
     std::mutex closing;
     int fd;
-    std::atomic<bool> interrupted {false};
+    std::atomic<bool> interrupted{false};
 };
 
 using Behaviour = std::function<void(PeerConnection&)>;
 
 /// What a peer does with a request. All but those that say otherwise read the whole request first.
-namespace behaviour
-{
+namespace behaviour {
 QByteArray response(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
 
 Behaviour answer(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
@@ -89,12 +88,12 @@ Behaviour drip();
 Behaviour answerEarly(const QByteArray& body, int status, bool thenRead);
 /// Stops reading inside the body until the socket's buffers are full, runs \a meanwhile, and goes on.
 Behaviour stallInBody(std::function<void()> meanwhile, const QByteArray& body);
-}
+} // namespace behaviour
 
 /// An HTTP peer on a loopback port that answers by a script and records what it gets.
 ///
-/// The script is a queue: each request takes the next exchange. A request that the script does not have, another one
-/// than it has, or an exchange that nobody asked for fails the running test when the peer goes.
+/// The script is a queue: each request takes the next exchange. A request that the script does not have,
+/// another one than it has, or an exchange that nobody asked for fails the running test when the peer goes.
 class ScriptedPeer
 {
 public:
@@ -109,8 +108,8 @@ public:
     static QString refusedAddress();
 
     void expect(const QByteArray& method, const QByteArray& target, Behaviour behaviour);
-    /// Lets the last exchange of the script be asked for again and again. A GET may be repeated by the network stack;
-    /// nothing else may.
+    /// Lets the last exchange of the script be asked for again and again. A GET may be repeated by the
+    /// network stack; nothing else may.
     void allowRepeats() { repeats = true; }
 
     /// Waits until no client is connected any more, or throws out those that stay.
@@ -118,7 +117,7 @@ public:
     /// Ends the peer and returns what was wrong; what is returned here no longer fails the test.
     QStringList finish();
 
-    /// The requests of which at least one byte came, in the order in which they began.
+    /// The requests of which at least one byte came, in the order in which they began. Settles first.
     QVector<RecordedRequest> requests();
     /// The only request; a complaint when there was another number of them.
     RecordedRequest onlyRequest();
@@ -157,9 +156,8 @@ private:
     QVector<RecordedRequest> recorded;
     QStringList complaints;
     int emptyRounds = 0; ///< how often nobody was at the door
-    std::atomic<int> accepted {0};
-    std::atomic<bool> repeats {false};
-    std::atomic<bool> stopping {false};
+    std::atomic<int> accepted{0};
+    std::atomic<bool> repeats{false};
+    std::atomic<bool> stopping{false};
     std::thread acceptor;
-    bool finished = false;
 };

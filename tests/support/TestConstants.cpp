@@ -3,14 +3,13 @@
 
 #include "net/BuildConstants.h"
 
-namespace
-{
+namespace {
 QString& address()
 {
     static QString value;
     return value;
 }
-}
+} // namespace
 
 void setPlatformAddress(const QString& value)
 {

@@ -3,6 +3,6 @@
 
 #include <QString>
 
-/// The build's constants as the tests have them. The account session takes the address when it is first used, so a
-/// test sets it before.
+/// The build's constants as the tests have them. The account session takes the address when it is first used,
+/// so a test sets it before.
 void setPlatformAddress(const QString& address);

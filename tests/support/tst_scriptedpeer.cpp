@@ -13,8 +13,7 @@
 
 Q_DECLARE_METATYPE(Behaviour)
 
-namespace
-{
+namespace {
 struct Seen
 {
     QByteArray bytes;
@@ -29,7 +28,7 @@ public:
     explicit Socket(const QString& address)
         : fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
-        sockaddr_in to {};
+        sockaddr_in to{};
         to.sin_family = AF_INET;
         to.sin_port = htons(quint16(QUrl(address).port()));
         to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -46,7 +45,7 @@ public:
     {
         Seen seen;
         char piece[1000];
-        pollfd watched {fd, POLLIN, 0};
+        pollfd watched{fd, POLLIN, 0};
         while (seen.open && ::poll(&watched, 1, patienceMs) == 1) {
             const ssize_t got = ::recv(fd, piece, sizeof piece, 0);
             seen.open = got > 0;
@@ -69,8 +68,9 @@ Seen exchange(const QString& address, const QByteArray& bytes)
     return socket.listen();
 }
 
-const QByteArray post = "POST /a?b=%20 HTTP/1.1\r\nHost: here\r\nX-Twice: 1\r\nx-twice:2\r\nContent-Length: 5\r\n\r\nab\r\nc";
-}
+const QByteArray post =
+    "POST /a?b=%20 HTTP/1.1\r\nHost: here\r\nX-Twice: 1\r\nx-twice:2\r\nContent-Length: 5\r\n\r\nab\r\nc";
+} // namespace
 
 class TestScriptedPeer : public QObject
 {
@@ -84,7 +84,6 @@ private slots:
         peer.expect("GET", "/", behaviour::silent());
         QCOMPARE(exchange(peer.address(), post).bytes, behaviour::response("{}"));
         exchange(peer.address(), "GET / HTTP/1.1\r\n\r\n");
-        peer.settle();
 
         const QVector<RecordedRequest> requests = peer.requests();
         QCOMPARE(requests.size(), 2);
@@ -115,7 +114,8 @@ private slots:
 
         using Lines = QList<QByteArray>;
         QTest::newRow("nothing") << Lines() << Lines() << QStringList();
-        QTest::newRow("in order") << Lines({"GET /a", "PUT /b"}) << Lines({"GET /a", "PUT /b"}) << QStringList();
+        QTest::newRow("in order") << Lines({"GET /a", "PUT /b"}) << Lines({"GET /a", "PUT /b"})
+                                  << QStringList();
         QTest::newRow("missing") << Lines({"GET /a", "PUT /b"}) << Lines({"GET /a"})
                                  << QStringList("never came: PUT /b");
         QTest::newRow("unexpected") << Lines() << Lines({"GET /a"}) << QStringList("unexpected: GET /a");
@@ -146,14 +146,17 @@ private slots:
         QTest::addColumn<bool>("reset");
         QTest::addColumn<bool>("open");
 
-        QTest::newRow("answer") << behaviour::answer("{}", 404) << QByteArray("HTTP/1.1 404 ") << false << true;
-        QTest::newRow("redirect") << behaviour::redirect("http://there/") << QByteArray("HTTP/1.1 302 ") << false << true;
+        QTest::newRow("answer") << behaviour::answer("{}", 404) << QByteArray("HTTP/1.1 404 ") << false
+                                << true;
+        QTest::newRow("redirect") << behaviour::redirect("http://there/") << QByteArray("HTTP/1.1 302 ")
+                                  << false << true;
         QTest::newRow("silent") << behaviour::silent() << QByteArray() << false << true;
         QTest::newRow("close") << behaviour::closeAfter() << QByteArray() << false << false;
         QTest::newRow("cut") << behaviour::closeAfter("HTTP") << QByteArray("HTTP") << false << false;
         QTest::newRow("reset") << behaviour::resetAfter() << QByteArray() << true << false;
         QTest::newRow("late reset") << behaviour::resetAfter("HTTP") << QByteArray("HTTP") << true << false;
-        QTest::newRow("early") << behaviour::answerEarly("{}", 413, true) << QByteArray("HTTP/1.1 413 ") << false << true;
+        QTest::newRow("early") << behaviour::answerEarly("{}", 413, true) << QByteArray("HTTP/1.1 413 ")
+                               << false << true;
     }
 
     void misbehaves()
@@ -180,10 +183,7 @@ private slots:
         QVERIFY(socket.listen(1).bytes.size() > soon);
     }
 
-    void nobodyListensAtTheRefusedAddress()
-    {
-        QVERIFY(!Socket(ScriptedPeer::refusedAddress()).connected);
-    }
+    void nobodyListensAtTheRefusedAddress() { QVERIFY(!Socket(ScriptedPeer::refusedAddress()).connected); }
 
     void parsesForms_data()
     {
@@ -194,8 +194,10 @@ private slots:
 
         const QByteArray type = "multipart/form-data; boundary=\"B\"";
         QTest::newRow("empty") << type << QByteArray("--B--\r\n") << 0 << true;
-        QTest::newRow("two") << type << QByteArray("--B\r\nA: 1\r\n\r\nx\r\n--B\r\nA: 2\r\n\r\n\r\n--B--\r\n") << 2 << true;
-        QTest::newRow("no quotes") << QByteArray("multipart/form-data; boundary=B") << QByteArray("--B--") << 0 << true;
+        QTest::newRow("two") << type << QByteArray("--B\r\nA: 1\r\n\r\nx\r\n--B\r\nA: 2\r\n\r\n\r\n--B--\r\n")
+                             << 2 << true;
+        QTest::newRow("no quotes") << QByteArray("multipart/form-data; boundary=B") << QByteArray("--B--")
+                                   << 0 << true;
         QTest::newRow("other type") << QByteArray("text/plain") << QByteArray("--B--\r\n") << 0 << false;
         QTest::newRow("preamble") << type << QByteArray("x--B--\r\n") << 0 << false;
         QTest::newRow("cut") << type << QByteArray("--B\r\nA: 1\r\n\r\nx") << 0 << false;
