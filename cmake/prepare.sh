@@ -7,6 +7,8 @@ install_packages() {
     local wanted missing=() package root=()
     wanted=$(grep -v '^#' cmake/debian-packages.txt)
     for package in $wanted; do
+        # Some commands come from elsewhere: npm along with a newer Node, for one.
+        command -v "$package" >/dev/null && continue
         # A package counts as there only when it is installed and configured, not when dpkg merely knows it.
         [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || missing+=("$package")
     done
@@ -20,7 +22,15 @@ install_packages() {
     }
 }
 
+# The one npm package of the drawing conversion, as its lock file has it.
+install_node_modules() {
+    local folder=local_platform/conversion
+    [ $folder/node_modules/.package-lock.json -nt $folder/package-lock.json ] ||
+        npm ci --prefix $folder --no-audit --no-fund --loglevel=error >/dev/null
+}
+
 install_packages
+install_node_modules || exit 1
 
 # What one build directory compiled serves the others.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1

@@ -57,6 +57,7 @@ ChildOutcome runChild(const std::vector<std::string>& command, const std::filesy
     std::string path = std::string("PATH=") + (searchPath ? searchPath : "/usr/local/bin:/usr/bin:/bin");
     char* environment[] = {path.data(), nullptr};
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
@@ -77,7 +78,9 @@ ChildOutcome runChild(const std::vector<std::string>& command, const std::filesy
         }
         std::this_thread::sleep_for(pollInterval);
     }
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? ChildOutcome::Succeeded : ChildOutcome::Failed;
+    if (!WIFEXITED(status))
+        return ChildOutcome::Killed;
+    return WEXITSTATUS(status) == 0 ? ChildOutcome::Succeeded : ChildOutcome::Failed;
 }
 
 } // namespace local_platform

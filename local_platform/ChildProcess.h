@@ -20,6 +20,7 @@ enum class ChildOutcome
 {
     Succeeded,
     Failed,
+    Killed, ///< by a signal, such as for its limits
     OutOfTime
 };
 

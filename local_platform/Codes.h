@@ -17,9 +17,9 @@ class Codes
 public:
     enum class Purpose
     {
-        SignIn,
+        SignIn, ///< serves registration too
         Reset
-    }; ///< SignIn serves registration too
+    };
 
     Codes(Database& database, const Clock& clock, Outbox& outbox, long long lifetime);
 

@@ -82,6 +82,7 @@ Xml fault(const std::string& who, const std::string& reason)
 
 Conversion::Conversion(const Options& options)
     : options_(options)
+    , converter_(std::filesystem::absolute(options.converter))
     , scratch_(std::filesystem::absolute(options.data) / "scratch")
     , places_(std::max(1u, std::thread::hardware_concurrency()))
 {
@@ -142,11 +143,15 @@ void Conversion::runConverter(
     if (!place.taken())
         throw Refusal("Too many drawings are being converted; try again later");
 
+    if (!std::filesystem::exists(converter_))
+        throw std::runtime_error("There is no converter at " + converter_.string());
     const std::filesystem::path reasons = folder / "reason";
-    const ChildOutcome outcome = runChild({"node", options_.converter, input, output}, folder, reasons,
+    const ChildOutcome outcome = runChild({"node", converter_.string(), input, output}, folder, reasons,
         {deadline, converterMemory, largestResult});
     if (outcome == ChildOutcome::OutOfTime)
         throw Refusal("The drawing takes too long to convert");
+    if (outcome == ChildOutcome::Killed)
+        throw Refusal("The drawing needs too much memory or space to convert");
     if (outcome == ChildOutcome::Succeeded)
         return;
     const std::string reason = contentOf(reasons).substr(0, longestReason);

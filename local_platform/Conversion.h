@@ -25,6 +25,7 @@ private:
         const std::string& input, const std::string& output, const std::filesystem::path& folder);
 
     const Options& options_;
+    std::filesystem::path converter_;
     std::filesystem::path scratch_;
     Places places_;
 };

@@ -5,80 +5,100 @@
 #include <nlohmann/json.hpp>
 #include <soci/soci.h>
 #include <soci/sqlite3/soci-sqlite3.h>
+#include <sstream>
 
 namespace local_platform {
 
 namespace {
 
-// The dialect is kept to what SQLite and PostgreSQL share; "key" is the one word that differs between them. A
-// key is never given out twice, or a deleted group's id could come to mean another group.
+// The dialect is kept to what SQLite and PostgreSQL share; "KEY" stands for the one thing that differs. A key
+// is never given out twice, or a deleted group's id could come to mean another group.
 const std::string key = "integer primary key autoincrement";
 
-const std::vector<std::string> schema = {
-    "create table if not exists users (id " + key
-        + ", username text not null unique, phone text not null, mail text not null, password_hash text not "
-          "null)",
-    "create unique index if not exists users_phone on users (phone) where phone <> ''",
-    "create unique index if not exists users_mail on users (mail) where mail <> ''",
-    "create table if not exists tokens (access text primary key, refresh text not null unique,"
-    " user_id bigint not null references users (id), expires_at bigint not null,"
-    " refresh_expires_at bigint not null)",
-    "create index if not exists tokens_user on tokens (user_id)",
-    "create table if not exists codes (address text not null, purpose text not null, code text not null,"
-    " expires_at bigint not null, tries_left bigint not null, window_start bigint not null,"
-    " sent_in_window bigint not null, primary key (address, purpose))",
+const std::string schema = R"(
+create table if not exists users (
+    id KEY, username text not null unique, phone text not null, mail text not null, password_hash text not null);
+create unique index if not exists users_phone on users (phone) where phone <> '';
+create unique index if not exists users_mail on users (mail) where mail <> '';
 
-    "create table if not exists projects (id " + key
-        + ", owner_id bigint not null references users (id), source_client text not null, title text not "
-          "null,"
-          " description text not null)",
-    "create index if not exists projects_owner on projects (owner_id, source_client)",
-    "create table if not exists backups (project_id bigint primary key references projects (id),"
-    " file_name text not null, stored_name text not null, size bigint not null)",
+create table if not exists tokens (
+    access text primary key, refresh text not null unique, user_id bigint not null references users (id),
+    expires_at bigint not null, refresh_expires_at bigint not null);
+create index if not exists tokens_user on tokens (user_id);
 
-    "create table if not exists support_types (id " + key
-        + ", owner_id bigint not null references users (id), source_software text not null, type_flag text "
-          "not null,"
-          " title text not null, type_suffix text not null, type_description text not null,"
-          " unique (owner_id, source_software, type_flag))",
-    "create table if not exists adaptation_types (id " + key
-        + ", owner_id bigint not null references users (id), source_client text not null,"
-          " support_type_id text not null, target_client text not null,"
-          " unique (owner_id, source_client, support_type_id, target_client))",
+create table if not exists codes (
+    address text not null, purpose text not null, code text not null, expires_at bigint not null,
+    tries_left bigint not null, window_start bigint not null, sent_in_window bigint not null,
+    primary key (address, purpose));
 
-    "create table if not exists address_book (id " + key
-        + ", owner_id bigint not null references users (id), friend_id bigint not null references users (id),"
-          " phone text not null, remark text not null, unit text not null, unique (owner_id, friend_id))",
-    "create table if not exists user_groups (id " + key
-        + ", owner_id bigint not null references users (id), name text not null, invite_code text unique)",
-    "create table if not exists group_members (id " + key
-        + ", group_id bigint not null references user_groups (id) on delete cascade,"
-          " user_id bigint not null references users (id), admin_flag bigint not null, unique (group_id, "
-          "user_id))",
-    "create index if not exists group_members_user on group_members (user_id)",
+create table if not exists projects (
+    id KEY, owner_id bigint not null references users (id), source_client text not null, title text not null,
+    description text not null);
+create index if not exists projects_owner on projects (owner_id, source_client);
 
-    "create table if not exists shared_files (id " + key
-        + ", project_id bigint not null references projects (id), support_type_id text not null,"
-          " type_flag text not null, original_name text not null, stored_name text not null, size bigint not "
-          "null)",
-    "create index if not exists shared_files_project on shared_files (project_id)",
-    "create table if not exists shares (id " + key
-        + ", expires_at bigint not null, extraction_code text unique,"
-          " group_id bigint references user_groups (id) on delete cascade)",
-    "create index if not exists shares_group on shares (group_id)",
-    "create table if not exists share_files (share_id bigint not null references shares (id) on delete "
-    "cascade,"
-    " file_id bigint not null references shared_files (id), primary key (share_id, file_id))",
-    "create index if not exists share_files_file on share_files (file_id)",
-    "create table if not exists share_users (share_id bigint not null references shares (id) on delete "
-    "cascade,"
-    " user_id bigint not null references users (id), primary key (share_id, user_id))",
-    "create index if not exists share_users_user on share_users (user_id)",
-    "drop view if exists share_recipients",
-    "create view share_recipients as select share_id, user_id from share_users"
-    " union all select shares.id, group_members.user_id from shares"
-    " join group_members on group_members.group_id = shares.group_id",
-};
+create table if not exists backups (
+    project_id bigint primary key references projects (id), file_name text not null, stored_name text not null,
+    size bigint not null);
+
+create table if not exists support_types (
+    id KEY, owner_id bigint not null references users (id), source_software text not null, type_flag text not null,
+    title text not null, type_suffix text not null, type_description text not null,
+    unique (owner_id, source_software, type_flag));
+create table if not exists adaptation_types (
+    id KEY, owner_id bigint not null references users (id), source_client text not null,
+    support_type_id text not null, target_client text not null,
+    unique (owner_id, source_client, support_type_id, target_client));
+
+create table if not exists address_book (
+    id KEY, owner_id bigint not null references users (id), friend_id bigint not null references users (id),
+    phone text not null, remark text not null, unit text not null, unique (owner_id, friend_id));
+
+create table if not exists user_groups (
+    id KEY, owner_id bigint not null references users (id), name text not null, invite_code text unique);
+create table if not exists group_members (
+    id KEY, group_id bigint not null references user_groups (id) on delete cascade,
+    user_id bigint not null references users (id), admin_flag bigint not null, unique (group_id, user_id));
+create index if not exists group_members_user on group_members (user_id);
+
+create table if not exists shared_files (
+    id KEY, project_id bigint not null references projects (id), support_type_id text not null,
+    type_flag text not null, original_name text not null, stored_name text not null, size bigint not null);
+create index if not exists shared_files_project on shared_files (project_id);
+
+create table if not exists shares (
+    id KEY, expires_at bigint not null, extraction_code text unique,
+    group_id bigint references user_groups (id) on delete cascade);
+create index if not exists shares_group on shares (group_id);
+create table if not exists share_files (
+    share_id bigint not null references shares (id) on delete cascade,
+    file_id bigint not null references shared_files (id), primary key (share_id, file_id));
+create index if not exists share_files_file on share_files (file_id);
+create table if not exists share_users (
+    share_id bigint not null references shares (id) on delete cascade,
+    user_id bigint not null references users (id), primary key (share_id, user_id));
+create index if not exists share_users_user on share_users (user_id);
+
+drop view if exists share_recipients;
+create view share_recipients as
+    select share_id, user_id from share_users
+    union all
+    select shares.id, group_members.user_id from shares
+    join group_members on group_members.group_id = shares.group_id;
+)";
+
+void createSchema(soci::session& sql)
+{
+    std::string script = schema;
+    const std::string placeholder = " KEY,";
+    for (std::size_t at = script.find(placeholder); at != std::string::npos;
+         at = script.find(placeholder, at))
+        script.replace(at, placeholder.size(), " " + key + ",");
+    std::istringstream statements(script);
+    for (std::string statement; std::getline(statements, statement, ';');) {
+        if (statement.find_first_not_of('\n') != std::string::npos)
+            sql << statement;
+    }
+}
 
 Json columnValue(const soci::row& row, std::size_t column)
 {
@@ -135,8 +155,7 @@ struct Database::Session
         sql << "pragma journal_mode=wal";
         sql << "pragma synchronous=full";
         sql << "pragma foreign_keys=on";
-        for (const std::string& statement : schema)
-            sql << statement;
+        createSchema(sql);
     }
 
     std::mutex mutex;

@@ -20,8 +20,8 @@ std::string addDemoAccounts(Database& database, const std::string& cipherKey)
             addUser(db, account, hashedPassword(account.password));
             db.commit();
         }
-        told += " " + name + " (password " + password + ", phone " + account.phone + ", mail " + account.mail
-            + ")";
+        told.append(" ").append(name).append(" (password ").append(password).append(", phone ");
+        told.append(account.phone).append(", mail ").append(account.mail).append(")");
     }
     return told;
 }

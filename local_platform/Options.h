@@ -23,7 +23,7 @@ struct Options
     std::string cipherKey = "tav-local-key-16";
 
     std::uint64_t maxFileSize = 1ull << 30; ///< bytes of one uploaded file
-    long long tokenLifetime = 12 * 3600; ///< seconds
+    long long tokenLifetime = 43200; ///< seconds
     long long codeLifetime = 600; ///< seconds
     long long clockOffset = 0; ///< seconds
 

@@ -134,21 +134,26 @@ void Server::bind(const std::string& listen, const std::string& scheme)
     const int bound =
         port == 0 ? http_->bind_to_any_port(host) : (http_->bind_to_port(host, port) ? port : -1);
     if (bound < 0)
-        throw std::runtime_error("Cannot listen at " + listen + ": " + std::strerror(errno));
+        throw std::runtime_error("Cannot listen at " + listen + ": "
+            + (errno != 0 ? std::strerror(errno) : "the host is unknown"));
     // The library's own queue is five long, which a burst of clients overruns.
     ::listen(listening, pendingConnections);
     http_->set_socket_options([](socket_t) {});
     address_ = scheme + "://" + listen.substr(0, listen.rfind(':')) + ":" + std::to_string(bound);
 }
 
-void Server::serve()
+void Server::start()
 {
-    http_->listen_after_bind();
+    listening_ = std::thread([this] { http_->listen_after_bind(); });
+    // A stop before that would go unheard.
+    while (!http_->is_running())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void Server::stop()
 {
     http_->stop();
+    listening_.join();
 }
 
 void Server::handle(

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace httplib {
 class Server;
@@ -27,9 +28,9 @@ public:
 
     /// scheme://host:port
     const std::string& address() const { return address_; }
-    /// Serves until stopped.
-    void serve();
-    /// From any thread.
+    /// Serves in threads of its own from here on.
+    void start();
+    /// Waits for the requests that are being answered.
     void stop();
 
 private:
@@ -40,6 +41,7 @@ private:
 
     Platform& platform_;
     std::unique_ptr<httplib::Server> http_;
+    std::thread listening_;
     std::string address_;
     std::uint64_t largestBody_ = 0;
 };

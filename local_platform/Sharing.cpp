@@ -14,7 +14,7 @@ namespace local_platform {
 namespace {
 
 constexpr int extractionCodeLength = 10;
-constexpr long long maxHours = 10 * 366 * 24;
+constexpr long long maxHours = 87840; // ten years
 
 /// Takes the time and the user.
 const std::string isShared = R"(

@@ -9,7 +9,7 @@ namespace local_platform {
 
 namespace {
 
-constexpr long long refreshLifetime = 30 * 24 * 3600;
+constexpr long long refreshLifetime = 2592000; // 30 days
 
 Json userInfo(Database::Work& db, long long user)
 {

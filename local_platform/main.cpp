@@ -11,8 +11,6 @@
 #include <iostream>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
-#include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -70,23 +68,19 @@ int run(const Options& options)
     local_platform::initializeSecrets();
     local_platform::Platform platform(options);
     local_platform::Server server(platform, options);
-    std::thread serving([&] {
-        server.serve();
-        ::kill(::getpid(), SIGTERM);
-    });
+    server.start();
     std::cout << "tav-local-platform ready on " << server.address() << std::endl;
 
     int signal = 0;
     sigwait(&endings, &signal);
     server.stop();
-    serving.join();
     return 0;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
-{
+try {
     CLI::App app("The cloud platform on one machine, for developers and tests");
     Options options;
     options.converter = TAV_CONVERTER;
@@ -96,10 +90,8 @@ int main(int argc, char** argv)
 
     spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
     spdlog::set_level(spdlog::level::from_str(logLevel));
-    try {
-        return run(options);
-    } catch (const std::exception& error) {
-        std::cerr << "tav-local-platform: " << error.what() << std::endl;
-        return 1;
-    }
+    return run(options);
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "tav-local-platform: %s\n", error.what());
+    return 1;
 }

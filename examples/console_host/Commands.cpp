@@ -9,8 +9,6 @@
 #include <QFileInfo>
 #include <QTextStream>
 
-const QString softName = QStringLiteral("ConsoleHost");
-
 void say(const QString& line)
 {
     QTextStream(stdout) << line << '\n';
@@ -21,6 +19,11 @@ bool failed(const QString& what, const QString& reason)
     QTextStream(stderr) << what << ": " << (reason.isEmpty() ? "the file could not be written" : reason)
                         << '\n';
     return false;
+}
+
+bool told(bool good, const QString& what, const CloudFileManger& client)
+{
+    return good || failed(what, client.getLastError());
 }
 
 bool step(bool narrated, const QString& what, const std::function<bool()>& run,
@@ -38,8 +41,8 @@ bool step(bool narrated, const QString& what, const std::function<bool()>& run,
 CloudFileManger clientOn(const QString& projectId)
 {
     const CloudAccountLogin* session = CloudAccountLogin::instance();
-    return CloudFileManger(session->getUrl(), session->getToken(), QString(), softName, {softName}, ".bak",
-        QString(), projectId);
+    return CloudFileManger(
+        session->getUrl(), session->getToken(), QString(), "ConsoleHost", {}, ".bak", QString(), projectId);
 }
 
 namespace {
@@ -53,8 +56,8 @@ bool whoAmI(const QStringList&)
 bool list(const QStringList&)
 {
     CloudFileManger client = clientOn();
-    if (!client.getAllCloudProjectBackup())
-        return failed("The projects could not be listed", client.getLastError());
+    if (!told(client.getAllCloudProjectBackup(), "The projects could not be listed", client))
+        return false;
     for (const auto& project : client.getAllCloudProjects())
         say(project.id + "\t" + project.projectTitle);
     return true;
@@ -63,8 +66,8 @@ bool list(const QStringList&)
 bool create(const QStringList& arguments)
 {
     CloudFileManger client = clientOn();
-    if (!client.AddCloudProInfo(arguments[0], arguments[1]))
-        return failed("The project could not be created", client.getLastError());
+    if (!told(client.AddCloudProInfo(arguments[0], arguments[1]), "The project could not be created", client))
+        return false;
     say(client.getProjectId());
     return true;
 }
@@ -74,19 +77,13 @@ bool backUp(const QStringList& arguments)
     if (!QFileInfo(arguments[1]).isReadable())
         return failed("Nothing was backed up", arguments[1] + " cannot be read");
     CloudFileManger client = clientOn(arguments[0]);
-    if (!client.BackupCloudProFile(arguments[1]))
-        return failed("Nothing was backed up", client.getLastError());
-    say(arguments[1] + " is backed up");
-    return true;
+    return told(client.BackupCloudProFile(arguments[1]), "Nothing was backed up", client);
 }
 
 bool download(const QStringList& arguments)
 {
     CloudFileManger client = clientOn(arguments[0]);
-    if (!client.DownloadCloudProFile(arguments[0], arguments[1]))
-        return failed("Nothing was downloaded", client.getLastError());
-    say("The backup is in " + arguments[1]);
-    return true;
+    return told(client.DownloadCloudProFile(arguments[0], arguments[1]), "Nothing was downloaded", client);
 }
 
 } // namespace
@@ -94,11 +91,34 @@ bool download(const QStringList& arguments)
 QVector<Command> commands()
 {
     return {
-        {"sign-in", {}, "sign in, say as whom, and sign out", whoAmI},
+        {"sign-in", {}, "say who is signed in", whoAmI},
+        {"ask-code", {"ADDRESS"}, "have a code for signing in or registering sent", askForCode,
+            Command::None},
+        {"register", {"NAME", "ADDRESS", "CODE"}, "register an account", registerAccount, Command::None},
+        {"ask-reset-code", {"ADDRESS"}, "have a code for a new password sent", askForResetCode,
+            Command::None},
+        {"reset-password", {"ADDRESS", "CODE"}, "set a new password", resetPassword, Command::None},
         {"list", {}, "list this software's projects: id and title", list},
         {"create", {"TITLE", "DESCRIPTION"}, "create a project and print its id", create},
         {"backup", {"PROJECT", "FILE"}, "back FILE up into the project", backUp},
         {"download", {"PROJECT", "FILE"}, "download the project's backup to FILE", download},
-        {"tour", {"FILE"}, "take FILE through all of the above and compare what comes back", tour, true},
+        {"share-code", {"PROJECT", "FILE", "HOURS"}, "share FILE and print the extraction code", shareByCode},
+        {"share-friends", {"PROJECT", "FILE", "HOURS", "ACCOUNTS"},
+            "share FILE with accounts, joined by commas", shareWithFriends},
+        {"share-group", {"PROJECT", "FILE", "HOURS", "GROUP"}, "share FILE with a group", shareWithGroup},
+        {"extract", {"CODE"}, "add what CODE stands for to one's own space", extract},
+        {"tree", {}, "print everything in one's space as a tree", tree},
+        {"get", {"PATH", "FILE"}, "download what the tree has at PATH (names joined by /)", get},
+        {"friends", {}, "list the address book: id, account, phone, name, company", friends},
+        {"add-friend", {"PHONE", "NAME", "COMPANY"}, "add a friend", addFriend},
+        {"remove-friend", {"ID"}, "remove a friend", removeFriend},
+        {"groups", {}, "list the groups and their members", groups},
+        {"create-group", {"NAME"}, "create a group", createGroup},
+        {"invite", {"GROUP"}, "print a code by which others join the group", invite},
+        {"join", {"CODE"}, "join a group", join},
+        {"leave", {"GROUP"}, "leave a group", leave},
+        {"convert", {"DRAWING"}, "convert a .dgn or .dwg drawing to the other kind, beside it", convert,
+            Command::None},
+        {"tour", {"FILE"}, "take FILE through a backup and compare what comes back", tour, Command::Told},
     };
 }

@@ -24,7 +24,7 @@ QString usage()
     QString text = "Signs in, does one thing in your cloud space, and signs out.\n\nCommands:\n";
     for (const Command& command : commands())
         text += QStringLiteral("  %1%2\n")
-                    .arg((QStringList(command.name) + command.arguments).join(' '), -28)
+                    .arg((QStringList(command.name) + command.arguments).join(' '), -42)
                     .arg(command.help);
     return text
         + "\nThe password is asked for, or taken from the environment variable TAV_PASSWORD.\n"
@@ -45,8 +45,10 @@ int main(int argc, char* argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription(usage());
     parser.addHelpOption();
-    const QCommandLineOption userOption({"u", "user"}, "The account to sign in with.", "name");
-    parser.addOption(userOption);
+    const QCommandLineOption userOption(
+        {"u", "user"}, "The account to sign in with: user name, phone number or e-mail address.", "name");
+    const QCommandLineOption codeOption("code", "Sign in with this code instead of a password.", "code");
+    parser.addOptions({userOption, codeOption});
     parser.addPositionalArgument(
         "command", "One of the commands above, with its arguments.", "COMMAND [ARGUMENT...]");
     if (!parser.parse(QCoreApplication::arguments()))
@@ -63,19 +65,25 @@ int main(int argc, char* argv[])
         return misused(name.isEmpty() ? "a command is missing" : "there is no command " + name);
     if (arguments.size() != command->arguments.size())
         return misused("it is " + (QStringList(name) + command->arguments).join(' '));
+    if (command->session == Command::None)
+        return command->run(arguments) ? Done : Failed;
     if (!parser.isSet(userOption))
         return misused("--user is missing");
 
     CloudAccountLogin* session = CloudAccountLogin::instance();
     const auto reason = [&] { return session->getLastError(); };
     const QByteArray user = parser.value(userOption).toLocal8Bit();
-    const QByteArray secret = password();
-    if (!step(
-            command->narrated, "Sign in as " + parser.value(userOption),
-            [&] { return session->userLoginAccount(user.constData(), secret.constData()); }, reason))
+    const QByteArray code = parser.value(codeOption).toLocal8Bit();
+    const QByteArray secret = code.isEmpty() ? password() : QByteArray();
+    const bool narrated = command->session == Command::Told;
+    const auto signIn = [&] {
+        return code.isEmpty() ? session->userLoginAccount(user.constData(), secret.constData())
+                              : session->phoneLoginAccount(user.constData(), code.constData());
+    };
+    if (!step(narrated, "Sign in as " + parser.value(userOption), signIn, reason))
         return NotSignedIn;
     const bool done = command->run(arguments);
     const bool signedOut = step(
-        command->narrated, "Sign out", [&] { return session->logout(); }, reason);
+        narrated, "Sign out", [&] { return session->logout(); }, reason);
     return done && signedOut ? Done : Failed;
 }

@@ -56,9 +56,12 @@ Answer Client::del(const QByteArray& path) const
         *this, [&](auto& http, const auto& headers) { return http.Delete(path.toStdString(), headers); });
 }
 
-Answer Client::post(const QByteArray& path, const QByteArray& body, const QByteArray& type) const
+Answer Client::post(const QByteArray& path, const QByteArray& body, const QByteArray& type,
+    const FormFields& moreHeaders) const
 {
-    return send(*this, [&](auto& http, const auto& headers) {
+    return send(*this, [&](auto& http, httplib::Headers headers) {
+        for (const auto& [name, value] : moreHeaders)
+            headers.emplace(name.toStdString(), value.toStdString());
         return http.Post(path.toStdString(), headers, body.toStdString(), type.toStdString());
     });
 }
@@ -90,10 +93,10 @@ PlatformUnderTest::~PlatformUnderTest()
 void PlatformUnderTest::start(const QStringList& options)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(program(),
-        QStringList{"--listen", "127.0.0.1:0", "--data", m_directory.path(), "--demo-accounts", "--log-level",
-            "error"}
-            + options);
+    QStringList all = {"--listen", "127.0.0.1:0", "--data", m_directory.path(), "--demo-accounts"};
+    if (!options.contains("--log-level"))
+        all += {"--log-level", "error"};
+    m_process.start(program(), all + options);
     QByteArray line;
     while (!line.endsWith('\n') && m_process.waitForReadyRead(startTimeout))
         line += m_process.readLine();

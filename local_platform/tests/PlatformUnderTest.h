@@ -33,7 +33,8 @@ public:
 
     Answer get(const QByteArray& path) const;
     Answer del(const QByteArray& path) const;
-    Answer post(const QByteArray& path, const QByteArray& body = {}, const QByteArray& type = {}) const;
+    Answer post(const QByteArray& path, const QByteArray& body = {}, const QByteArray& type = {},
+        const FormFields& moreHeaders = {}) const;
     Answer postForm(const QByteArray& path, const FormFields& fields) const;
     Answer upload(const QByteArray& path, const FormFields& fields, const QByteArray& fileName,
         const QByteArray& content) const;

@@ -3,6 +3,9 @@
 
 #include "net/ReplyEnvelope.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <algorithm>
 
 namespace {
@@ -25,6 +28,12 @@ CloudFileManger::CloudFileManger(QString baseAddress, QString accessToken, QStri
     d->projectId = projectId;
     getSoftwareAdaptationType();
     getSoftwareSupportType();
+}
+
+/// A second handle on \a shared, where a copy would be independent.
+CloudFileManger::CloudFileManger(std::shared_ptr<Private> shared)
+    : d(std::move(shared))
+{
 }
 
 CloudFileManger::CloudFileManger(const CloudFileManger& other)
@@ -104,6 +113,27 @@ bool CloudFileManger::Private::get(const QString& path, const QString& query)
 {
     ResultMap reply;
     return get(path, query, reply);
+}
+
+bool CloudFileManger::Private::remove(const QString& path, const QString& query)
+{
+    const auto kept = shared_from_this();
+    lastError.clear();
+    ResultMap reply;
+    return httpDelete(reply, lastError, address(path, query), bearer(), timeoutMs)
+        && checkReply(reply, lastError);
+}
+
+bool CloudFileManger::Private::postJson(const QString& path, const QVariantMap& object)
+{
+    const auto kept = shared_from_this();
+    lastError.clear();
+    HeaderMap headers = bearer();
+    headers["Content-Type"] = "application/json";
+    const QByteArray body = QJsonDocument(QJsonObject::fromVariantMap(object)).toJson(QJsonDocument::Compact);
+    ResultMap reply;
+    return httpPost(reply, lastError, address(path, QString()), headers, body, timeoutMs)
+        && checkReply(reply, lastError);
 }
 
 bool CloudFileManger::Private::download(const QString& path, const QString& query, const QString& savePath)

@@ -3,11 +3,15 @@
 
 #include "tav_cloud_platform_sdk_export.h"
 
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 #include <memory>
+
+class ITreeElement;
 
 /// One signed-in user's cloud space, as one piece of host software works in it on one current cloud project.
 ///
@@ -115,6 +119,72 @@ public:
     bool DownloadCloudProFile(QString projectId, QString savePath);
 
     /// @}
+    /// \name Sharing and extraction
+    /// A file is uploaded first, which gives it a logical id; logical ids are then shared for a number of
+    /// hours. Uploading and sharing need a current project; without one: false at once, nothing is sent, the
+    /// last error keeps its text. Mind the order of the arguments, which differs between the three ways of
+    /// sharing.
+    /// @{
+
+    /// Uploads the file at \a filePath into the current project's share area, streamed from disk.
+    /// \param typeFlag       the type flag of the file's support type
+    /// \param supportTypeId  the id of the file's type in the platform's support table
+    /// \param logicalId      receives the id to share the file by
+    bool UploadCloudShareFile2(QString typeFlag, QString supportTypeId, QString filePath, int& logicalId);
+    /// Shares files with whoever knows the code.
+    /// \param logicalIds      one id, or several joined by commas
+    /// \param extractionCode  receives the code
+    /// \param durationHours   hours until the share ends
+    bool CloudShareAnonymous(QString logicalIds, QString& extractionCode, int durationHours);
+    /// Shares files with the accounts \a userNames (joined by commas) for \a durationHours hours.
+    bool CloudShareToAccount(QString userNames, QString logicalIds, int durationHours);
+    /// Shares files with the members of the group \a groupId for \a durationHours hours.
+    bool CloudShareToGroup(QString groupId, QString logicalIds, int durationHours);
+    /// Adds what \a extractionCode stands for to this user's cloud space. \a other is not sent.
+    bool ExtractByCode(QString extractionCode, QString other);
+    /// Downloads a shared file to \a savePath, in the manner of DownloadCloudProFile(), but without its
+    /// guard.
+    bool DownloadCloudShareFile(QString logicalId, QString savePath);
+    /// Lists the projects that \a sourceClient shares to this software; see getForeignCloudProjects(). A
+    /// failure keeps what was listed before, an empty list leaves an empty entry.
+    bool getShareProjectFromPlatform(QString sourceClient);
+    /// Lists the shared files of a project: adds their names by logical id to \a files.
+    bool getShareProjectInfoById2(QString sourceClient, QString projectId, QMap<QString, QString>& files);
+
+    /// @}
+    /// \name Address book
+    /// @{
+
+    /// Appends the user's friends to \a list, in the platform's order.
+    bool SearchAddressBookList(QList<CloudAddressBookInfo>& list);
+    /// Adds a friend by phone number or account, with the name to show and the company.
+    bool AddToAddressBook(QString friendPhone, QString friendRemark, QString friendUnit);
+    /// Removes the friend whose CloudAddressBookInfo::id is \a id.
+    bool DelFromAddressBook(QString id);
+
+    /// @}
+    /// \name Groups
+    /// @{
+
+    /// Creates a group that this user owns.
+    bool CreateGroup(QString groupName);
+    /// Deletes the group \a id.
+    bool deleteGroup(QString id);
+    /// Appends the groups that this user belongs to.
+    bool SearchGroup(QList<CloudGroupInfo>& groups);
+    /// Appends the members of a group.
+    bool SearchGroupMember(QString groupId, QVector<CloudGroupMemberInfo>& members);
+    /// Asks for a code by which others join the group.
+    bool GetInviteCode(QString groupId, QString& inviteCode);
+    /// Joins the group that \a inviteCode was made for. Despite the name, this is what the invited user
+    /// calls.
+    bool InviteToGroup(QString inviteCode);
+    /// Leaves a group.
+    bool OutGroup(QString groupId);
+    /// Removes members from a group; \a usernames are account names joined by commas.
+    bool RemoveGroupMember(QString groupId, QString usernames);
+
+    /// @}
     /// \name Which files travel between which software
     /// @{
 
@@ -132,7 +202,19 @@ public:
 
     /// @}
 
+    /// Everything the user can open from the cloud, as one tree for the caller to release with
+    /// tav_tree_element_release_instance(): own backups under "My backup", then a folder for each software
+    /// that shares. Every node has the attribute "type" ("0" folder, "1" file); a file has "projectId", a
+    /// shared one "fileId" too.
+    ///
+    /// Never null: a request that fails leaves its branch empty and its text in getLastError(). It sends one
+    /// request for the backups, one for each share source, one for this software itself if it has a name, and
+    /// one for each shared project, one after another, each of at most 5000 ms.
+    ITreeElement* getFileTree();
+
 private:
     struct Private;
+    explicit CloudFileManger(std::shared_ptr<Private> shared);
+
     std::shared_ptr<Private> d;
 };

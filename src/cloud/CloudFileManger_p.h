@@ -12,7 +12,8 @@
 ///
 /// A carrier keeps the members alive while it waits, so the client may be destroyed meanwhile; an operation
 /// that writes members after a carrier returned holds a copy of the pointer itself.
-struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private : std::enable_shared_from_this<CloudFileManger::Private>
+struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private
+    : std::enable_shared_from_this<CloudFileManger::Private>
 {
     QString baseAddress;
     QString accessToken;
@@ -30,6 +31,8 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private : std::enable_s
 
     bool get(const QString& path, const QString& query, ResultMap& reply);
     bool get(const QString& path, const QString& query = QString());
+    bool remove(const QString& path, const QString& query);
+    bool postJson(const QString& path, const QVariantMap& object);
     bool download(const QString& path, const QString& query, const QString& savePath);
     /// Posts a form, with the file at \a filePath unless that is empty.
     bool postForm(
@@ -38,6 +41,8 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private : std::enable_s
     /// Posts a form and leaves the judgement of the reply to the operation.
     bool postUnjudged(
         const QString& path, const Fields& fields, ResultMap& reply, const QString& filePath = QString());
+
+    Fields shareFields(const QString& logicalIds, int durationHours) const;
 
 private:
     QString address(const QString& path, const QString& query) const;

@@ -137,7 +137,7 @@ bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
     BodyReader reader(jsonLimit);
     return run(exchange, error, reader, [&](const QNetworkReply&) {
         QJsonParseError fault;
-        const QJsonDocument document = QJsonDocument::fromJson(reader.body(), &fault);
+        const QJsonDocument document = QJsonDocument::fromJson(reader.takeBody(), &fault);
         if (fault.error != QJsonParseError::NoError || !document.isObject())
             return unusable(error);
         result = document.object().toVariantMap();
@@ -234,7 +234,7 @@ bool httpPostSoap(QByteArray& result, QString& error, QString url, const HeaderM
     exchange.waiting = Waiting::InDialog;
     BodyReader reader(soapLimit);
     return run(exchange, error, reader, [&](const QNetworkReply&) {
-        const QByteArray text = conversionResult(reader.body());
+        const QByteArray text = conversionResult(reader.takeBody());
         if (text.isNull())
             return unusable(error);
         result = text;

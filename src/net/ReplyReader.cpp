@@ -1,30 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "net/ReplyReader.h"
 
-#include <QFileInfo>
 #include <QNetworkReply>
-
-#ifdef Q_OS_UNIX
-#include <cerrno>
-#include <unistd.h>
-#endif
-
-namespace {
-
-/// Whether everything written to \a file is on the disk. QSaveFile syncs too, but ignores what comes of it,
-/// and some file systems tell of a full disk only here.
-bool synced(QFileDevice& file)
-{
-    if (!file.flush())
-        return false;
-#ifdef Q_OS_UNIX
-    return fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
-#else
-    return true;
-#endif
-}
-
-} // namespace
 
 bool BodyReader::take(QNetworkReply& reply)
 {
@@ -44,8 +21,8 @@ bool FileReader::take(QNetworkReply& reply)
         return true;
     received += chunk.size();
     if (state == State::Empty)
-        state = openFile() ? State::Writing : State::Failed;
-    if (state == State::Writing && file.write(chunk) != chunk.size())
+        state = file.open() ? State::Writing : State::Failed;
+    if (state == State::Writing && !file.write(chunk))
         state = State::Failed;
     return state == State::Writing;
 }
@@ -66,17 +43,7 @@ bool FileReader::hasWholeBody(const QNetworkReply& reply) const
     return state == State::Writing && ended;
 }
 
-bool FileReader::openFile()
-{
-    // Renaming over a device or a pipe would take it away.
-    const QFileInfo target(file.fileName());
-    return (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-}
-
 bool FileReader::commit()
 {
-    if (state == State::Writing && synced(file))
-        return file.commit();
-    file.cancelWriting();
-    return false;
+    return state == State::Writing && file.commit();
 }

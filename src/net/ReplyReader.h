@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/WholeFile.h"
+
 #include <QByteArray>
-#include <QSaveFile>
+
+#include <utility>
 
 class QNetworkReply;
 
@@ -25,7 +28,7 @@ public:
     }
     bool take(QNetworkReply& reply) override;
     /// The whole body; empty when it was larger than the limit.
-    const QByteArray& body() const { return bytes; }
+    QByteArray takeBody() { return std::exchange(bytes, QByteArray()); }
 
 private:
     int limit;
@@ -56,9 +59,7 @@ private:
         Failed
     };
 
-    bool openFile();
-
-    QSaveFile file;
+    WholeFile file;
     qint64 received = 0;
     State state = State::Empty;
 };

@@ -5,7 +5,7 @@
 
 /// Works on bytes and without a parser: the text may be a hundred megabytes, and the service's element is
 /// known.
-QByteArray conversionResult(const QByteArray& body)
+QByteArray conversionResult(QByteArray body)
 {
     for (const QByteArray& name :
         {QByteArrayLiteral("ConDgn2DwgResult"), QByteArrayLiteral("ConDwg2DgnResult")}) {
@@ -24,7 +24,8 @@ QByteArray conversionResult(const QByteArray& body)
             end = closing - 2;
         const bool attributes = begin < end && (body[begin] == ' ' || body[begin] == '\n');
         begin = attributes ? body.indexOf('>', begin) + 1 : begin + 1;
-        return begin < end ? body.mid(begin, end - begin) : QByteArray("");
+        body.truncate(std::max(begin, end));
+        return body.remove(0, begin);
     }
     return QByteArray();
 }

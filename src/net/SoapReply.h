@@ -4,4 +4,4 @@
 #include <QByteArray>
 
 /// The text of the conversion result element in \a body, or a null array when there is none.
-QByteArray conversionResult(const QByteArray& body);
+QByteArray conversionResult(QByteArray body);

@@ -3,8 +3,8 @@
 #include "account/CloudAccountLogin.h"
 #include "net/BuildConstants.h"
 #include "net/ReplyEnvelope.h"
+#include "support/MultipartForm.h"
 #include "support/PublicOperations.h"
-#include "support/ScriptedPeer.h"
 #include "support/TestConstants.h"
 
 #include <QTest>
@@ -23,9 +23,10 @@ struct Operation
     const char* name;
     const char* row;
     std::function<bool(CloudAccountLogin&)> call;
+    QByteArray method;
     QByteArray target;
-    QByteArray contentType;
     QByteArray body;
+    QVector<QPair<QByteArray, QByteArray>> fields; ///< of a multipart form, as they go over the wire
     QByteArray success;
     /// mobile, user name, token, refresh token
     QStringList state;
@@ -35,39 +36,75 @@ struct Operation
 // Base64.
 const QVector<Operation> operations{
     {"userLoginAccount", "", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "pa ss&=%2"); },
-        "/auth/oauth/token?grant_type=password", form,
-        "username=user&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", tokens,
+        "POST", "/auth/oauth/token?grant_type=password",
+        "username=user&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", {}, tokens,
         {"user", "server-name", "A1", "R1"}},
     {"userLoginAccount", "with code 0",
-        [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); },
-        "/auth/oauth/token?grant_type=password", form,
-        "username=user&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&scope=server",
+        [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); }, "POST",
+        "/auth/oauth/token?grant_type=password",
+        "username=user&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&scope=server", {},
         R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"中"}})",
         {"user", "中", "A", "R"}},
     {"userLoginAccount", "of a name that is sent as it is",
-        [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%16"); },
-        "/auth/oauth/token?grant_type=password", form,
-        "username=用 户&a=b%20+@x&password=T%2B2qGxO4ut1Dam%2F9r%2Bn9Dw%3D%3D&scope=server", tokens,
+        [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%16"); }, "POST",
+        "/auth/oauth/token?grant_type=password",
+        "username=用 户&a=b%20+@x&password=T%2B2qGxO4ut1Dam%2F9r%2Bn9Dw%3D%3D&scope=server", {}, tokens,
         {"用 户&a=b%20+@x", "server-name", "A1", "R1"}},
     {"userLoginAccount", "of nothing", [](CloudAccountLogin& s) { return s.userLoginAccount("", ""); },
-        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}",
+        "POST", "/auth/oauth/token?grant_type=password", "username=&password=&scope=server", {}, "{}",
         {"", "", "", ""}},
     {"userLoginAccount", "of null pointers",
-        [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); },
-        "/auth/oauth/token?grant_type=password", form, "username=&password=&scope=server", "{}",
+        [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); }, "POST",
+        "/auth/oauth/token?grant_type=password", "username=&password=&scope=server", {}, "{}",
         {"", "", "", ""}},
     {"resetPassword", "",
-        [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); },
-        "/admin/api/user/resetpw", form,
-        "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234", R"({"code":0})",
-        {"", "", "", ""}},
+        [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); }, "POST",
+        "/admin/api/user/resetpw", "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234",
+        {}, R"({"code":0})", {"", "", "", ""}},
     {"resetPassword", "by e-mail", [](CloudAccountLogin& s) { return s.resetPassword("a@b.c", "hello", ""); },
-        "/admin/api/user/resetpw", form, "phone=a@b.c&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&smscode=", "{}",
-        {"", "", "", ""}},
+        "POST", "/admin/api/user/resetpw", "phone=a@b.c&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&smscode=", {},
+        "{}", {"", "", "", ""}},
     {"resetPassword", "of null pointers",
-        [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); },
-        "/admin/api/user/resetpw", form, "phone=&password=&smscode=", "{}", {"", "", "", ""}},
+        [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); }, "POST",
+        "/admin/api/user/resetpw", "phone=&password=&smscode=", {}, "{}", {"", "", "", ""}},
+    {"mobileVerify", "", [](CloudAccountLogin& s) { return s.mobileVerify("13800000000"); }, "GET",
+        "/admin/mobile/13800000000", "", {}, R"({"code":0,"data":true})", {"", "", "", ""}},
+    {"mobileVerify2", "", [](CloudAccountLogin& s) { return s.mobileVerify2("13800000000"); }, "GET",
+        "/admin/mobile/reset/13800000000", "", {}, R"({"code":0})", {"", "", "", ""}},
+    {"emailVerify", "", [](CloudAccountLogin& s) { return s.emailVerify("a+b@c.d"); }, "GET",
+        "/admin/mail/a+b@c.d", "", {}, R"({"code":0,"data":"sent"})", {"", "", "", ""}},
+    {"emailVerify2", "", [](CloudAccountLogin& s) { return s.emailVerify2("a+b@c.d"); }, "GET",
+        "/admin/mail/reset/a+b@c.d", "", {}, R"({"code":"0","data":1})", {"", "", "", ""}},
+    {"phoneLoginAccount", "by phone",
+        [](CloudAccountLogin& s) { return s.phoneLoginAccount("138", "12 34"); }, "POST",
+        "/auth/mobile/token/sms?mobile=SMS@138&code=12%2034&grant_type=mobile", "", {}, tokens,
+        {"138", "server-name", "A1", "R1"}},
+    {"phoneLoginAccount", "by e-mail", [](CloudAccountLogin& s) { return s.phoneLoginAccount("a@b.c", "1"); },
+        "POST", "/auth/mobile/token/sms?mobile=MAIL@a@b.c&code=1&grant_type=mobile", "", {}, tokens,
+        {"a@b.c", "server-name", "A1", "R1"}},
+    {"registerUser", "", [](CloudAccountLogin& s) { return s.registerUser("用户", "pa ss&=%2", "138", "1"); },
+        "POST", "/admin/api/user", "",
+        {{"password", "slH+TXrP5NkUVM/FYKVtbw=="}, {"phone", "138"}, {"smscode", "1"}, {"username", "用户"}},
+        "{}", {"", "", "", ""}},
+    {"registerUserByMail", "",
+        [](CloudAccountLogin& s) { return s.registerUserByMail("u", "hello", "a@b.c", "1"); }, "POST",
+        "/admin/api/user/mail/register", "",
+        {{"mail", "a@b.c"}, {"mailCode", "1"}, {"password", "MB+o8xg7mCBZ5F7ajwRQ4w=="}}, R"({"code":0})",
+        {"", "", "", ""}},
 };
+
+QVector<QPair<QByteArray, QByteArray>> fieldsOf(const RecordedRequest& request)
+{
+    QString fault;
+    QVector<QPair<QByteArray, QByteArray>> fields;
+    for (const FormPart& part : parseForm(request, fault)) {
+        const QByteArray name = part.head.split('"').value(1);
+        fields.append({part.head == fieldHead(name) ? name : part.head, part.body});
+    }
+    if (!fault.isEmpty())
+        fields.append({"fault", fault.toUtf8()});
+    return fields;
+}
 
 QStringList stateOf(const CloudAccountLogin& session)
 {
@@ -93,7 +130,7 @@ private slots:
     void everyOperationHasARow()
     {
         QStringList missing = publicOperations("account/CloudAccountLogin.h");
-        QVERIFY(missing.size() >= 3);
+        QVERIFY(missing.size() >= 10);
         missing.removeAll("logout"); // up to three requests: it has a table of its own
         for (const Operation& operation : operations)
             missing.removeAll(operation.name);
@@ -114,13 +151,20 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        peer->expect("POST", operation.target, behaviour::answer(operation.success));
+        peer->expect(operation.method, operation.target, behaviour::answer(operation.success));
         const int before = peer->requests().size();
         QVERIFY2(operation.call(*session), qPrintable(session->getLastError()));
         const RecordedRequest request = peer->requests().value(before);
-        QCOMPARE(request.body, operation.body);
-        QCOMPARE(request.header("Authorization"), clientCredential().toUtf8());
-        QCOMPARE(request.header("Content-Type"), operation.contentType);
+        if (operation.method == "GET")
+            QVERIFY(request.values("Authorization").isEmpty() && request.values("Content-Type").isEmpty());
+        else
+            QCOMPARE(request.header("Authorization"), clientCredential().toUtf8());
+        if (!operation.body.isEmpty())
+            QCOMPARE(request.header("Content-Type"), form);
+        if (operation.fields.isEmpty())
+            QCOMPARE(request.body, operation.body);
+        else
+            QCOMPARE(fieldsOf(request), operation.fields);
         QVERIFY(!request.raw.contains("pa ss") && !request.raw.contains("hello"));
         QCOMPARE(stateOf(*session), operation.state);
         QCOMPARE(session->getLoginState(), QByteArray(operation.name).contains("Login"));
@@ -145,12 +189,61 @@ private slots:
         if (QByteArray(operation.name).contains("Login"))
             state[0] = operation.state[0]; // what was typed is kept
         for (const auto& [reply, text] : refusals) {
-            peer->expect("POST", operation.target, behaviour::answer(reply));
+            peer->expect(operation.method, operation.target, behaviour::answer(reply));
             QVERIFY(!operation.call(*session));
             QCOMPARE(session->getLastError(), text);
             QCOMPARE(stateOf(*session), state);
             QVERIFY(session->getLoginState());
         }
+    }
+
+    void aCodeIsSentOnlyWhenTheReplySaysSo_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<bool>("good");
+        QTest::addColumn<QString>("error");
+        const auto row = [](const char* reply, bool good, const char* error) {
+            QTest::newRow(reply) << QByteArray(reply) << good << QString(error);
+        };
+        row(R"({"code":0})", true, "");
+        row(R"({"code":0,"data":true})", true, "");
+        row(R"({"code":0,"data":false,"msg":"wait"})", false, "wait");
+        row(R"({"code":0,"data":"false"})", false, "");
+        row(R"({"data":true,"msg":"m"})", false, "m");
+        row(R"({})", false, "");
+        row(R"({"code":1,"data":true,"msg":"m"})", false, "m");
+    }
+
+    void aCodeIsSentOnlyWhenTheReplySaysSo()
+    {
+        QFETCH(QByteArray, reply);
+        peer->expect("GET", "/admin/mobile/1", behaviour::answer(reply));
+        QTEST(session->mobileVerify("1"), "good");
+        QTEST(session->getLastError(), "error");
+    }
+
+    void aTakenNumberHasAReadableText_data()
+    {
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("taken") << "x: Duplicate entry '138'"
+                               << "The phone number is registered";
+        QTest::newRow("other case") << "duplicate entry"
+                                    << "duplicate entry";
+        QTest::newRow("another reason") << "wrong code"
+                                        << "wrong code";
+    }
+
+    void aTakenNumberHasAReadableText()
+    {
+        QFETCH(QString, message);
+        const Behaviour refuse = behaviour::answer("{\"code\":1,\"msg\":\"" + message.toUtf8() + "\"}");
+        peer->expect("POST", "/admin/api/user", refuse);
+        QVERIFY(!session->registerUser("u", "p", "138", "1"));
+        QTEST(session->getLastError(), "error");
+        peer->expect("POST", "/admin/api/user/mail/register", refuse);
+        QVERIFY(!session->registerUserByMail("u", "p", "a@b.c", "1"));
+        QTEST(session->getLastError(), "error");
     }
 
     void aSuccessKeepsTheLastError()

@@ -21,22 +21,36 @@ const QByteArray projects = "/project/cloudProjectBackup/getProjectList?sourceCl
 
 using Field = QPair<QByteArray, QByteArray>;
 
-/// One operation of the client: what it sends, and what a success makes of the client.
+/// What the operations write beside the client; nothing of it is empty, so that a container that was emptied
+/// is told from one that was added to.
+struct Results
+{
+    int logicalId = -1;
+    QString text = "before";
+    QMap<QString, QString> files{{"9", "before"}};
+    QList<Client::CloudAddressBookInfo> friends{{"0", "before", "", "", ""}};
+    QList<Client::CloudGroupInfo> groups{{"0", "before", "", ""}};
+    QVector<Client::CloudGroupMemberInfo> members{{"0", "before", "", 7}};
+};
+Results out;
+
+/// One operation of the client: what it sends, and what a success makes of the client and of \a out.
 struct Operation
 {
-    const char* name;
+    const char* name; ///< up to a comma
     std::function<bool(Client&)> call;
     QByteArray method;
     QByteArray target;
     QVector<Field> form; ///< as it goes over the wire; the file comes last
     QByteArray success;
-    std::function<bool(const Client&)> effect;
+    QStringList effect; ///< lines of the state that come ("+") and go ("-")
     /// Sends nothing while the client has no project.
     bool needsProject = false;
     /// Decides by "code" alone.
     bool judgesItself = false;
     /// Its reply is a file and not an envelope.
     bool isDownload = false;
+    QByteArray json = {}; ///< the body where it is no form
 };
 
 QString inFolder(const QString& name)
@@ -51,41 +65,157 @@ QByteArray read(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-bool unchanged(const Client& client)
+/// Everything that an operation may change, a line each.
+QStringList stateOf(const Client& client)
 {
-    return client.getProjectId() == "P1" && client.getAllCloudProjects().isEmpty();
+    QStringList state{"project " + client.getProjectId(), "logical id " + QString::number(out.logicalId),
+        "text " + out.text, "saved " + read(inFolder("saved"))};
+    const auto add = [&state](const QStringList& values) { state += values.join(','); };
+    for (const auto& p : client.getAllCloudProjects())
+        add({"own", p.id, p.projectTitle});
+    const auto foreign = client.getForeignCloudProjects();
+    for (auto source = foreign.begin(); source != foreign.end(); ++source) {
+        add({"source", source.key()});
+        for (auto p = source->begin(); p != source->end(); ++p)
+            add({"foreign", p.key(), p->id, p->projectTitle, p->sourceClient, p->targetClient,
+                p->description});
+    }
+    for (auto file = out.files.begin(); file != out.files.end(); ++file)
+        add({"file", file.key(), file.value()});
+    for (const auto& f : out.friends)
+        add({"friend", f.id, f.friendUser, f.friendPhone, f.friendRemark, f.friendUnit});
+    for (const auto& g : out.groups)
+        add({"group", g.id, g.groupName, g.createUser, g.inviteCode});
+    for (const auto& m : out.members)
+        add({"member", m.id, m.groupId, m.username, QString::number(m.adminFlag)});
+    return state;
+}
+
+QStringList effectOf(const Operation& operation, Client& made, bool& good)
+{
+    out = Results();
+    const QStringList before = stateOf(made);
+    good = operation.call(made);
+    QStringList effect;
+    const QStringList after = stateOf(made);
+    for (const QString& line : before)
+        if (!after.contains(line))
+            effect += '-' + line;
+    for (const QString& line : after)
+        if (!before.contains(line))
+            effect += '+' + line;
+    return effect;
 }
 
 const QVector<Operation> operations{
     {"AddCloudProInfo", [](Client& c) { return c.AddCloudProInfo("标题", "a \"b\"\r\nc"); }, "POST",
         "/project/cloudProjectInfo/add",
         {{"description", "a \"b\"\r\nc"}, {"projectTitle", "标题"}, {"sourceClient", "Soft 1"}},
-        R"({"code":0,"data":17})", [](const Client& c) { return c.getProjectId() == "17"; }, false, true},
+        R"({"code":0,"data":17})", {"-project P1", "+project 17"}, false, true},
     {"BackupCloudProFile", [](Client& c) { return c.BackupCloudProFile(inFolder("备份.dwg")); }, "POST",
         "/project/cloudProjectBackup/upload",
-        {{"projectId", "P1"}, {"sourceClient", "Soft 1"}, {"备份.dwg", "the file\r\n"}}, R"({"code":0})",
-        unchanged, true},
+        {{"projectId", "P1"}, {"sourceClient", "Soft 1"}, {"备份.dwg", "the file\r\n"}}, R"({"code":0})", {},
+        true},
     {"getAllCloudProjectBackup", [](Client& c) { return c.getAllCloudProjectBackup(); }, "GET", projects, {},
-        R"({"code":200,"data":[{"id":1,"sourceClient":"Soft 1","projectTitle":"T"}]})",
-        [](const Client& c) { return c.getAllCloudProjects().keys() == QStringList("1"); }},
+        R"({"code":200,"data":[{"id":1,"sourceClient":"Soft 1","projectTitle":"T"}]})", {"+own,1,T"}},
     {"DownloadCloudProFile", [](Client& c) { return c.DownloadCloudProFile("另 7", inFolder("saved")); },
         "GET", "/project/cloudProjectBackup/downloadProject?projectId=%E5%8F%A6%207", {}, "the backup",
-        [](const Client& c) { return unchanged(c) && read(inFolder("saved")) == "the backup"; }, true, false,
-        true},
+        {"-saved ", "+saved the backup"}, true, false, true},
     {"getSoftwareAdaptationType", [](Client& c) { return c.getSoftwareAdaptationType(); }, "GET", adaptations,
-        {}, R"({"code":0,"data":[]})", unchanged, true},
+        {}, R"({"code":0,"data":[]})", {}, true},
     {"getSoftwareSupportType", [](Client& c) { return c.getSoftwareSupportType(); }, "GET", supports, {},
-        R"({"data":null})", unchanged, true},
+        R"({"data":null})", {}, true},
     {"updateSoftwareAdaptationType", [](Client& c) { return c.updateSoftwareAdaptationType("3", "Other"); },
         "POST", "/project/softwareAdaptationType/saveOrUpdate",
         {{"sourceClient", "Soft 1"}, {"supportTypeId", "3"}, {"targetClient", "Other"}}, R"({"code":200})",
-        unchanged},
+        {}},
     {"updateSoftwareSupportType",
         [](Client& c) { return c.updateSoftwareSupportType("t", "1", ".dwg", "图"); }, "POST",
         "/project/softwareAdaptationType/saveOrUpdate",
         {{"sourceSoftwareNameEn", "Soft 1"}, {"title", "t"}, {"typeDescription", "图"}, {"typeFlag", "1"},
             {"typeSuffix", ".dwg"}},
-        R"({})", unchanged},
+        R"({})", {}},
+    {"UploadCloudShareFile2",
+        [](Client& c) { return c.UploadCloudShareFile2("1", "3", inFolder("备份.dwg"), out.logicalId); },
+        "POST", "/project/cloudProjectShare/upload",
+        {{"projectId", "P1"}, {"sourceClient", "Soft 1"}, {"supportTypeId", "3"}, {"typeFlag", "1"},
+            {"备份.dwg", "the file\r\n"}},
+        R"({"code":0,"data":{"logicalId":12}})", {"-logical id -1", "+logical id 12"}, true},
+    {"CloudShareAnonymous", [](Client& c) { return c.CloudShareAnonymous("1,2", out.text, 24); }, "POST",
+        "/project/cloudProjectShare/toAnonymous",
+        {{"durationHours", "24"}, {"logicalIds", "1,2"}, {"projectId", "P1"}, {"sourceClient", "Soft 1"}},
+        R"({"code":200,"data":7301})", {"-text before", "+text 7301"}, true},
+    {"CloudShareToAccount", [](Client& c) { return c.CloudShareToAccount("甲,b", "1,2", -1); }, "POST",
+        "/project/cloudProjectShare/toUSer",
+        {{"durationHours", "-1"}, {"logicalIds", "1,2"}, {"projectId", "P1"}, {"sourceClient", "Soft 1"},
+            {"userNames", "甲,b"}},
+        R"({"code":0,"data":{"logicalId":12}})", {}, true},
+    {"CloudShareToGroup", [](Client& c) { return c.CloudShareToGroup("g", "1,2", 0); }, "POST",
+        "/project/cloudProjectShare/toGroup",
+        {{"durationHours", "0"}, {"groupId", "g"}, {"logicalIds", "1,2"}, {"projectId", "P1"},
+            {"sourceClient", "Soft 1"}},
+        "{}", {}, true},
+    {"ExtractByCode", [](Client& c) { return c.ExtractByCode("7301", "not sent"); }, "GET",
+        "/project/cloudProjectShare/extractByCode?extractionCode=7301&sourceClient=Soft%201", {},
+        R"({"code":0})", {}},
+    {"DownloadCloudShareFile", [](Client& c) { return c.DownloadCloudShareFile("12", inFolder("saved")); },
+        "GET", "/project/cloudProjectShare/download?logicalId=12", {}, R"({"code":1,"msg":"a file"})",
+        {"-saved ", R"(+saved {"code":1,"msg":"a file"})"}, false, false, true},
+    {"getShareProjectFromPlatform", [](Client& c) { return c.getShareProjectFromPlatform("乙"); }, "GET",
+        "/project/cloudProjectShare/getProjectBySoftId?sourceClient=%E4%B9%99&targetClient=Soft%201", {},
+        R"({"data":[{"id":2,"sourceClient":"A","projectTitle":"T","description":"d","targetClient":"x"},
+            {"id":1,"sourceClient":"乙"},{"id":3},{"id":4,"sourceClient":null},{"sourceClient":"A"},5,null]})",
+        {"+source,乙", "+foreign,1,1,,乙,Soft 1,", "+foreign,2,2,T,A,Soft 1,d"}},
+    {"getShareProjectFromPlatform, nothing shared",
+        [](Client& c) { return c.getShareProjectFromPlatform("B"); }, "GET",
+        "/project/cloudProjectShare/getProjectBySoftId?sourceClient=B&targetClient=Soft%201", {},
+        R"({"code":0,"data":[]})", {"+source,B"}},
+    {"getShareProjectInfoById2",
+        [](Client& c) { return c.getShareProjectInfoById2("Other", "P 9", out.files); }, "GET",
+        "/project/cloudProjectShare/getByProject?projectId=P%209&sourceClient=Other", {},
+        R"({"data":[{"id":5,"originalName":"a.dwg"},{"id":6},{"id":7,"originalName":null},
+            {"originalName":"no id"}]})",
+        {"+file,,no id", "+file,5,a.dwg"}},
+    {"SearchAddressBookList", [](Client& c) { return c.SearchAddressBookList(out.friends); }, "GET",
+        "/project/cloudAddressBook/list", {},
+        R"({"code":0,"data":[{"id":2,"friendUser":"u","friendPhone":138,"friendRemark":"r","friendUnit":"单"},
+            {"id":1,"friendUser":"v","friendPhone":""},{"id":3,"friendUser":"w"},
+            {"id":4,"friendUser":null,"friendPhone":"1"}]})",
+        {"+friend,2,u,138,r,单", "+friend,1,v,,,"}},
+    {"SearchAddressBookList, empty", [](Client& c) { return c.SearchAddressBookList(out.friends); }, "GET",
+        "/project/cloudAddressBook/list", {}, R"({"code":0,"data":[]})", {}},
+    {"AddToAddressBook", [](Client& c) { return c.AddToAddressBook("138", "备注", ""); }, "POST",
+        "/project/cloudAddressBook/add",
+        {{"friendPhone", "138"}, {"friendRemark", "备注"}, {"friendUnit", ""}}, R"({"code":0})", {}},
+    {"DelFromAddressBook", [](Client& c) { return c.DelFromAddressBook("2"); }, "DELETE",
+        "/project/cloudAddressBook/delete?id=2", {}, R"({"code":0})", {}},
+    {"CreateGroup", [](Client& c) { return c.CreateGroup("Te\"am\n组"); }, "POST",
+        "/project/cloudProjectGroup/saveOrUpdate", {}, R"({"code":0})", {}, false, false, false,
+        R"({"groupName":"Te\"am\n组"})"},
+    {"deleteGroup", [](Client& c) { return c.deleteGroup("g1"); }, "DELETE",
+        "/project/cloudProjectGroup/delete?id=g1", {}, R"({"code":0})", {}},
+    {"SearchGroup", [](Client& c) { return c.SearchGroup(out.groups); }, "GET",
+        "/project/cloudProjectGroupUser/listUserGroups", {},
+        R"({"data":[{"id":2,"groupName":"组","createUser":"u","inviteCode":"c"},
+            {"id":1,"groupName":"n","createUser":"v"},{"id":3,"groupName":"n"},{"id":4,"createUser":"u"},
+            {"id":null,"groupName":"n","createUser":"u"}]})",
+        {"+group,2,组,u,c", "+group,1,n,v,"}},
+    {"SearchGroupMember", [](Client& c) { return c.SearchGroupMember("2", out.members); }, "GET",
+        "/project/cloudProjectGroupUser/listGroupUsers?groupId=2", {},
+        R"({"data":[{"id":8,"groupId":2,"username":"u","adminFlag":-1},
+            {"id":7,"groupId":2,"username":"v"},{"id":6,"groupId":2},{"id":5,"username":"w"},
+            {"id":4,"groupId":2,"username":null},{"groupId":2,"username":"x"}]})",
+        {"+member,8,2,u,-1", "+member,7,2,v,0"}},
+    {"GetInviteCode", [](Client& c) { return c.GetInviteCode("2", out.text); }, "GET",
+        "/project/cloudProjectGroupUser/getInviteCode?groupId=2", {}, R"({"code":0,"data":"AB12"})",
+        {"-text before", "+text AB12"}},
+    {"InviteToGroup", [](Client& c) { return c.InviteToGroup("AB12"); }, "POST",
+        "/project/cloudProjectGroupUser/inviteToGroup", {{"inviteCode", "AB12"}}, R"({"code":0})", {}},
+    {"OutGroup", [](Client& c) { return c.OutGroup("2"); }, "GET",
+        "/project/cloudProjectGroupUser/outGroup?groupId=2", {}, R"({"code":0})", {}},
+    {"RemoveGroupMember", [](Client& c) { return c.RemoveGroupMember("2", "甲,b"); }, "DELETE",
+        "/project/cloudProjectGroupUser/removeGroupMember?groupId=2&usernames=%E7%94%B2,b", {},
+        R"({"code":0})", {}},
 };
 
 /// A client on \a peer; with a project it is made without one first, so that it sends nothing.
@@ -119,12 +249,14 @@ private slots:
         file.write("the file\r\n");
     }
 
+    void init() { QFile::remove(inFolder("saved")); }
+
     void everyOperationHasARow()
     {
         QStringList missing = publicOperations("cloud/CloudFileManger.h");
-        QVERIFY(missing.size() >= 8);
+        QVERIFY(missing.size() >= 27);
         for (const Operation& operation : operations)
-            missing.removeAll(operation.name);
+            missing.removeAll(QString(operation.name).section(',', 0, 0));
         QVERIFY2(missing.isEmpty(), qPrintable(missing.join(' ')));
     }
 
@@ -137,14 +269,17 @@ private slots:
         ScriptedPeer peer;
         Client made = client(peer);
         peer.expect(operation.method, operation.target, behaviour::answer(operation.success));
-        QVERIFY2(operation.call(made), qPrintable(made.getLastError()));
+        bool good = false;
+        QCOMPARE(effectOf(operation, made, good), operation.effect);
+        QVERIFY2(good, qPrintable(made.getLastError()));
         QCOMPARE(made.getLastError(), QString());
-        QVERIFY(operation.effect(made));
 
         const RecordedRequest request = peer.onlyRequest();
         QCOMPARE(request.header("Authorization"), QByteArray("Bearer tok/en+="));
-        if (operation.method == "GET") {
-            QVERIFY(request.body.isEmpty() && request.values("Content-Type").isEmpty());
+        if (operation.form.isEmpty()) {
+            QCOMPARE(request.body, operation.json);
+            QCOMPARE(request.header("Content-Type"),
+                operation.json.isEmpty() ? QByteArray() : QByteArray("application/json"));
             return;
         }
         QString fault;
@@ -186,9 +321,10 @@ private slots:
             ScriptedPeer peer;
             Client made = client(peer);
             peer.expect(operation.method, operation.target, behave);
-            QVERIFY(!operation.call(made));
+            bool good = true;
+            QCOMPARE(effectOf(operation, made, good), QStringList());
+            QVERIFY(!good);
             QCOMPARE(made.getLastError(), text);
-            QVERIFY(unchanged(made));
         }
     }
 
@@ -214,17 +350,19 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        ScriptedPeer peer;
-        auto made = std::make_unique<Client>(client(peer));
-        peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
-            if (c.readHead() && c.readBody()) {
-                c.pause(150);
-                c.send(behaviour::response(operation.success));
-            }
-        });
-        QTimer::singleShot(50, [&] { made.reset(); });
-        operation.call(*made); // its result is nobody's any more
-        QVERIFY(!made);
+        for (const QByteArray& reply : {operation.success, QByteArray("[]"), QByteArray()}) {
+            ScriptedPeer peer;
+            auto made = std::make_unique<Client>(client(peer));
+            peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
+                if (c.readHead() && c.readBody()) {
+                    c.pause(100);
+                    c.send(behaviour::response(reply));
+                }
+            });
+            QTimer::singleShot(30, [&] { made.reset(); });
+            operation.call(*made); // its result is nobody's any more
+            QVERIFY(!made);
+        }
     }
 
     void asksForTheTablesWhenMade_data()

@@ -314,8 +314,10 @@ QStringList ScriptedPeer::finish()
     stopping = true;
     acceptor.join();
     ::close(listener);
-    for (Client& client : clients)
+    for (Client& client : clients) {
+        client.connection.interrupt(); // for one that came at the last moment; what it sent is still read
         client.thread.join();
+    }
     for (const Exchange& missing : script)
         complain(QStringLiteral("never came: ") + QString::fromUtf8(missing.method + ' ' + missing.target));
     return complaints;

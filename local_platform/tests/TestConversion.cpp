@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#include "PlatformUnderTest.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QXmlStreamReader>
+
+namespace {
+
+/// The converter's side of the contract, in a few lines: what it does is told by the drawing.
+const char converterScript[] = R"(
+import { readFileSync, writeFileSync } from 'node:fs';
+const [input, output] = process.argv.slice(2);
+const drawing = readFileSync(input);
+const text = drawing.toString('latin1');
+if (text === 'refuse') {
+    console.error('no <drawing> & no hope\nsecond line');
+    process.exitCode = 1;
+} else if (text === 'hang') {
+    setInterval(() => {}, 1000);
+} else if (text === 'burst') {
+    process.abort();
+} else if (text === 'look around') {
+    writeFileSync(output, JSON.stringify({ cwd: process.cwd(), env: Object.keys(process.env) }));
+} else if (text !== 'make nothing') {
+    writeFileSync(output, Buffer.concat([Buffer.from(`${input}>${output}:`), drawing]));
+}
+)";
+
+QByteArray request(const QByteArray& operation, const QByteArray& base64, const QByteArray& prefix = {})
+{
+    const QByteArray p = prefix.isEmpty() ? prefix : prefix + ":";
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<soap:Envelope xmlns:soap = "
+           "\"http://schemas.xmlsoap.org/soap/envelope/\">\n<soap:Body>\n<"
+        + p + operation + " xmlns=\"http://tempuri.org/\">\n<" + p + "file>" + base64 + "</" + p + "file>\n</"
+        + p + operation + ">\n</soap:Body>\n</soap:Envelope>";
+}
+
+/// The text of the first element with this name; null when there is none or the answer is not XML to its end.
+QString elementText(const QByteArray& xml, const QString& name)
+{
+    QXmlStreamReader reader(xml);
+    QString text;
+    while (!reader.atEnd())
+        if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == name && text.isNull())
+            text = reader.readElementText();
+    return reader.hasError() ? QString() : text;
+}
+
+} // namespace
+
+class TestConversion : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void converts_data();
+    void converts();
+    void faults_data();
+    void faults();
+    void converterSeesOnlyItsFolder();
+    void nothingIsLeftBehind();
+
+private:
+    Answer post(const QByteArray& operation, const QByteArray& body, const QByteArray& action = {}) const;
+    QStringList scratch() const;
+
+    QTemporaryDir m_scripts;
+    std::unique_ptr<PlatformUnderTest> m_platform;
+};
+
+void TestConversion::initTestCase()
+{
+    QFile script(m_scripts.filePath("converter.mjs"));
+    QVERIFY(script.open(QIODevice::WriteOnly) && script.write(converterScript) > 0);
+    script.close();
+    m_platform = std::make_unique<PlatformUnderTest>(QStringList{"--converter", script.fileName(),
+        "--max-drawing-size", "3000000", "--conversion-time-limit", "3", "--log-level", "off"});
+}
+
+Answer TestConversion::post(
+    const QByteArray& operation, const QByteArray& body, const QByteArray& action) const
+{
+    return Client(m_platform->port())
+        .post("/NrvConRnx.asmx", body, "text/xml; charset=utf-8",
+            {{"SOAPAction", action.isEmpty() ? "http://tempuri.org/" + operation : action}});
+}
+
+QStringList TestConversion::scratch() const
+{
+    return QDir(m_platform->data() + "/scratch").entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+}
+
+void TestConversion::converts_data()
+{
+    QTest::addColumn<QByteArray>("operation");
+    QTest::addColumn<QByteArray>("drawing");
+    QTest::addColumn<QByteArray>("lineBreak");
+    QTest::addColumn<QByteArray>("prefix");
+    QTest::newRow("to DWG") << QByteArray("ConDgn2Dwg") << QByteArray("dgn") << QByteArray() << QByteArray();
+    QTest::newRow("to DGN") << QByteArray("ConDwg2Dgn") << QByteArray("AC1015\0x", 8) << QByteArray()
+                            << QByteArray();
+    QTest::newRow("one byte") << QByteArray("ConDgn2Dwg") << QByteArray("x") << QByteArray() << QByteArray();
+    QTest::newRow("largest") << QByteArray("ConDgn2Dwg") << QByteArray(3000000, '\x7f') << QByteArray()
+                             << QByteArray();
+    QTest::newRow("line breaks") << QByteArray("ConDgn2Dwg") << QByteArray(100001, '\xfe')
+                                 << QByteArray("\r\n") << QByteArray();
+    QTest::newRow("prefixes") << QByteArray("ConDgn2Dwg") << QByteArray("dgn") << QByteArray()
+                              << QByteArray("t");
+}
+
+void TestConversion::converts()
+{
+    QFETCH(QByteArray, operation);
+    QFETCH(QByteArray, drawing);
+    QFETCH(QByteArray, lineBreak);
+    QFETCH(QByteArray, prefix);
+    QByteArray base64 = drawing.toBase64();
+    if (!lineBreak.isEmpty())
+        for (int at = 76; at < base64.size(); at += 76 + lineBreak.size())
+            base64.insert(at, lineBreak);
+    const Answer answer = post(operation, request(operation, base64, prefix));
+    QCOMPARE(answer.status, 200);
+    const QString result = elementText(answer.body, operation + "Result");
+    const QByteArray way = operation == "ConDgn2Dwg" ? "in.dgn>out.dwg:" : "in.dwg>out.dgn:";
+    QCOMPARE(QByteArray::fromBase64(result.toLatin1()), way + drawing);
+    QCOMPARE(answer.body.count(operation + "Result"), 2);
+}
+
+void TestConversion::faults_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QByteArray>("action");
+    QTest::addColumn<QString>("reason");
+
+    const auto drawing = [](const QByteArray& text) { return request("ConDgn2Dwg", text.toBase64()); };
+    const QString none = "The request holds no drawing to convert";
+    const QString noBase64 = "The drawing is not valid Base64";
+    QTest::newRow("refused") << drawing("refuse") << QByteArray() << "no <drawing> & no hope";
+    QTest::newRow("hangs") << drawing("hang") << QByteArray() << "The drawing takes too long to convert";
+    QTest::newRow("bursts") << drawing("burst") << QByteArray()
+                            << "The drawing needs too much memory or space to convert";
+    QTest::newRow("makes nothing") << drawing("make nothing") << QByteArray()
+                                   << "The conversion failed; the platform's log says why";
+    QTest::newRow("no body") << QByteArray() << QByteArray() << none;
+    QTest::newRow("no XML") << QByteArray(200000, 'x') << QByteArray() << none;
+    QTest::newRow("unfinished") << drawing("dgn").split('/').first() << QByteArray() << none;
+    QTest::newRow("other operation") << request("ConDgn2Pdf", "eA==") << QByteArray() << none;
+    QTest::newRow("empty") << drawing("") << QByteArray() << "The drawing is empty";
+    QTest::newRow("no Base64") << request("ConDgn2Dwg", "????") << QByteArray() << noBase64;
+    QTest::newRow("cut Base64") << request("ConDgn2Dwg", "eHh4e") << QByteArray() << noBase64;
+    QTest::newRow("Base64 after its end") << request("ConDgn2Dwg", "eA==eA==") << QByteArray() << noBase64;
+    QTest::newRow("too large") << drawing(QByteArray(3000001, 'x')) << QByteArray()
+                               << "The drawing is too large; at most 3000000 bytes are taken";
+    QTest::newRow("other action")
+        << drawing("dgn") << QByteArray("http://tempuri.org/ConDwg2Dgn")
+        << "The SOAPAction \"http://tempuri.org/ConDwg2Dgn\" does not fit the request";
+}
+
+void TestConversion::faults()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QByteArray, action);
+    QFETCH(QString, reason);
+    const Answer answer = post("ConDgn2Dwg", body, action);
+    QCOMPARE(answer.status, 500);
+    QCOMPARE(elementText(answer.body, "faultstring"), reason);
+    QVERIFY(!answer.body.contains("Result"));
+}
+
+void TestConversion::converterSeesOnlyItsFolder()
+{
+    const Answer answer = post("ConDgn2Dwg", request("ConDgn2Dwg", QByteArray("look around").toBase64()));
+    const QByteArray seen = QByteArray::fromBase64(elementText(answer.body, "ConDgn2DwgResult").toLatin1());
+    QVERIFY2(seen.contains("\"cwd\":\"" + m_platform->data().toUtf8() + "/scratch/"), seen);
+    QVERIFY2(seen.contains("\"env\":[\"PATH\"]"), seen);
+}
+
+void TestConversion::nothingIsLeftBehind()
+{
+    QCOMPARE(scratch(), QStringList());
+}
+
+QTEST_GUILESS_MAIN(TestConversion)
+#include "TestConversion.moc"

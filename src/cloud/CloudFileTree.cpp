@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "cloud/CloudFileManger_p.h"
+#include "core/ITreeElement.h"
+#include "utilities/AttributeDictionary.h"
+
+namespace {
+
+struct ReleaseDictionary
+{
+    void operator()(AttributeDictionary* dictionary) const { dictionary_release_instance(dictionary); }
+};
+
+/// The attributes of a node, which copies them when it is made.
+class Attributes
+{
+public:
+    explicit Attributes(const QString& type) { set("type", type); }
+    void set(const char* key, const QString& value)
+    {
+        dic_set_value(dictionary.get(), key, value.toLocal8Bit().constData());
+    }
+    const AttributeDictionary* get() const { return dictionary.get(); }
+
+private:
+    std::unique_ptr<AttributeDictionary, ReleaseDictionary> dictionary{dictionary_get_instance()};
+};
+
+ITreeElement* newNode(const QString& name, const Attributes& attributes)
+{
+    return tav_tree_element_create_instance(name.toLocal8Bit().constData(), attributes.get(), "");
+}
+
+ITreeElement* addNode(ITreeElement* parent, const QString& name, const Attributes& attributes)
+{
+    ITreeElement* node = newNode(name, attributes);
+    parent->addChild(node);
+    return node;
+}
+
+Attributes fileAttributes(const QString& projectId)
+{
+    Attributes attributes("1");
+    attributes.set("projectId", projectId);
+    return attributes;
+}
+
+} // namespace
+
+ITreeElement* CloudFileManger::getFileTree()
+{
+    // A second handle on the same members: this one may be destroyed between two requests.
+    CloudFileManger client(d);
+    const Attributes folder("0");
+    ITreeElement* root = newNode("My space", folder);
+    ITreeElement* backups = addNode(root, "My backup", folder);
+
+    if (client.getAllCloudProjectBackup()) {
+        for (const ShareProjectInfo& project : client.getAllCloudProjects())
+            addNode(addNode(backups, project.projectTitle, folder),
+                project.projectTitle + client.d->backupSuffix, fileAttributes(project.id));
+    }
+
+    // A source that fails keeps what it shared when it was asked last.
+    for (const QString& source : client.getShareSourceSoft())
+        client.getShareProjectFromPlatform(source);
+    const QString softName = client.getSoftName();
+    if (!softName.isEmpty())
+        client.getShareProjectFromPlatform(softName);
+
+    const auto foreign = client.getForeignCloudProjects();
+    for (auto source = foreign.begin(); source != foreign.end(); ++source) {
+        ITreeElement* sourceFolder = addNode(root, source.key(), folder);
+        for (const ShareProjectInfo& project : source.value()) {
+            ITreeElement* projectFolder = addNode(sourceFolder, project.projectTitle, folder);
+            QMap<QString, QString> files;
+            // This software's own name, not the source's: it is whose view of the project is asked for.
+            client.getShareProjectInfoById2(softName, project.id, files);
+            Attributes attributes = fileAttributes(project.id);
+            for (auto file = files.begin(); file != files.end(); ++file) {
+                attributes.set("fileId", file.key());
+                addNode(projectFolder, file.value(), attributes);
+            }
+        }
+    }
+    return root;
+}

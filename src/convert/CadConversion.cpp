@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "convert/CadConversion.h"
+
+#include "core/Log.h"
+#include "net/BuildConstants.h"
+#include "net/HttpRunner.h"
+#include "net/ReplyEnvelope.h"
+#include "net/WholeFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+constexpr double timeoutMs = 30000.0;
+
+/// Appends the drawing at \a path to \a body, in Base64; nothing when it cannot be read.
+void appendDrawing(QByteArray& body, const QString& path)
+{
+    constexpr int block = 3 << 20; // of threes, so that the blocks' texts join to the whole file's
+    constexpr qint64 limit = 1 << 30; // its text must fit into one array
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > limit)
+        return;
+    body.reserve(int(body.size() + file.size() / 3 * 4 + 200));
+    for (QByteArray bytes = file.read(block); !bytes.isEmpty(); bytes = file.read(block))
+        body += bytes.toBase64();
+}
+
+/// The request as the service expects it, its odd spaces included.
+QByteArray envelope(const QByteArray& operation, const QString& path)
+{
+    QByteArray body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                      "<soap:Envelope xmlns:xsi= \"http://www.w3.org/2001/XMLSchema-instance\""
+                      " xmlns:xsd= \"http://www.w3.org/2001/XMLSchema\""
+                      " xmlns:soap = \"http://schemas.xmlsoap.org/soap/envelope/\">\n"
+                      "<soap:Body>\n<"
+        + operation + " xmlns=\"http://tempuri.org/\">\n<file>";
+    appendDrawing(body, path);
+    return body.append("</file>\n</" + operation + ">\n</soap:Body>\n</soap:Envelope>");
+}
+
+/// \a text from Base64, which may be broken into lines; null when it is anything but Base64.
+QByteArray decoded(QByteArray text)
+{
+    for (const char space : {'\r', '\n', ' ', '\t'}) {
+        if (text.contains(space))
+            text.replace(space, "");
+    }
+    const auto result =
+        QByteArray::fromBase64Encoding(std::move(text), QByteArray::AbortOnBase64DecodingErrors);
+    return result ? *result : QByteArray();
+}
+
+/// Has the service do \a operation on the drawing at \a inPath.
+bool converted(QByteArray& result, QString& error, const QByteArray& operation, const QString& inPath)
+{
+    const HeaderMap headers{{"Content-Type", "text/xml; charset=utf-8"},
+        {"SOAPAction", QByteArray("http://tempuri.org/" + operation)}};
+    QByteArray text;
+    if (!httpPostSoap(text, error, conversionAddress() + "/NrvConRnx.asmx", headers,
+            envelope(operation, inPath), timeoutMs))
+        return false;
+    result = decoded(std::move(text));
+    if (!result.isEmpty())
+        return true;
+    // An answer that is no drawing must not become one.
+    error = replyUnusable();
+    return false;
+}
+
+} // namespace
+
+bool dgn2Dwg(QString& path, QString& error, QString outLocation)
+{
+    QByteArray result;
+    if (!converted(result, error, "ConDgn2Dwg", path))
+        return false;
+    if (outLocation.isEmpty())
+        path.replace(".dgn", ".dwg");
+    else
+        path = QFileInfo(outLocation).absolutePath() + "/" + QFileInfo(path).baseName() + ".dwg";
+    writeWholeFile(path, result);
+    return true;
+}
+
+bool dwg2Dgn(QString inPath, QString& error, QString outPath)
+{
+    QByteArray result;
+    if (!converted(result, error, "ConDwg2Dgn", inPath)) {
+        SendLogInfo(error.toLocal8Bit().constData(), 0);
+        return false;
+    }
+    writeWholeFile(outPath, result);
+    return true;
+}

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tav_cloud_platform_sdk_export.h"
+
+#include <QString>
+
+/// \file
+/// Conversion of drawings by the conversion service. The whole drawing is sent and the whole result received;
+/// the module converts nothing itself. A drawing of n bytes needs up to about 4 n of memory meanwhile.
+///
+/// Both functions block for at most 30 s, with a modal "Waiting" dialog where the application has widgets.
+/// They return true once the result has been received, and write \a error on false only: "连接超时" (no
+/// answer in time) or "返回值解析失败" (no usable result: the service refused the drawing, or the answer was
+/// cut).
+///
+/// The result replaces an older file only once all of it is on the disk. Problems with files are not
+/// reported: an unreadable drawing is sent as an empty one, which the service refuses, and where the result
+/// cannot be written an older file stays and true is returned. Check that the file is there.
+///
+/// Call them on the thread of the application object.
+
+/// Converts the DGN drawing \a path to DWG.
+/// \param path         the drawing; on success the path of the result
+/// \param error        receives the reason of a failure
+/// \param outLocation  empty: the result stands beside the drawing, ".dgn" in \a path replaced by ".dwg" (a
+/// path
+///                     without ".dgn" in lower case keeps its name, and the result takes the drawing's
+///                     place). Otherwise the result goes into the folder that contains \a outLocation (for a
+///                     folder named with a trailing "/": that folder), named after the drawing up to its
+///                     first ".", plus ".dwg".
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(QString& path, QString& error, QString outLocation);
+
+/// Converts the DWG drawing \a inPath to DGN and writes exactly \a outPath. A failure is also sent to the
+/// host's log.
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QString outPath);

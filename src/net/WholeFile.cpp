@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "net/WholeFile.h"
+
+#include <QFileInfo>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <unistd.h>
+#endif
+
+namespace {
+
+/// Whether everything written to \a file is on the disk. QSaveFile syncs too, but ignores what comes of it,
+/// and some file systems tell of a full disk only here.
+bool synced(QFileDevice& file)
+{
+    if (!file.flush())
+        return false;
+#ifdef Q_OS_UNIX
+    return fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+#else
+    return true;
+#endif
+}
+
+} // namespace
+
+bool WholeFile::open()
+{
+    const QFileInfo target(file.fileName());
+    good = (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    return good;
+}
+
+bool WholeFile::write(const QByteArray& bytes)
+{
+    good = good && file.write(bytes) == bytes.size();
+    return good;
+}
+
+bool WholeFile::commit()
+{
+    if (good && synced(file))
+        return file.commit();
+    file.cancelWriting();
+    return false;
+}
+
+bool writeWholeFile(const QString& path, const QByteArray& bytes)
+{
+    WholeFile file(path);
+    return file.open() && file.write(bytes) && file.commit();
+}

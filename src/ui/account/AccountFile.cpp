@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#include "ui/account/AccountFile.h"
+
+#include <QDataStream>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QtEndian>
+
+namespace {
+
+constexpr qint32 fileMagic = qint32(0xABBCC0DD);
+constexpr qint32 fileVersion = 580;
+constexpr auto streamVersion = QDataStream::Qt_5_6; // 17
+constexpr quint32 nullText = 0xFFFFFFFF;
+
+QString filePath()
+{
+    // Of the working directory at the time of the call.
+    return QStringLiteral("./AccountManage.bin");
+}
+
+/// A length or count, unless the stream ends or has failed before.
+bool readSize(QDataStream& stream, quint32& size)
+{
+    if (stream.status() == QDataStream::Ok)
+        stream >> size;
+    return stream.status() == QDataStream::Ok;
+}
+
+/// What the stream's own operator reads, but that one makes room for what a length promises before it looks
+/// whether it is there.
+bool readText(QDataStream& stream, QString& text)
+{
+    quint32 bytes = 0;
+    if (!readSize(stream, bytes))
+        return false;
+    if (bytes == nullText) {
+        text = QString();
+        return true;
+    }
+    if (bytes % 2 != 0 || bytes > stream.device()->bytesAvailable())
+        return false;
+    text = QString(int(bytes / 2), Qt::Uninitialized);
+    if (stream.readRawData(reinterpret_cast<char*>(text.data()), int(bytes)) != int(bytes))
+        return false;
+    qFromBigEndian<ushort>(text.data(), text.size(), text.data());
+    return true;
+}
+
+/// A list of texts; once one is damaged it and all after it are empty.
+QStringList readTexts(QDataStream& stream)
+{
+    quint32 count = 0;
+    if (!readSize(stream, count))
+        return {};
+    QStringList texts;
+    for (quint32 i = 0; i < count; ++i) {
+        QString text;
+        if (!readText(stream, text)) {
+            stream.setStatus(QDataStream::ReadCorruptData);
+            return {};
+        }
+        texts.append(text);
+    }
+    return texts;
+}
+
+void writeTexts(QDataStream& stream, const QStringList& texts)
+{
+    stream << qint32(texts.size());
+    for (const QString& text : texts)
+        stream << text;
+}
+
+} // namespace
+
+void readAccountFile(RememberedAccounts& accounts)
+{
+    QFile file(filePath());
+    // A pipe of that name would have us wait for its other end.
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
+        return;
+    QDataStream stream(&file);
+    qint32 magic = 0;
+    qint32 version = 0;
+    stream >> magic >> version;
+    if (magic != fileMagic || version != fileVersion)
+        return;
+    stream.setVersion(streamVersion);
+    accounts.userNames = readTexts(stream);
+    accounts.passwords = readTexts(stream);
+    accounts.rememberFlags = readTexts(stream);
+}
+
+void writeAccountFile(const RememberedAccounts& accounts)
+{
+    QSaveFile file(filePath());
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
+        return;
+    QDataStream stream(&file);
+    stream << fileMagic << fileVersion;
+    stream.setVersion(streamVersion);
+    writeTexts(stream, accounts.userNames);
+    writeTexts(stream, accounts.passwords);
+    writeTexts(stream, accounts.rememberFlags);
+    if (stream.status() != QDataStream::Ok)
+        file.cancelWriting();
+    file.commit();
+}

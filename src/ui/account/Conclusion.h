@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "account/CloudAccountLogin.h"
+#include "ui/BlockingCall.h"
+#include "ui/MessageBoxes.h"
+
+/// The end of a dialog's request: told and accepted when it is \a outcome Done, the session's reason when it
+/// was refused. \a dialog is not looked at when the request was abandoned.
+template <class AccountDialog>
+void conclude(AccountDialog* dialog, Outcome outcome, const QString& success)
+{
+    if (outcome == Outcome::Refused)
+        fail(dialog, CloudAccountLogin::instance()->getLastError());
+    if (outcome == Outcome::Done && inform(dialog, success))
+        dialog->accept();
+}

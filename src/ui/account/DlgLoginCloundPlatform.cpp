@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "ui/account/DlgLoginCloundPlatform.h"
+
+#include "account/CloudAccountLogin.h"
+#include "core/Screen.h"
+#include "ui/account/Conclusion.h"
+#include "ui/account/DlgRegisterR2V.h"
+#include "ui/account/DlgResetPassword.h"
+#include "ui/account/PhoneLoginWidget.h"
+#include "ui/account/UserNameLoginWidget.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+enum Tab
+{
+    PhoneTab,
+    PasswordTab
+};
+
+void makeLink(QPushButton* button)
+{
+    QFont font = button->font();
+    font.setUnderline(true);
+    button->setFont(font);
+    button->setStyleSheet(QStringLiteral("background:transparent;color:blue;margin:0;padding:0;"));
+    button->setFlat(true);
+}
+
+/// Runs a dialog of ours on top of \a parent; false as well when both went meanwhile.
+template <class SubDialog>
+bool isAccepted(QWidget* parent)
+{
+    const QPointer<SubDialog> dialog(new SubDialog(parent));
+    const bool result = dialog->exec() == QDialog::Accepted;
+    if (!dialog)
+        return false;
+    delete dialog;
+    return result;
+}
+
+} // namespace
+
+DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
+    : Dialog(parent)
+    , tabs(new QTabWidget(this))
+    , phonePage(new PhoneLoginWidget)
+    , passwordPage(new UserNameLoginWidget)
+    , loginButton(new QPushButton(tr("Login")))
+{
+    setWindowTitle(tr("Login"));
+    setMinimumSize(int(dpi_scaled(350.0)), int(dpi_scaled(240.0)));
+
+    tabs->addTab(phonePage, tr("Login by verification"));
+    tabs->addTab(passwordPage, tr("Login by password"));
+
+    auto* registerButton = new QPushButton(tr("User registration"));
+    auto* forgottenButton = new QPushButton(tr("Forget the password"));
+    auto* exitButton = new QPushButton(tr("Exit"));
+    makeLink(registerButton);
+    makeLink(forgottenButton);
+    loginButton->setDefault(true);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(registerButton);
+    buttons->addWidget(forgottenButton);
+    buttons->addStretch();
+    buttons->addWidget(loginButton);
+    buttons->addWidget(exitButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(tabs);
+    layout->addLayout(buttons);
+    phonePage->accountField()->setFocus();
+
+    connect(registerButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_register);
+    connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
+    connect(loginButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_login);
+    connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+/// Once fonts and style are known: no smaller than the texts need, whatever the language.
+void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
+{
+    setMinimumSize(minimumSize().expandedTo(layout()->totalMinimumSize()));
+    Dialog::showEvent(event);
+}
+
+void DlgLoginCloundPlatform::_register()
+{
+    if (isAccepted<DlgRegisterR2V>(this))
+        tabs->setCurrentIndex(PasswordTab);
+}
+
+void DlgLoginCloundPlatform::_retrievePassword()
+{
+    if (isAccepted<DlgResetPassword>(this))
+        tabs->setCurrentIndex(PasswordTab);
+}
+
+void DlgLoginCloundPlatform::_login()
+{
+    if (tabs->currentIndex() == PhoneTab)
+        loginByCode();
+    else if (tabs->currentIndex() == PasswordTab)
+        loginByPassword();
+}
+
+void DlgLoginCloundPlatform::loginByCode()
+{
+    QLineEdit* account = phonePage->accountField();
+    QLineEdit* code = phonePage->codeField();
+    if (!filled(this, account, tr("The phone number cannot be empty!"))
+        || !filled(this, code, tr("verification code must be filled!")))
+        return;
+    const Outcome outcome = callPlatform(
+        loginButton, [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()] {
+            return CloudAccountLogin::instance()->phoneLoginAccount(account.constData(), code.constData());
+        });
+    conclude(this, outcome, tr("login successfully!"));
+}
+
+void DlgLoginCloundPlatform::loginByPassword()
+{
+    QLineEdit* userName = passwordPage->userNameField();
+    QLineEdit* password = passwordPage->passwordField();
+    if (!filled(this, userName, tr("Username can not be empty!"))
+        || !filled(this, password, tr("password can not be blank!")))
+        return;
+    const Outcome outcome = callPlatform(
+        loginButton, [name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit()] {
+            return CloudAccountLogin::instance()->userLoginAccount(name.constData(), word.constData());
+        });
+    if (outcome == Outcome::Done)
+        passwordPage->saveRememberedAccount();
+    conclude(this, outcome, tr("login successfully!"));
+}

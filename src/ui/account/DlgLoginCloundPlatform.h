@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tav_cloud_platform_sdk_export.h"
+
+#include "toolkit/Dialog.h"
+
+class PhoneLoginWidget;
+class QPushButton;
+class QTabWidget;
+class UserNameLoginWidget;
+
+/// Signs in to the cloud platform: by a code sent to a phone or mail box, or by user name and password. Leads
+/// to the registration and to the reset of a password.
+///
+/// Build one, call exec(), and throw it away: a dialog object is for one sign-in. The result is Accepted when
+/// the user has signed in, and the session is then in CloudAccountLogin::instance(); otherwise it is
+/// Rejected. A user who closes the dialog while a request runs gets Rejected even if the platform answers
+/// well after that, so ask CloudAccountLogin::getLoginState() who is signed in.
+///
+/// Building it reads the remembered accounts from "./AccountManage.bin", and a sign-in with a password writes
+/// them there (enciphered, for the owner of the file only); a file that is damaged or cannot be written is
+/// passed over in silence.
+///
+/// GUI thread only. A press of a button blocks for at most 5000 ms a request; input waits, painting and
+/// timers go on. The dialog, its parent and the application may go meanwhile.
+class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgLoginCloundPlatform : public Dialog
+{
+    Q_OBJECT
+
+public:
+    /// \param parent owns the dialog when given
+    explicit DlgLoginCloundPlatform(QWidget* parent = nullptr);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private slots:
+    void _register();
+    void _retrievePassword();
+    void _login();
+
+private:
+    void loginByCode();
+    void loginByPassword();
+
+    QTabWidget* tabs;
+    PhoneLoginWidget* phonePage;
+    UserNameLoginWidget* passwordPage;
+    QPushButton* loginButton;
+};

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "ui/account/DlgRegisterR2V.h"
+
+#include "account/CloudAccountLogin.h"
+#include "ui/MessageBoxes.h"
+#include "ui/account/FieldGrid.h"
+
+#include <QPushButton>
+#include <QRegExp>
+#include <QTimer>
+
+DlgRegisterR2V::DlgRegisterR2V(QWidget* parent)
+    : Dialog(parent)
+    , userName(new QLineEdit(this))
+    , password(new QLineEdit(this))
+    , verification(this, tr("Obtaining verification code"))
+    , registerButton(new QPushButton(tr("User registration"), this))
+{
+    setWindowTitle(tr("User registration"));
+    password->setEchoMode(QLineEdit::Password);
+    password->setPlaceholderText(tr("6-24位数字和英文字母组合"));
+    auto* cancelButton = new QPushButton(tr("Cancel"), this);
+
+    auto* fields = new FieldGrid;
+    fields->addField(tr("User name"), userName);
+    fields->addField(tr("Password"), password);
+    fields->addField(tr("Phone number/email"), verification.account);
+    fields->addField(tr("Verification"), verification.code, verification.button);
+    layOut(this, fields, registerButton, cancelButton);
+
+    connect(verification.tick, &QTimer::timeout, this, &DlgRegisterR2V::_updateTimeOut);
+    connect(verification.button, &QPushButton::clicked, this, &DlgRegisterR2V::_slotGetVerifyCode);
+    connect(registerButton, &QPushButton::clicked, this, &DlgRegisterR2V::_slotRegister);
+    connect(cancelButton, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void DlgRegisterR2V::_updateTimeOut()
+{
+    verification.updateCountdown();
+}
+
+void DlgRegisterR2V::_slotGetVerifyCode()
+{
+    if (!filled(this, verification.account, tr("The phone number cannot be empty!")))
+        return;
+    verification.startCountdown();
+    if (verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify)
+        == Outcome::Refused)
+        inform(this, CloudAccountLogin::instance()->getLastError());
+}
+
+bool DlgRegisterR2V::isComplete()
+{
+    if (!filled(this, userName, tr("Username can not be empty!"))
+        || !filled(this, password, tr("password can not be blank!")))
+        return false;
+    if (password->text().contains(QRegExp(QStringLiteral("[\\x4e00-\\x9fa5]+")))) {
+        inform(this, tr("The password cannot have Chinese characters!"));
+        return false;
+    }
+    return filled(this, verification.account, tr("The phone number cannot be empty!"))
+        && filled(this, verification.code, tr("verification code must be filled!"));
+}
+
+void DlgRegisterR2V::_slotRegister()
+{
+    const DisabledWhile disabled(qobject_cast<QWidget*>(sender()));
+    if (!isComplete())
+        return;
+    const QString account = verification.account->text();
+    const auto operation =
+        account.contains('@') ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
+    const Outcome outcome = callPlatform(registerButton,
+        [operation, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
+            target = account.toLocal8Bit(), code = verification.code->text().toLocal8Bit()] {
+            return (CloudAccountLogin::instance()->*operation)(
+                name.constData(), word.constData(), target.constData(), code.constData());
+        });
+    if (outcome == Outcome::Refused)
+        inform(this, CloudAccountLogin::instance()->getLastError());
+    if (outcome == Outcome::Done && inform(this, tr("Account registration successfully!")))
+        accept();
+}

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "ui/account/DlgResetPassword.h"
+
+#include "ui/account/Conclusion.h"
+#include "ui/account/FieldGrid.h"
+#include "ui/account/VerificationCode.h"
+
+#include <QPushButton>
+#include <QTimer>
+
+DlgResetPassword::DlgResetPassword(QWidget* parent)
+    : Dialog(parent)
+    , verification(std::make_unique<VerificationCode>(this, tr("Obtaining verification code")))
+    , password(new QLineEdit(this))
+    , resetButton(new QPushButton(tr("Reset"), this))
+{
+    setWindowTitle(tr("Reset password"));
+    password->setEchoMode(QLineEdit::Password);
+    password->setPlaceholderText(tr("6-24 digits and English letter combination"));
+    auto* exitButton = new QPushButton(tr("Exit"), this);
+
+    auto* fields = new FieldGrid;
+    fields->addField(tr("Phone number/email"), verification->account);
+    fields->addField(tr("New password"), password);
+    fields->addField(tr("Verification"), verification->code, verification->button);
+    layOut(this, fields, resetButton, exitButton);
+    setTabOrder(verification->account, password);
+    setTabOrder(password, verification->code);
+
+    connect(verification->tick, &QTimer::timeout, this, &DlgResetPassword::_updateTimeOut);
+    connect(verification->button, &QPushButton::clicked, this, &DlgResetPassword::_slotGetVerifyCode);
+    connect(resetButton, &QPushButton::clicked, this, &DlgResetPassword::_resetPassword);
+    connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+DlgResetPassword::~DlgResetPassword() = default;
+
+void DlgResetPassword::_updateTimeOut()
+{
+    verification->updateCountdown();
+}
+
+void DlgResetPassword::_slotGetVerifyCode()
+{
+    if (!filled(this, verification->account, tr("The phone number cannot be empty!")))
+        return;
+    verification->startCountdown();
+    if (verification->request(&CloudAccountLogin::mobileVerify2, &CloudAccountLogin::emailVerify2)
+        == Outcome::Refused)
+        inform(this, CloudAccountLogin::instance()->getLastError());
+}
+
+void DlgResetPassword::_resetPassword()
+{
+    if (!filled(this, verification->account, tr("The phone number cannot be empty!"))
+        || !filled(this, password, tr("password can not be blank!"))
+        || !filled(this, verification->code, tr("verification code must be filled!")))
+        return;
+    const Outcome outcome = callPlatform(resetButton,
+        [target = verification->account->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
+            code = verification->code->text().toLocal8Bit()] {
+            return CloudAccountLogin::instance()->resetPassword(
+                target.constData(), word.constData(), code.constData());
+        });
+    conclude(this, outcome, tr("Password reset successfully!"));
+}

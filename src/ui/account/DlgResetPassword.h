@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tav_cloud_platform_sdk_export.h"
+
+#include "toolkit/Dialog.h"
+
+#include <memory>
+
+class QLineEdit;
+class QPushButton;
+class VerificationCode;
+
+/// Sets a new password for the account of a phone number or e-mail address, with a code that the platform
+/// sends there. The result is Accepted when the platform has set it; the session stays as it was.
+///
+/// GUI thread only. A press of a button blocks for at most 5000 ms; input waits, painting and timers go on.
+/// The dialog, its parent and the application may go meanwhile.
+class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgResetPassword : public Dialog
+{
+    Q_OBJECT
+
+public:
+    /// \param parent owns the dialog when given
+    explicit DlgResetPassword(QWidget* parent = nullptr);
+    ~DlgResetPassword() override;
+
+private slots:
+    void _updateTimeOut();
+    void _slotGetVerifyCode();
+    void _resetPassword();
+
+private:
+    std::unique_ptr<VerificationCode> verification;
+    QLineEdit* password;
+    QPushButton* resetButton;
+};

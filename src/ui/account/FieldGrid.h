@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QGridLayout>
+
+class QDialog;
+class QPushButton;
+
+/// Two columns: labels on the left, what they belong to on the right.
+class FieldGrid : public QGridLayout
+{
+public:
+    using QGridLayout::QGridLayout;
+
+    /// A row whose label is the buddy of \a content. \a beside stands to the right of it.
+    void addRow(const QString& label, QWidget* content, QWidget* beside = nullptr);
+
+    /// A row of something to fill in, which screen readers call by its label.
+    void addField(const QString& label, QWidget* field, QWidget* beside = nullptr);
+};
+
+/// The rows of a small dialog above its two buttons, of which Enter presses \a proceed.
+void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton* leave);

@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: MIT
+# The dialogs, their icons and their translations. Included from src/CMakeLists.txt, not a directory of its own: a
+# generated file belongs to the targets of its directory only.
+find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools)
+
+set(ui_public_headers
+    ui/Translation.h
+    ui/account/DlgLoginCloundPlatform.h
+    ui/account/DlgLogoutCloundPlatform.h
+    ui/account/DlgResetPassword.h
+)
+list(APPEND public_headers ${ui_public_headers})
+
+target_sources(tav_cloud_platform_internals PRIVATE
+    Resources/tav_cloud_platform_sdk_icons.qrc
+    ui/BlockingCall.cpp
+    ui/MessageBoxes.cpp
+    ui/Translation.cpp
+    ui/account/AccountFile.cpp
+    ui/account/DlgLoginCloundPlatform.cpp
+    ui/account/DlgLogoutCloundPlatform.cpp
+    ui/account/DlgRegisterR2V.cpp
+    ui/account/DlgResetPassword.cpp
+    ui/account/FieldGrid.cpp
+    ui/account/PhoneLoginWidget.cpp
+    ui/account/UserNameLoginWidget.cpp
+    ui/account/VerificationCode.cpp
+    ${ui_public_headers}
+)
+
+# The catalogue: kept by the target update_translations, compiled into the library.
+set(catalogue ${CMAKE_CURRENT_SOURCE_DIR}/translations/tav_cloud_platform_sdk_zh_CN.ts)
+qt5_add_translation(compiled_catalogue ${catalogue})
+configure_file(translations/tav_cloud_platform_sdk_translations.qrc.in
+    ${CMAKE_CURRENT_BINARY_DIR}/tav_cloud_platform_sdk_translations.qrc @ONLY)
+qt5_add_resources(translation_resource ${CMAKE_CURRENT_BINARY_DIR}/tav_cloud_platform_sdk_translations.qrc)
+target_sources(tav_cloud_platform_internals PRIVATE ${translation_resource})
+
+add_custom_target(update_translations
+    COMMAND Qt5::lupdate -locations none -source-language en -target-language zh_CN
+        ${CMAKE_CURRENT_SOURCE_DIR} -ts ${catalogue}
+    COMMENT "Bringing the catalogue up to date with the texts in the sources"
+    VERBATIM)

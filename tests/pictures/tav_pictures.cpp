@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: MIT
+// Renders the dialogs in their main states, in both languages, into a folder:
+//
+//     QT_QPA_PLATFORM=offscreen QT_SCALE_FACTOR=2 tav-pictures FOLDER
+//
+// A scripted peer plays the platform, so the pictures are the same everywhere but for the fonts.
+#include "account/CloudAccountLogin.h"
+#include "crypto/AccountCipher.h"
+#include "net/BuildConstants.h"
+#include "support/ScriptedPeer.h"
+#include "support/TestConstants.h"
+#include "ui/Translation.h"
+#include "ui/account/AccountFile.h"
+#include "ui/account/DlgLoginCloundPlatform.h"
+#include "ui/account/DlgLogoutCloundPlatform.h"
+#include "ui/account/DlgRegisterR2V.h"
+#include "ui/account/DlgResetPassword.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int frameWidth = 1;
+
+/// The window as a desktop shows it, with its title.
+QPixmap framed(QWidget& window)
+{
+    const QPixmap content = window.grab();
+    const qreal scale = content.devicePixelRatio();
+    const int bar = window.fontMetrics().height() + 10;
+    const QSize inner = content.size() / scale;
+    QPixmap picture((inner + QSize(2 * frameWidth, bar + 2 * frameWidth)) * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(QColor(0x50, 0x58, 0x64));
+    QPainter painter(&picture);
+    painter.setPen(Qt::white);
+    painter.drawText(
+        QRect(frameWidth, frameWidth, inner.width(), bar), Qt::AlignCenter, window.windowTitle());
+    painter.drawPixmap(frameWidth, bar + frameWidth, content);
+    return picture;
+}
+
+/// \a front in the middle of \a back, which grows when it must.
+QPixmap stacked(const QPixmap& back, const QPixmap& front)
+{
+    const qreal scale = back.devicePixelRatio();
+    const QSize size = back.size().expandedTo(front.size() + QSize(40, 40) * scale);
+    QPixmap picture(size);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    const auto place = [&](const QPixmap& layer) {
+        painter.drawPixmap(
+            QPointF(size.width() - layer.width(), size.height() - layer.height()) / 2 / scale, layer);
+    };
+    place(back);
+    place(front);
+    return picture;
+}
+
+class Album
+{
+public:
+    Album(const QString& folderPath, const QString& namePrefix)
+        : folder(folderPath)
+        , prefix(namePrefix)
+    {
+    }
+
+    void shoot(QWidget& window, const QString& name) const
+    {
+        window.show();
+        QTest::qWaitForWindowExposed(&window);
+        QCoreApplication::processEvents();
+        save(framed(window), name);
+    }
+
+    /// Presses \a button and takes the box that it brings, in front of its window.
+    void shootBox(QWidget& window, const QString& button, const QString& name) const
+    {
+        window.show();
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box || !box->isVisible())
+                return;
+            poll.stop();
+            save(stacked(framed(window), framed(*box)), name);
+            box->accept();
+        });
+        poll.start(20);
+        press(window, button);
+        if (poll.isActive())
+            qFatal("No box came up for %s.", qPrintable(name));
+    }
+
+    static void press(QWidget& window, const QString& text)
+    {
+        for (QPushButton* button : window.findChildren<QPushButton*>())
+            if (button->isVisible() && button->text() == text)
+                return button->click();
+        qFatal("There is no button %s.", qPrintable(text));
+    }
+
+private:
+    void save(const QPixmap& picture, const QString& name) const
+    {
+        const QString path = folder.filePath(prefix + name + ".png");
+        if (!picture.save(path))
+            qFatal("Cannot write %s.", qPrintable(path));
+    }
+
+    QDir folder;
+    QString prefix;
+};
+
+void fill(QWidget& window, const QStringList& texts)
+{
+    auto text = texts.begin();
+    for (QLineEdit* field : window.findChildren<QLineEdit*>())
+        if (field->isVisible() && text != texts.end())
+            field->setText(*text++);
+}
+
+const QString account = QStringLiteral("drafter@example.com");
+const QByteArray refusal = R"({"code":1,"msg":"Wrong verification code / 验证码错误"})";
+
+void shootLogin(const Album& album, ScriptedPeer& peer)
+{
+    const auto tr = [](const char* text) { return DlgLoginCloundPlatform::tr(text); };
+    {
+        DlgLoginCloundPlatform dialog;
+        album.shoot(dialog, "login-code-empty");
+        album.shootBox(dialog, tr("Login"), "login-code-prompt");
+        fill(dialog, {account, "4711"});
+        album.shoot(dialog, "login-code-filled");
+        peer.expect("POST",
+            "/auth/mobile/token/sms?mobile=MAIL@drafter@example.com&code=4711&grant_type=mobile",
+            behaviour::answer(refusal));
+        album.shootBox(dialog, tr("Login"), "login-code-error");
+        peer.expect("GET", "/admin/mail/drafter@example.com", behaviour::answer(R"({"code":0})"));
+        album.press(dialog, QCoreApplication::translate("PhoneLoginWidget", "Obtaining verification code"));
+        QTest::qWait(150);
+        album.shoot(dialog, "login-code-counting");
+    }
+    QFile::remove("AccountManage.bin");
+    DlgLoginCloundPlatform fresh;
+    fresh.findChild<QTabWidget*>()->setCurrentIndex(1);
+    album.shoot(fresh, "login-password-empty");
+
+    const auto enciphered = [](const char* word) {
+        return aesEncryptText(word, accountCipherKey(), accountCipherKey());
+    };
+    writeAccountFile(
+        {{"li.hua", "wang.fang"}, {enciphered("correct horse"), enciphered("b")}, {"true", "false"}});
+    DlgLoginCloundPlatform remembered;
+    remembered.findChild<QTabWidget*>()->setCurrentIndex(1);
+    album.shoot(remembered, "login-password-remembered");
+    for (QAction* action : remembered.findChildren<QAction*>())
+        if (action->property("shown").isValid())
+            action->trigger();
+    album.shoot(remembered, "login-password-shown");
+}
+
+void shootOthers(const Album& album, ScriptedPeer& peer)
+{
+    DlgRegisterR2V registration;
+    album.shoot(registration, "register-empty");
+    fill(registration, {"li.hua", "secret 1", account, "4711"});
+    album.shoot(registration, "register-filled");
+    peer.expect("POST", "/admin/api/user/mail/register", behaviour::answer(refusal));
+    album.shootBox(registration, DlgRegisterR2V::tr("User registration"), "register-error");
+    peer.expect("GET", "/admin/mail/drafter@example.com", behaviour::answer(R"({"code":0})"));
+    album.press(registration, DlgRegisterR2V::tr("Obtaining verification code"));
+    QTest::qWait(150);
+    album.shoot(registration, "register-counting");
+
+    DlgResetPassword reset;
+    album.shoot(reset, "reset-empty");
+    peer.expect("GET", "/admin/mail/reset/drafter@example.com", behaviour::answer(R"({"code":0})"));
+    reset.findChild<QLineEdit*>()->setText(account);
+    album.press(reset, DlgResetPassword::tr("Obtaining verification code"));
+    QTest::qWait(150);
+    album.shoot(reset, "reset-counting");
+    fill(reset, {account, "4711", "secret 1"});
+    peer.expect("POST", "/admin/api/user/resetpw", behaviour::answer(refusal));
+    album.shootBox(reset, DlgResetPassword::tr("Reset"), "reset-error");
+
+    peer.expect("POST", "/auth/oauth/token?grant_type=password",
+        behaviour::answer(R"({"access_token":"A","refresh_token":"R","user_info":{"username":"li.hua"}})"));
+    CloudAccountLogin::instance()->userLoginAccount("li.hua", "secret 1");
+    DlgLogoutCloundPlatform logout;
+    album.shoot(logout, "logout");
+    peer.expect("POST", "/auth/oauth/check_token", behaviour::answer(R"({"user_info":{}})"));
+    peer.expect(
+        "DELETE", "/auth/token/logout", behaviour::answer(R"({"code":1,"msg":"Not now / 稍后再试"})"));
+    album.shootBox(logout, DlgLogoutCloundPlatform::tr("Logout"), "logout-error");
+}
+
+QPalette darkPalette()
+{
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x2d, 0x30, 0x35));
+    palette.setColor(QPalette::WindowText, Qt::white);
+    palette.setColor(QPalette::Base, QColor(0x1e, 0x20, 0x24));
+    palette.setColor(QPalette::Text, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x98, 0x9c, 0xa4));
+    palette.setColor(QPalette::Button, QColor(0x3a, 0x3e, 0x45));
+    palette.setColor(QPalette::ButtonText, Qt::white);
+    palette.setColor(QPalette::Highlight, QColor(0x2f, 0x78, 0xc8));
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(0x88, 0x8c, 0x94));
+    return palette;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    if (application.arguments().size() != 2) {
+        std::fputs("Usage: tav-pictures FOLDER\n", stderr);
+        return 2;
+    }
+    QApplication::setStyle("fusion");
+    const QString folder = QDir(application.arguments().at(1)).absolutePath();
+    QDir().mkpath(folder);
+    // The account file is in the working directory.
+    const QTemporaryDir scratch;
+    QDir::setCurrent(scratch.path());
+
+    ScriptedPeer peer;
+    setPlatformAddress(peer.address());
+    const QPalette light = QApplication::palette();
+    for (const QLocale& language : {QLocale("en_US"), QLocale("zh_CN")}) {
+        installCloudPlatformTranslation(language);
+        for (const bool dark : {false, true}) {
+            QApplication::setPalette(dark ? darkPalette() : light);
+            const Album album(folder, language.name().left(2) + (dark ? "-dark-" : "-"));
+            shootLogin(album, peer);
+            shootOthers(album, peer);
+        }
+    }
+    const QStringList wrong = peer.finish();
+    std::fputs(qPrintable(wrong.join('\n')), stderr);
+    return wrong.isEmpty() ? 0 : 1;
+}
