@@ -191,7 +191,7 @@ const QVector<Operation> operations{
         "/project/cloudAddressBook/delete?id=2", {}, R"({"code":0})", {}},
     {"CreateGroup", [](Client& c) { return c.CreateGroup("Te\"am\n组"); }, "POST",
         "/project/cloudProjectGroup/saveOrUpdate", {}, R"({"code":0})", {}, false, false, false,
-        R"({"groupName":"Te\"am\n组"})"},
+        "{\"groupName\":\"Te\\\"am\\n组\"}"},
     {"deleteGroup", [](Client& c) { return c.deleteGroup("g1"); }, "DELETE",
         "/project/cloudProjectGroup/delete?id=g1", {}, R"({"code":0})", {}},
     {"SearchGroup", [](Client& c) { return c.SearchGroup(out.groups); }, "GET",

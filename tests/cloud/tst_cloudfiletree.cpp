@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: MIT
+#include "cloud/CloudFileManger.h"
+#include "core/ITreeElement.h"
+#include "support/ScriptedPeer.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+struct Releaser
+{
+    void operator()(ITreeElement* element) const { tav_tree_element_release_instance(element); }
+};
+using Tree = std::unique_ptr<ITreeElement, Releaser>;
+
+/// The tree below \a element: a line each, indented, of name and attributes.
+QStringList linesOf(const ITreeElement* element, int depth = 0)
+{
+    const auto attribute = [element](const char* key) {
+        const char* value = element->properties().value(key);
+        return value ? QString(" %1=%2").arg(key, QString::fromLocal8Bit(value)) : QString();
+    };
+    QStringList lines(QString(depth, ' ') + QString::fromLocal8Bit(element->name()) + " |" + attribute("type")
+        + attribute("projectId") + attribute("fileId"));
+    for (const ITreeElement* child = element->firstChild(); child; child = child->nextSibling())
+        lines += linesOf(child, depth + 1);
+    return lines;
+}
+
+/// One request that the tree is made of.
+struct Request
+{
+    QByteArray target;
+    QByteArray reply;
+    int cause = -1; ///< the request without which this one is not sent
+};
+
+QByteArray sharesOf(const QByteArray& source)
+{
+    return "/project/cloudProjectShare/getProjectBySoftId?sourceClient=" + source + "&targetClient=Soft%201";
+}
+
+QByteArray filesOf(const QByteArray& project)
+{
+    return "/project/cloudProjectShare/getByProject?projectId=" + project + "&sourceClient=Soft%201";
+}
+
+enum
+{
+    Backups,
+    FromB,
+    FromA,
+    FromSelf,
+    FilesOf2,
+    FilesOf3,
+    FilesOf9
+};
+
+const QVector<Request> requests{
+    {"/project/cloudProjectBackup/getProjectList?sourceClient=Soft%201",
+        R"({"data":[{"id":"p2","sourceClient":"Soft 1","projectTitle":"Survey"},
+                    {"id":"p1","sourceClient":"Soft 1"}]})"},
+    {sharesOf("B"), R"({"code":0,"data":[]})"},
+    {sharesOf("A"), R"({"data":[{"id":3,"sourceClient":"other","projectTitle":"Third"},
+                                {"id":2,"sourceClient":"A","projectTitle":"第二"}]})"},
+    {sharesOf("Soft%201"), R"({"data":[{"id":9,"sourceClient":"Soft 1","projectTitle":"Nine"}]})"},
+    {filesOf("2"), R"({"data":[{"id":22,"originalName":"二.dwg"},{"id":21,"originalName":"a.dwg"}]})", FromA},
+    {filesOf("3"), R"({"code":0,"data":[]})", FromA},
+    {filesOf("9"), R"({"data":[{"id":91,"originalName":"a.dwg"}]})", FromSelf},
+};
+
+/// A line of the tree, and the requests that it takes.
+struct Line
+{
+    QString text;
+    QVector<int> needs;
+};
+
+const QVector<Line> whole{
+    {"My space | type=0", {}},
+    {" My backup | type=0", {}},
+    {"   | type=0", {Backups}},
+    {"   .bak | type=1 projectId=p1", {Backups}},
+    {"  Survey | type=0", {Backups}},
+    {"   Survey.bak | type=1 projectId=p2", {Backups}},
+    {" A | type=0", {FromA}},
+    {"  第二 | type=0", {FromA}},
+    {"   a.dwg | type=1 projectId=2 fileId=21", {FromA, FilesOf2}},
+    {"   二.dwg | type=1 projectId=2 fileId=22", {FromA, FilesOf2}},
+    {"  Third | type=0", {FromA}},
+    {" B | type=0", {FromB}},
+    {" Soft 1 | type=0", {FromSelf}},
+    {"  Nine | type=0", {FromSelf}},
+    {"   a.dwg | type=1 projectId=9 fileId=91", {FromSelf, FilesOf9}},
+};
+
+QStringList treeWithout(int missing)
+{
+    QStringList lines;
+    for (const Line& line : whole)
+        if (!line.needs.contains(missing))
+            lines += line.text;
+    return lines;
+}
+
+std::unique_ptr<CloudFileManger> clientOf(const QString& address, const QStringList& sources = {"B", "A"})
+{
+    return std::make_unique<CloudFileManger>(
+        address, "token", "third", "Soft 1", sources, ".bak", "Project", QString());
+}
+
+/// A listing with one element.
+QByteArray replyWith(const QJsonObject& item)
+{
+    return QJsonDocument(QJsonObject{{"data", QJsonArray{item}}}).toJson();
+}
+
+constexpr int nothing = -1;
+} // namespace
+
+class TestCloudFileTree : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void survivesEachFailure_data()
+    {
+        QTest::addColumn<int>("failing");
+        QTest::addColumn<bool>("secondTime");
+        QTest::newRow("all answer") << nothing << false;
+        for (int i = 0; i < requests.size(); ++i)
+            for (const bool secondTime : {false, true})
+                QTest::addRow("%s fails%s", requests[i].target.constData(), secondTime ? " later" : "")
+                    << i << secondTime;
+    }
+
+    void survivesEachFailure()
+    {
+        QFETCH(int, failing);
+        QFETCH(bool, secondTime);
+        const Behaviour failures[]{behaviour::answer(R"({"code":1,"msg":"no"})"),
+            behaviour::answer("<html>", 502), behaviour::answer("")};
+        for (const Behaviour& failure : failures) {
+            ScriptedPeer peer;
+            const auto made = clientOf(peer.address());
+            if (secondTime) {
+                expectAll(peer, nothing, nothing, {});
+                const Tree first(made->getFileTree());
+                QCOMPARE(linesOf(first.get()), treeWithout(nothing));
+            }
+            // What a source shared when it was asked last is still known.
+            const bool known = secondTime && failing >= FromB && failing <= FromSelf;
+            const int missing = known ? nothing : failing;
+            expectAll(peer, failing, missing, failure);
+            const Tree tree(made->getFileTree());
+            QCOMPARE(linesOf(tree.get()), treeWithout(missing));
+            for (const RecordedRequest& request : peer.requests())
+                QCOMPARE(request.header("Authorization"), QByteArray("Bearer token"));
+        }
+    }
+
+    void isThereWithoutANetwork()
+    {
+        const Tree tree(clientOf(ScriptedPeer::refusedAddress())->getFileTree());
+        QCOMPARE(linesOf(tree.get()), QStringList({"My space | type=0", " My backup | type=0"}));
+    }
+
+    void asksForItsOwnSharesOnlyByName()
+    {
+        ScriptedPeer peer;
+        CloudFileManger made(peer.address(), "token", "", "", {"A"}, "", "", "");
+        peer.expect("GET", "/project/cloudProjectBackup/getProjectList?sourceClient=",
+            behaviour::answer(R"({"data":[{"id":1,"sourceClient":"","projectTitle":"T"}]})"));
+        peer.expect("GET", "/project/cloudProjectShare/getProjectBySoftId?sourceClient=A&targetClient=",
+            behaviour::answer("{}"));
+        const Tree tree(made.getFileTree());
+        QCOMPARE(linesOf(tree.get()),
+            QStringList({"My space | type=0", " My backup | type=0", "  T | type=0",
+                "   T | type=1 projectId=1", " A | type=0"}));
+    }
+
+    void namesMayHoldAnything_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("empty") << "";
+        QTest::newRow("slashes") << "../../etc/a\\b/";
+        QTest::newRow("line breaks") << "a\r\nb\n";
+        QTest::newRow("quotes") << "\"a' `b`";
+        QTest::newRow("HTML") << "<b onclick=x>&amp;</b>%20%s%1";
+        QTest::newRow("not Latin") << "测量 \xF0\x9F\x97\xBA עברית";
+        QTest::newRow("control characters") << "\x01\t\x1b[31m\x7f";
+        QTest::newRow("bidirectional mark") << QString("gwd.") + QChar(0x202e) + "gwd";
+        QTest::newRow("long") << QString(1 << 20, 'n');
+        QTest::newRow("ends where C ends it") << QString("a") + QChar(0) + "b";
+    }
+
+    void namesMayHoldAnything()
+    {
+        QFETCH(QString, name);
+        const QByteArray project =
+            replyWith({{"id", "1"}, {"sourceClient", "S"}, {"projectTitle", name}, {"originalName", name}});
+        ScriptedPeer peer;
+        const auto made = clientOf(peer.address(), {});
+        for (const QByteArray& target : {requests[Backups].target, sharesOf("Soft%201"), filesOf("1")})
+            peer.expect("GET", target, behaviour::answer(project));
+        const Tree tree(made->getFileTree());
+        const QString shown = name.section(QChar(0), 0, 0);
+        const QString backup = (name + ".bak").section(QChar(0), 0, 0);
+        const QStringList expected{"My space | type=0", " My backup | type=0", "  " + shown + " | type=0",
+            "   " + backup + " | type=1 projectId=1", " Soft 1 | type=0", "  " + shown + " | type=0",
+            "   " + shown + " | type=1 projectId=1 fileId=1"};
+        QVERIFY(linesOf(tree.get()) == expected);
+    }
+
+    void idsMayHoldAnything_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<QByteArray>("query");
+        const auto row = [](const char* title, const QString& id, const QByteArray& query) {
+            QTest::newRow(title) << id << query;
+        };
+        row("empty", "", "&sourceClient=Soft%201");
+        row("another query", "1&sourceClient=X", "1&sourceClient=X&sourceClient=Soft%201");
+        row("another header", "1 HTTP/1.1\r\nX: y\r\n",
+            "1%20HTTP/1.1%0D%0AX:%20y%0D%0A&sourceClient=Soft%201");
+        row("not Latin", "图", "%E5%9B%BE&sourceClient=Soft%201");
+        row("a fragment", "1#2", "1");
+    }
+
+    void idsMayHoldAnything()
+    {
+        QFETCH(QString, id);
+        QFETCH(QByteArray, query);
+        const Behaviour answer =
+            behaviour::answer(replyWith({{"id", id}, {"sourceClient", "S"}, {"originalName", "f"}}));
+        ScriptedPeer peer;
+        const auto made = clientOf(peer.address(), {});
+        peer.expect("GET", requests[Backups].target, behaviour::answer("{}"));
+        peer.expect("GET", sharesOf("Soft%201"), answer);
+        peer.expect("GET", "/project/cloudProjectShare/getByProject?projectId=" + query, answer);
+        const Tree tree(made->getFileTree());
+        QCOMPARE(linesOf(tree.get()),
+            QStringList({"My space | type=0", " My backup | type=0", " Soft 1 | type=0", "   | type=0",
+                "   f | type=1 projectId=" + id + " fileId=" + id}));
+    }
+
+    void theClientMayBeDestroyedMeanwhile_data()
+    {
+        QTest::addColumn<int>("during");
+        for (int i = 0; i < requests.size(); ++i)
+            QTest::newRow(requests[i].target) << i;
+    }
+
+    void theClientMayBeDestroyedMeanwhile()
+    {
+        QFETCH(int, during);
+        ScriptedPeer peer;
+        auto made = clientOf(peer.address());
+        for (int i = 0; i < requests.size(); ++i) {
+            const Behaviour answer = behaviour::answer(requests[i].reply);
+            peer.expect(
+                "GET", requests[i].target, i != during ? answer : [&made, answer](PeerConnection& c) {
+                    QMetaObject::invokeMethod(
+                        qApp, [&made] { made.reset(); }, Qt::BlockingQueuedConnection);
+                    answer(c);
+                });
+        }
+        const Tree tree(made->getFileTree());
+        QVERIFY(!made);
+        QCOMPARE(linesOf(tree.get()), treeWithout(nothing));
+    }
+
+private:
+    /// The requests in their order; those that the branch \a missing would cause are not expected.
+    static void expectAll(ScriptedPeer& peer, int failing, int missing, const Behaviour& failure)
+    {
+        for (int i = 0; i < requests.size(); ++i)
+            if (requests[i].cause == nothing || requests[i].cause != missing)
+                peer.expect(
+                    "GET", requests[i].target, i == failing ? failure : behaviour::answer(requests[i].reply));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCloudFileTree)
+#include "tst_cloudfiletree.moc"
