@@ -30,6 +30,27 @@ size_t numberAfter(const std::string& text, const std::string& mark)
     return at == std::string::npos ? 0 : std::strtoull(text.c_str() + at + mark.size(), nullptr, 10);
 }
 
+/// What a request gets that is not for a blob: the drawing back, as many projects as the target's name asks
+/// for, or something small.
+std::string textFor(const std::string& head, const std::string& body)
+{
+    const size_t begin = body.find("<file>");
+    if (begin != std::string::npos)
+        return "<ConDgn2DwgResult>" + body.substr(begin + 6, body.find("</file>") - begin - 6)
+            + "</ConDgn2DwgResult>";
+
+    std::string items;
+    if (head.find("/getProjectBySoftId?") != std::string::npos) {
+        const size_t count = numberAfter(head, "targetClient=shares");
+        for (size_t i = 0; i < count; ++i)
+            items += (i > 0 ? "," : "") + std::string(R"({"id":)") + std::to_string(i)
+                + R"(,"sourceClient":"bench","projectTitle":"project"})";
+    } else if (head.find("/getByProject?") != std::string::npos) {
+        items = R"({"id":1,"originalName":"plan.dgn"})";
+    }
+    return R"({"code":0,"msg":"ok","data":[)" + items + "]}";
+}
+
 /// Answers one request; false when the connection is at its end.
 bool answer(int socket, std::vector<char>& buffer)
 {
@@ -41,7 +62,11 @@ bool answer(int socket, std::vector<char>& buffer)
             return false;
         head.append(buffer.data(), size_t(got));
     }
+    const bool echoes = head.find("/NrvConRnx.asmx") != std::string::npos;
+    std::string body = echoes ? head.substr(end + 4) : "";
     size_t left = numberAfter(head, "Content-Length: ") - std::min(head.size() - end - 4, head.size());
+    if (echoes)
+        body.reserve(body.size() + left);
     if (head.find("Expect: 100-continue") != std::string::npos)
         sendAll(socket, "HTTP/1.1 100 Continue\r\n\r\n");
     while (left > 0) {
@@ -49,15 +74,16 @@ bool answer(int socket, std::vector<char>& buffer)
         if (got <= 0)
             return false;
         left -= size_t(got);
+        if (echoes)
+            body.append(buffer.data(), size_t(got));
     }
 
     const size_t size = numberAfter(head, "GET /blob/");
-    const std::string json = R"({"code":0,"msg":"ok","data":{"id":42,"name":"site plan"}})";
-    const std::string length = std::to_string(size > 0 ? size : json.size());
+    const std::string text = size > 0 ? "" : textFor(head, body);
+    const std::string length = std::to_string(size > 0 ? size : text.size());
     sendAll(socket,
         "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + length + "\r\n\r\n");
-    if (size == 0)
-        sendAll(socket, json);
+    sendAll(socket, text);
     for (size_t sent = 0; sent < size; sent += buffer.size())
         sendAll(socket, {buffer.data(), std::min(buffer.size(), size - sent)});
     return true;

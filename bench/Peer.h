@@ -4,7 +4,7 @@
 #include <string>
 
 /// Starts the far end of the measurements in a process of its own, so that its memory and its work are not
-/// counted, and returns its base address. It answers a POST, once it has read and thrown away the body, and a
-/// GET of anything but "/blob/SIZE" with a small JSON object, and "/blob/SIZE" with that many bytes. It ends
-/// with the caller.
+/// counted, and returns its base address. It reads a body and throws it away, and answers with a small JSON
+/// object; with SIZE bytes to "/blob/SIZE"; with N projects when those for the software "sharesN" are asked
+/// for; and gives a drawing back to whoever wants it converted. It ends with the caller.
 std::string startPeer();

@@ -4,18 +4,13 @@
 #include "Transfer.h"
 #include "net/HttpRunner.h"
 
-#include <QEventLoop>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
-#include <curl/curl.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -34,13 +29,9 @@ const QTemporaryDir& folder()
             good = good && file.write(block) == block.size();
         return good;
     }();
-    Q_ASSERT(filled);
+    if (!filled)
+        std::abort();
     return made;
-}
-
-QString url(const QString& path)
-{
-    return peerAddress() + path;
 }
 
 void getOurs(benchmark::State& state)
@@ -48,7 +39,7 @@ void getOurs(benchmark::State& state)
     for (auto _ : state) {
         ResultMap result;
         QString error;
-        if (!httpGet(result, error, url("/small"), {}, patience))
+        if (!httpGet(result, error, peerAddress() + "/small", {}, patience))
             state.SkipWithError("failed");
     }
 }
@@ -56,12 +47,7 @@ void getOurs(benchmark::State& state)
 void getByHand(benchmark::State& state)
 {
     for (auto _ : state) {
-        QNetworkAccessManager manager;
-        QNetworkReply* reply = manager.get(QNetworkRequest(QUrl(url("/small"))));
-        QEventLoop loop;
-        QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        loop.exec();
-        if (QJsonDocument::fromJson(reply->readAll()).object().toVariantMap().isEmpty())
+        if (!exchangeByHand(peerAddress() + "/small"))
             state.SkipWithError("failed");
     }
 }
@@ -87,22 +73,9 @@ void uploadOurs(benchmark::State& state)
     transfer(state, [] {
         ResultMap result;
         QString error;
-        return httpPostMultipart(
-            result, error, url("/sink"), {}, {{"projectId", "1"}}, folder().filePath("blob"), patience);
+        return httpPostMultipart(result, error, peerAddress() + "/sink", {}, {{"projectId", "1"}},
+            folder().filePath("blob"), patience);
     });
-}
-
-/// An exchange by libcurl, set up by \a prepare.
-template <typename Prepare>
-bool perform(const QString& address, const Prepare& prepare)
-{
-    CURL* curl = curl_easy_init();
-    const QByteArray text = address.toUtf8();
-    curl_easy_setopt(curl, CURLOPT_URL, text.constData());
-    curl_easy_setopt(curl, CURLOPT_PROXY, "");
-    const bool good = prepare(curl);
-    curl_easy_cleanup(curl);
-    return good;
 }
 
 size_t discard(char*, size_t size, size_t count, void*)
@@ -113,7 +86,7 @@ size_t discard(char*, size_t size, size_t count, void*)
 void uploadCurl(benchmark::State& state)
 {
     transfer(state, [] {
-        return perform(url("/sink"), [](CURL* curl) {
+        return performWithCurl(peerAddress() + "/sink", [](CURL* curl) {
             curl_mime* form = curl_mime_init(curl);
             curl_mimepart* field = curl_mime_addpart(form);
             curl_mime_name(field, "projectId");
@@ -140,14 +113,15 @@ void downloadOurs(benchmark::State& state)
     transfer(state, [] {
         ResultMap unused;
         QString error;
-        return httpGetToFile(unused, error, url(blobPath()), folder().filePath("ours"), {}, patience);
+        return httpGetToFile(
+            unused, error, peerAddress() + blobPath(), folder().filePath("ours"), {}, patience);
     });
 }
 
 void downloadCurl(benchmark::State& state)
 {
     transfer(state, [] {
-        return perform(url(blobPath()), [](CURL* curl) {
+        return performWithCurl(peerAddress() + blobPath(), [](CURL* curl) {
             std::FILE* file = std::fopen(folder().filePath("curl").toUtf8().constData(), "wb");
             curl_easy_setopt(curl, CURLOPT_WRITEDATA, file);
             const bool good = curl_easy_perform(curl) == CURLE_OK;

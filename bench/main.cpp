@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Peer.h"
 #include "Transfer.h"
+#include "support/TestConstants.h"
 
 #include <QCoreApplication>
 #include <QMap>
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -65,8 +67,16 @@ int main(int argc, char* argv[])
         execv("/proc/self/exe", argv);
     }
     address = QString::fromStdString(startPeer());
+    setPlatformAddress(address);
     QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
+    // Several repetitions in mixed order, so that the medians compare although the machine's speed drifts.
+    std::vector<char*> arguments{argv[0], const_cast<char*>("--benchmark_repetitions=5"),
+        const_cast<char*>("--benchmark_enable_random_interleaving=true"),
+        const_cast<char*>("--benchmark_display_aggregates_only=true"),
+        const_cast<char*>("--benchmark_min_time=0.2")};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int count = int(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;

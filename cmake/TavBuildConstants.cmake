@@ -14,7 +14,7 @@ set(TAV_ACCOUNT_CIPHER_KEY "tav-local-key-16" CACHE STRING
     "Key and initialisation vector of the account cipher: 16 printable ASCII characters")
 
 foreach(name TAV_PLATFORM_ADDRESS TAV_CONVERSION_ADDRESS)
-    if(NOT "${${name}}" MATCHES "^https?://[^/]+$")
+    if(NOT "${${name}}" MATCHES "^https?://[^][/ \"\\?#@\t\r\n]+$")
         message(FATAL_ERROR "${name} must be scheme://host:port without a trailing slash, not \"${${name}}\"")
     endif()
 endforeach()
@@ -29,7 +29,7 @@ if(NOT key_length EQUAL 16 OR NOT "${TAV_ACCOUNT_CIPHER_KEY}" MATCHES "^[ -~]+$"
 endif()
 
 # Everybody who reads this file knows these three; a product that ships them has no secret.
-if(CMAKE_BUILD_TYPE STREQUAL "Release")
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT TAV_WITH_BENCH)
     set(published
         "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=" "Bearer tav-local-refresh" "tav-local-key-16")
     foreach(name TAV_CLIENT_CREDENTIAL TAV_REFRESH_BEARER TAV_ACCOUNT_CIPHER_KEY)

@@ -33,4 +33,4 @@ install_packages
 install_node_modules || exit 1
 
 # What one build directory compiled serves the others.
-export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1

@@ -16,8 +16,7 @@ void say(const QString& line)
 
 bool failed(const QString& what, const QString& reason)
 {
-    QTextStream(stderr) << what << ": " << (reason.isEmpty() ? "the file could not be written" : reason)
-                        << '\n';
+    QTextStream(stderr) << what << ": " << (reason.isEmpty() ? "no reason was given" : reason) << '\n';
     return false;
 }
 

@@ -16,7 +16,8 @@ QByteArray password()
     const bool terminal = tcgetattr(STDIN_FILENO, &shown) == 0;
     if (terminal) {
         termios hidden = shown;
-        hidden.c_lflag &= ~tcflag_t(ECHO);
+        // No signals either: an interrupted prompt would leave the terminal without its echo.
+        hidden.c_lflag &= ~tcflag_t(ECHO | ISIG);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
         std::fputs("Password: ", stderr);
     }

@@ -72,7 +72,7 @@ int main(int argc, char* argv[])
 
     CloudAccountLogin* session = CloudAccountLogin::instance();
     const auto reason = [&] { return session->getLastError(); };
-    const QByteArray user = parser.value(userOption).toLocal8Bit();
+    const QByteArray user = parser.value(userOption).toUtf8();
     const QByteArray code = parser.value(codeOption).toLocal8Bit();
     const QByteArray secret = code.isEmpty() ? password() : QByteArray();
     const bool narrated = command->session == Command::Told;

@@ -5,10 +5,9 @@
 #include "crypto/AccountCipher.h"
 #include "net/BuildConstants.h"
 #include "net/HttpRunner.h"
+#include "net/ReplyEnvelope.h"
 
 namespace {
-
-constexpr double timeoutMs = 5000.0;
 
 QString enciphered(const char* password)
 {
@@ -72,20 +71,15 @@ bool CloudAccountLogin::getLoginState() const
 /// Whether the platform took the request: \a sent, and answered with code 0 or none.
 bool CloudAccountLogin::accepted(bool sent, const QMap<QString, QVariant>& reply)
 {
-    if (!sent)
-        return false;
-    if (reply.value(QStringLiteral("code")).toInt() == 0)
-        return true;
-    lastError = reply.value(QStringLiteral("msg")).toString();
-    return false;
+    return sent && checkCode(reply, lastError);
 }
 
 /// Takes over what a token reply says of the session.
 void CloudAccountLogin::signIn(const QMap<QString, QVariant>& reply)
 {
     loginState = true;
-    token = reply.value(QStringLiteral("access_token")).toString();
-    refreshToken = reply.value(QStringLiteral("refresh_token")).toString();
+    token = replyText(reply, "access_token");
+    refreshToken = replyText(reply, "refresh_token");
     userName = reply.value(QStringLiteral("user_info")).toMap().value(QStringLiteral("username")).toString();
 }
 
@@ -99,7 +93,7 @@ bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordT
         {"Authorization", clientCredential()}, {"Content-Type", "application/x-www-form-urlencoded"}};
     ResultMap reply;
     if (!accepted(httpPost(reply, lastError, url + "/auth/oauth/token?grant_type=password", headers,
-                      body.toLocal8Bit(), timeoutMs),
+                      body.toLocal8Bit(), platformTimeoutMs),
             reply))
         return false;
     signIn(reply);
@@ -111,12 +105,12 @@ bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordT
 bool CloudAccountLogin::verify(const QString& path, const char* target)
 {
     ResultMap reply;
-    if (!httpGet(reply, lastError, url + path + QString::fromLocal8Bit(target), {}, timeoutMs))
+    if (!httpGet(reply, lastError, url + path + QString::fromLocal8Bit(target), {}, platformTimeoutMs))
         return false;
     if (reply.value(QStringLiteral("code"), 1).toInt() == 0
         && reply.value(QStringLiteral("data"), true).toBool())
         return true;
-    lastError = reply.value(QStringLiteral("msg")).toString();
+    lastError = replyText(reply, "msg");
     return false;
 }
 
@@ -148,7 +142,7 @@ bool CloudAccountLogin::phoneLoginAccount(const char* account, const char* code)
         "mobile=" + kind + mobile + "&code=" + QString::fromLocal8Bit(code) + "&grant_type=mobile";
     ResultMap reply;
     if (!accepted(httpPost(reply, lastError, url + "/auth/mobile/token/sms?" + query,
-                      {{"Authorization", clientCredential()}}, QByteArray(), timeoutMs),
+                      {{"Authorization", clientCredential()}}, QByteArray(), platformTimeoutMs),
             reply))
         return false;
     signIn(reply);
@@ -159,8 +153,8 @@ bool CloudAccountLogin::phoneLoginAccount(const char* account, const char* code)
 bool CloudAccountLogin::registered(const QString& path, const QMap<QString, QVariant>& fields)
 {
     ResultMap reply;
-    const bool sent = httpPostMultipart(
-        reply, lastError, url + path, {{"Authorization", clientCredential()}}, fields, QString(), timeoutMs);
+    const bool sent = httpPostMultipart(reply, lastError, url + path, {{"Authorization", clientCredential()}},
+        fields, QString(), platformTimeoutMs);
     if (accepted(sent, reply))
         return true;
     // The platform's database speaks here; say what it means. The text is the same for an e-mail address.
@@ -192,7 +186,7 @@ bool CloudAccountLogin::resetPassword(const char* phone, const char* newPassword
         + "&password=" + formValue(enciphered(newPassword)).toLatin1() + "&smscode=" + smsCode;
     ResultMap reply;
     return accepted(httpPost(reply, lastError, url + "/admin/api/user/resetpw",
-                        {{"Authorization", clientCredential()}}, body, timeoutMs),
+                        {{"Authorization", clientCredential()}}, body, platformTimeoutMs),
         reply);
 }
 
@@ -204,7 +198,7 @@ bool CloudAccountLogin::logout()
         return false;
     ResultMap reply;
     if (!accepted(httpDelete(reply, lastError, url + "/auth/token/logout",
-                      {{"Authorization", "Bearer " + token}}, timeoutMs),
+                      {{"Authorization", "Bearer " + token}}, platformTimeoutMs),
             reply))
         return false;
     loginState = false;

@@ -19,8 +19,9 @@
 /// for at most 5000 ms a request, in an event loop that holds user input back but keeps timers and painting
 /// alive.
 ///
-/// Text arguments are zero-terminated byte strings in the local 8-bit encoding; a null pointer counts as
-/// empty. Passwords leave the process enciphered only and are never logged.
+/// Text arguments are zero-terminated byte strings in the local 8-bit encoding, but for the user name of
+/// userLoginAccount(), which is UTF-8; a null pointer counts as empty. Passwords leave the process enciphered
+/// only and are never logged.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudAccountLogin
 {
     Q_DECLARE_TR_FUNCTIONS(CloudAccountLogin)
@@ -48,7 +49,7 @@ public:
     /// Whether a user is signed in. A failed sign-in does not sign out who was signed in before.
     bool getLoginState() const;
 
-    /// Signs in with a user name (UTF-8, sent as it is) and a password.
+    /// Signs in with a user name (UTF-8) and a password. The name goes into a form body unescaped.
     /// Writes the tokens, the user name and the login state on success; what was typed is kept either way.
     bool userLoginAccount(const char* userName, const char* password);
 

@@ -6,9 +6,9 @@ bool CloudFileManger::SearchAddressBookList(QList<CloudAddressBookInfo>& list)
     ResultMap reply;
     if (!d->get("/project/cloudAddressBook/list", QString(), reply))
         return false;
-    for (const QVariantMap& item : listed(reply, {"friendUser", "friendPhone"}))
-        list.append({text(item, "id"), text(item, "friendUser"), text(item, "friendPhone"),
-            text(item, "friendRemark"), text(item, "friendUnit")});
+    for (const QVariantMap& item : replyList(reply, {"friendUser", "friendPhone"}))
+        list.append({replyText(item, "id"), replyText(item, "friendUser"), replyText(item, "friendPhone"),
+            replyText(item, "friendRemark"), replyText(item, "friendUnit")});
     return true;
 }
 

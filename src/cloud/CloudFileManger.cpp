@@ -1,18 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
 
-#include "net/ReplyEnvelope.h"
-
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include <algorithm>
-
-namespace {
-
-constexpr double timeoutMs = 5000.0;
-
-} // namespace
 
 CloudFileManger::CloudFileManger(QString baseAddress, QString accessToken, QString third, QString softName,
     QStringList shareSourceSoft, QString backupSuffix, QString projectName, QString projectId)
@@ -105,7 +95,7 @@ bool CloudFileManger::Private::get(const QString& path, const QString& query, Re
 {
     const auto kept = shared_from_this();
     lastError.clear();
-    return httpGet(reply, lastError, address(path, query), bearer(), timeoutMs)
+    return httpGet(reply, lastError, address(path, query), bearer(), platformTimeoutMs)
         && checkReply(reply, lastError);
 }
 
@@ -120,7 +110,7 @@ bool CloudFileManger::Private::remove(const QString& path, const QString& query)
     const auto kept = shared_from_this();
     lastError.clear();
     ResultMap reply;
-    return httpDelete(reply, lastError, address(path, query), bearer(), timeoutMs)
+    return httpDelete(reply, lastError, address(path, query), bearer(), platformTimeoutMs)
         && checkReply(reply, lastError);
 }
 
@@ -132,7 +122,7 @@ bool CloudFileManger::Private::postJson(const QString& path, const QVariantMap& 
     headers["Content-Type"] = "application/json";
     const QByteArray body = QJsonDocument(QJsonObject::fromVariantMap(object)).toJson(QJsonDocument::Compact);
     ResultMap reply;
-    return httpPost(reply, lastError, address(path, QString()), headers, body, timeoutMs)
+    return httpPost(reply, lastError, address(path, QString()), headers, body, platformTimeoutMs)
         && checkReply(reply, lastError);
 }
 
@@ -141,7 +131,7 @@ bool CloudFileManger::Private::download(const QString& path, const QString& quer
     const auto kept = shared_from_this();
     lastError.clear();
     ResultMap reply;
-    return httpGetToFile(reply, lastError, address(path, query), savePath, bearer(), timeoutMs)
+    return httpGetToFile(reply, lastError, address(path, query), savePath, bearer(), platformTimeoutMs)
         && checkReply(reply, lastError);
 }
 
@@ -151,7 +141,7 @@ bool CloudFileManger::Private::postUnjudged(
     const auto kept = shared_from_this();
     lastError.clear();
     return httpPostMultipart(
-        reply, lastError, address(path, QString()), bearer(), fields, filePath, timeoutMs);
+        reply, lastError, address(path, QString()), bearer(), fields, filePath, platformTimeoutMs);
 }
 
 bool CloudFileManger::Private::postForm(
@@ -165,21 +155,4 @@ bool CloudFileManger::Private::postForm(const QString& path, const Fields& field
 {
     ResultMap reply;
     return postForm(path, fields, reply, filePath);
-}
-
-QString text(const QVariantMap& item, const char* key)
-{
-    return item.value(QLatin1String(key)).toString();
-}
-
-QList<QVariantMap> listed(const ResultMap& reply, std::initializer_list<const char*> required)
-{
-    QList<QVariantMap> items;
-    for (const QVariant& element : reply.value(QStringLiteral("data")).toList()) {
-        const QVariantMap item = element.toMap();
-        if (std::none_of(required.begin(), required.end(),
-                [&](const char* key) { return item.value(QLatin1String(key)).isNull(); }))
-            items.append(item);
-    }
-    return items;
 }

@@ -20,8 +20,9 @@ class ITreeElement;
 ///
 /// The operations send one request each and return true on success; after false the reason is in
 /// getLastError(): the platform's own text, "网络错误:code(text)", "连接超时" (no complete reply within 5000
-/// ms) or "返回值解析失败" (no usable reply). Each empties the last error before it sends. Out-arguments are
-/// written on success only; listings append to the caller's container without emptying it.
+/// ms) or "返回值解析失败" (no usable reply); empty where the platform gave no reason. Each empties the last
+/// error before it sends. Out-arguments are written on success only; listings append to the caller's
+/// container without emptying it.
 ///
 /// Threads: one object is for the GUI thread only. An operation blocks it for at most 5000 ms, in an event
 /// loop that holds user input back but keeps timers and painting alive. The client may be destroyed from a
@@ -207,9 +208,9 @@ public:
     /// that shares. Every node has the attribute "type" ("0" folder, "1" file); a file has "projectId", a
     /// shared one "fileId" too.
     ///
-    /// Never null: a request that fails leaves its branch empty and its text in getLastError(). It sends one
-    /// request for the backups, one for each share source, one for this software itself if it has a name, and
-    /// one for each shared project, one after another, each of at most 5000 ms.
+    /// Never null: a request that fails leaves its branch empty. getLastError() then tells of the last
+    /// request only. It sends one request for the backups, one for each share source, one for this software
+    /// itself if it has a name, and one for each shared project, one after another, each of at most 5000 ms.
     ITreeElement* getFileTree();
 
 private:

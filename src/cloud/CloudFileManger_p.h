@@ -3,6 +3,7 @@
 
 #include "cloud/CloudFileManger.h"
 #include "net/HttpRunner.h"
+#include "net/ReplyEnvelope.h"
 
 #include <QList>
 #include <QVariant>
@@ -48,9 +49,3 @@ private:
     QString address(const QString& path, const QString& query) const;
     HeaderMap bearer() const;
 };
-
-/// The value of \a key in \a item as text; a number arrives as its decimal text.
-QString text(const QVariantMap& item, const char* key);
-
-/// The objects in the reply's "data" list that have every one of \a required, neither missing nor null.
-QList<QVariantMap> listed(const ResultMap& reply, std::initializer_list<const char*> required);

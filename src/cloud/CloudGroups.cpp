@@ -16,9 +16,9 @@ bool CloudFileManger::SearchGroup(QList<CloudGroupInfo>& groups)
     ResultMap reply;
     if (!d->get("/project/cloudProjectGroupUser/listUserGroups", QString(), reply))
         return false;
-    for (const QVariantMap& item : listed(reply, {"id", "groupName", "createUser"}))
-        groups.append(
-            {text(item, "id"), text(item, "groupName"), text(item, "createUser"), text(item, "inviteCode")});
+    for (const QVariantMap& item : replyList(reply, {"id", "groupName", "createUser"}))
+        groups.append({replyText(item, "id"), replyText(item, "groupName"), replyText(item, "createUser"),
+            replyText(item, "inviteCode")});
     return true;
 }
 
@@ -27,8 +27,8 @@ bool CloudFileManger::SearchGroupMember(QString groupId, QVector<CloudGroupMembe
     ResultMap reply;
     if (!d->get("/project/cloudProjectGroupUser/listGroupUsers", "groupId=" + groupId, reply))
         return false;
-    for (const QVariantMap& item : listed(reply, {"id", "groupId", "username"}))
-        members.append({text(item, "id"), text(item, "groupId"), text(item, "username"),
+    for (const QVariantMap& item : replyList(reply, {"id", "groupId", "username"}))
+        members.append({replyText(item, "id"), replyText(item, "groupId"), replyText(item, "username"),
             item.value(QStringLiteral("adminFlag")).toInt()});
     return true;
 }
@@ -38,7 +38,7 @@ bool CloudFileManger::GetInviteCode(QString groupId, QString& inviteCode)
     ResultMap reply;
     if (!d->get("/project/cloudProjectGroupUser/getInviteCode", "groupId=" + groupId, reply))
         return false;
-    inviteCode = text(reply, "data");
+    inviteCode = replyText(reply, "data");
     return true;
 }
 

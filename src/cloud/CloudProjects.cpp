@@ -9,11 +9,9 @@ bool CloudFileManger::AddCloudProInfo(QString title, QString description)
             {{"sourceClient", kept->softName}, {"projectTitle", title}, {"description", description}}, reply))
         return false;
     // The one project reply whose only success is code 0: 200 would come without an id.
-    if (reply.value(QStringLiteral("code")).toInt() != 0) {
-        kept->lastError = text(reply, "msg");
+    if (!checkCode(reply, kept->lastError))
         return false;
-    }
-    kept->projectId = text(reply, "data");
+    kept->projectId = replyText(reply, "data");
     return true;
 }
 
@@ -32,10 +30,10 @@ bool CloudFileManger::getAllCloudProjectBackup()
     if (!kept->get("/project/cloudProjectBackup/getProjectList", "sourceClient=" + kept->softName, reply))
         return false;
     kept->projectMap.clear();
-    for (const QVariantMap& item : listed(reply, {"id", "sourceClient"})) {
-        const QString id = text(item, "id");
+    for (const QVariantMap& item : replyList(reply, {"id", "sourceClient"})) {
+        const QString id = replyText(item, "id");
         kept->projectMap[id] = {
-            id, text(item, "projectTitle"), text(item, "sourceClient"), QString(), QString()};
+            id, replyText(item, "projectTitle"), replyText(item, "sourceClient"), QString(), QString()};
     }
     return true;
 }

@@ -32,7 +32,7 @@ bool CloudFileManger::CloudShareAnonymous(QString logicalIds, QString& extractio
     if (!d->postForm(
             "/project/cloudProjectShare/toAnonymous", d->shareFields(logicalIds, durationHours), reply))
         return false;
-    extractionCode = text(reply, "data");
+    extractionCode = replyText(reply, "data");
     return true;
 }
 
@@ -74,10 +74,10 @@ bool CloudFileManger::getShareProjectFromPlatform(QString sourceClient)
             "sourceClient=" + sourceClient + "&targetClient=" + kept->softName, reply))
         return false;
     QMap<QString, ShareProjectInfo> projects;
-    for (const QVariantMap& item : listed(reply, {"id", "sourceClient"})) {
-        const QString id = text(item, "id");
-        projects[id] = {id, text(item, "projectTitle"), text(item, "sourceClient"), kept->softName,
-            text(item, "description")};
+    for (const QVariantMap& item : replyList(reply, {"id", "sourceClient"})) {
+        const QString id = replyText(item, "id");
+        projects[id] = {id, replyText(item, "projectTitle"), replyText(item, "sourceClient"), kept->softName,
+            replyText(item, "description")};
     }
     kept->foreignProjectMap[sourceClient] = projects;
     return true;
@@ -91,7 +91,7 @@ bool CloudFileManger::getShareProjectInfoById2(
     if (!d->get("/project/cloudProjectShare/getByProject",
             "projectId=" + projectId + "&sourceClient=" + sourceClient, reply))
         return false;
-    for (const QVariantMap& item : listed(reply, {"originalName"}))
-        files[text(item, "id")] = text(item, "originalName");
+    for (const QVariantMap& item : replyList(reply, {"originalName"}))
+        files[replyText(item, "id")] = replyText(item, "originalName");
     return true;
 }

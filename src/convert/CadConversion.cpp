@@ -22,9 +22,16 @@ void appendDrawing(QByteArray& body, const QString& path)
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > limit)
         return;
-    body.reserve(int(body.size() + file.size() / 3 * 4 + 200));
-    for (QByteArray bytes = file.read(block); !bytes.isEmpty(); bytes = file.read(block))
+    const int before = body.size();
+    body.reserve(int(before + file.size() / 3 * 4 + 200));
+    qint64 done = 0;
+    for (QByteArray bytes = file.read(block); !bytes.isEmpty(); bytes = file.read(block)) {
+        done += bytes.size();
         body += bytes.toBase64();
+    }
+    // Half a drawing might convert to half a result.
+    if (done != file.size())
+        body.truncate(before);
 }
 
 /// The request as the service expects it, its odd spaces included.
@@ -47,6 +54,10 @@ QByteArray decoded(QByteArray text)
         if (text.contains(space))
             text.replace(space, "");
     }
+    // The decoder does not mind a text that ends within a group of four; to us it means that something is
+    // missing.
+    if (text.size() % 4 != 0)
+        return QByteArray();
     const auto result =
         QByteArray::fromBase64Encoding(std::move(text), QByteArray::AbortOnBase64DecodingErrors);
     return result ? *result : QByteArray();

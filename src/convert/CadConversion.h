@@ -21,14 +21,12 @@
 /// Call them on the thread of the application object.
 
 /// Converts the DGN drawing \a path to DWG.
-/// \param path         the drawing; on success the path of the result
-/// \param error        receives the reason of a failure
-/// \param outLocation  empty: the result stands beside the drawing, ".dgn" in \a path replaced by ".dwg" (a
-/// path
-///                     without ".dgn" in lower case keeps its name, and the result takes the drawing's
-///                     place). Otherwise the result goes into the folder that contains \a outLocation (for a
-///                     folder named with a trailing "/": that folder), named after the drawing up to its
-///                     first ".", plus ".dwg".
+/// \param path the drawing; on success the path of the result
+/// \param error receives the reason of a failure
+/// \param outLocation Empty: the result stands beside the drawing, every ".dgn" in \a path replaced by
+/// ".dwg". Mind that a path without ".dgn" in lower case keeps its name, so that the result takes the
+/// drawing's place. Not empty: the result goes into the folder that contains \a outLocation (a folder named
+/// with a trailing "/" is itself meant), named after the drawing up to its first ".", plus ".dwg".
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(QString& path, QString& error, QString outLocation);
 
 /// Converts the DWG drawing \a inPath to DGN and writes exactly \a outPath. A failure is also sent to the

@@ -254,6 +254,7 @@ void QAESEncryption::cipher(const QByteArray& schedule, Byte* block)
     subBytes();
     shiftRows();
     addRoundKey(schedule, nr);
+    state = nullptr;
 }
 
 void QAESEncryption::invCipher(const QByteArray& schedule, Byte* block)
@@ -269,6 +270,7 @@ void QAESEncryption::invCipher(const QByteArray& schedule, Byte* block)
     invShiftRows();
     invSubBytes();
     addRoundKey(schedule, 0);
+    state = nullptr;
 }
 
 QByteArray QAESEncryption::encode(const QByteArray& rawText, const QByteArray& key, const QByteArray& iv)

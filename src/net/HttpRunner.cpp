@@ -75,9 +75,13 @@ bool waitFor(QNetworkReply& reply, double timeoutMs, Waiting waiting)
 {
     if (reply.isFinished())
         return true;
+    // Kept apart from the timer: in a nested call time can go by after the reply has come.
+    bool timedOut = false;
     QTimer timer;
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, [&] { timedOut = true; });
+    QObject::connect(&reply, &QNetworkReply::finished, &timer, &QTimer::stop);
     timer.start(int(std::clamp(timeoutMs, 0.0, double(std::numeric_limits<int>::max()))));
 
     if (waiting == Waiting::InDialog && qobject_cast<QApplication*>(QCoreApplication::instance())) {
@@ -91,7 +95,7 @@ bool waitFor(QNetworkReply& reply, double timeoutMs, Waiting waiting)
         QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
-    return timer.isActive() && reply.isFinished();
+    return !timedOut && reply.isFinished();
 }
 
 /// The one road for every request. True when the exchange ended in time; \a judge then decides, with the
@@ -145,7 +149,7 @@ bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
     });
 }
 
-/// An exchange that sends \a body by \a verb; the content type of the body stands unless the caller named
+/// An exchange that sends \a body by \a verb.
 /// one.
 Exchange sending(QNetworkReply* (QNetworkAccessManager::*verb)(const QNetworkRequest&, QIODevice*),
     RequestBody& body, const QString& url, const HeaderMap& headers, double timeoutMs)
@@ -180,6 +184,8 @@ bool httpGetToFile(
     exchange.readAhead = downloadWindow;
     FileReader reader(savePath);
     return run(exchange, error, reader, [&](const QNetworkReply& reply) {
+        if (reader.hasFailed())
+            return false;
         return reader.hasWholeBody(reply) ? reader.commit() : unusable(error);
     });
 }

@@ -24,6 +24,9 @@
 ///
 /// The calling thread must own the event loop of a QCoreApplication. No state survives a call.
 
+/// The time-out of every request to the platform, in milliseconds.
+constexpr double platformTimeoutMs = 5000.0;
+
 using HeaderMap = QMap<QString, QVariant>;
 using ResultMap = QMap<QString, QVariant>;
 

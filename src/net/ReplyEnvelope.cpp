@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "net/ReplyEnvelope.h"
 
+#include <algorithm>
+
 bool checkReply(QMap<QString, QVariant> reply, QString& error)
 {
     if (error == connectionTimedOut() || error == replyUnusable())
@@ -30,4 +32,30 @@ bool checkReply(QMap<QString, QVariant> reply, QString& error)
         return true;
     error = message;
     return false;
+}
+
+bool checkCode(const QMap<QString, QVariant>& reply, QString& error)
+{
+    if (reply.value(QStringLiteral("code")).toInt() == 0)
+        return true;
+    error = replyText(reply, "msg");
+    return false;
+}
+
+QString replyText(const QMap<QString, QVariant>& object, const char* key)
+{
+    return object.value(QLatin1String(key)).toString();
+}
+
+QList<QVariantMap> replyList(
+    const QMap<QString, QVariant>& reply, std::initializer_list<const char*> required)
+{
+    QList<QVariantMap> items;
+    for (const QVariant& element : reply.value(QStringLiteral("data")).toList()) {
+        const QVariantMap item = element.toMap();
+        if (std::none_of(required.begin(), required.end(),
+                [&](const char* key) { return item.value(QLatin1String(key)).isNull(); }))
+            items.append(item);
+    }
+    return items;
 }

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QVariant>
+
+#include <initializer_list>
 
 /// The two texts that a request ends with when there is no reply to judge.
 inline QString connectionTimedOut()
@@ -19,3 +22,14 @@ inline QString replyUnusable()
 /// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves \a
 /// error as it was. A transport text that already stands in \a error is kept, and the reply is not looked at.
 bool checkReply(QMap<QString, QVariant> reply, QString& error);
+
+/// The simpler judgement of the account replies: true when "code" is 0 or missing; otherwise \a error becomes
+/// "msg".
+bool checkCode(const QMap<QString, QVariant>& reply, QString& error);
+
+/// The value of \a key as text; a number arrives as its decimal text, a missing value as the empty one.
+QString replyText(const QMap<QString, QVariant>& object, const char* key);
+
+/// The objects in the reply's "data" list that have every one of \a required, neither missing nor null.
+QList<QVariantMap> replyList(
+    const QMap<QString, QVariant>& reply, std::initializer_list<const char*> required);

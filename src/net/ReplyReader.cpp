@@ -3,6 +3,19 @@
 
 #include <QNetworkReply>
 
+namespace {
+
+/// Whether the body of \a reply is a file: an error's is not, nor a part of one, nor one packed without being
+/// asked.
+bool bringsWholeFile(const QNetworkReply& reply)
+{
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const QByteArray encoding = reply.rawHeader("Content-Encoding");
+    return status / 100 == 2 && status != 206 && (encoding.isEmpty() || encoding == "identity");
+}
+
+} // namespace
+
 bool BodyReader::take(QNetworkReply& reply)
 {
     tooLarge = tooLarge || reply.bytesAvailable() > limit - bytes.size();
@@ -15,9 +28,8 @@ bool BodyReader::take(QNetworkReply& reply)
 
 bool FileReader::take(QNetworkReply& reply)
 {
-    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     const QByteArray chunk = reply.readAll();
-    if (status / 100 != 2 || chunk.isEmpty())
+    if (chunk.isEmpty() || !bringsWholeFile(reply))
         return true;
     received += chunk.size();
     if (state == State::Empty)
@@ -29,9 +41,6 @@ bool FileReader::take(QNetworkReply& reply)
 
 bool FileReader::hasWholeBody(const QNetworkReply& reply) const
 {
-    // Nothing more is wanted of a reply that was given up here.
-    if (state == State::Failed)
-        return true;
     const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
     if (length.isValid() && length.toLongLong() != received)
         return false;

@@ -46,7 +46,9 @@ public:
     {
     }
     bool take(QNetworkReply& reply) override;
-    /// Whether a 2xx reply's body has come, and all of it.
+    /// Whether the file could not be written; nothing more was taken then.
+    bool hasFailed() const { return state == State::Failed; }
+    /// Whether a file's bytes have come, and all of them, as far as the peer told how many.
     bool hasWholeBody(const QNetworkReply& reply) const;
     /// Puts the file in place; false, with the old file untouched, if anything was not written.
     bool commit();

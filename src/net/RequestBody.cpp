@@ -62,7 +62,7 @@ void RequestBody::describeIn(QNetworkRequest& request) const
 {
     if (!boundary.isEmpty())
         request.setHeader(QNetworkRequest::ContentTypeHeader, "multipart/form-data; boundary=" + boundary);
-    else if (!head.isEmpty() && !request.hasRawHeader("Content-Type"))
+    else if ((!head.isEmpty() || request.url().hasQuery()) && !request.hasRawHeader("Content-Type"))
         request.setHeader(
             QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/x-www-form-urlencoded"));
 }

@@ -10,7 +10,7 @@
 
 class QNetworkRequest;
 
-/// What a POST or PUT sends: bytes, and for an upload the bytes of a file between them, read from disk as
+/// The body of a request: bytes, and for an upload the bytes of a file between them, read from disk as
 /// they are needed. The length is fixed when the body is made.
 ///
 /// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when

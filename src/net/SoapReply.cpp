@@ -2,6 +2,7 @@
 #include "net/SoapReply.h"
 
 #include <algorithm>
+#include <cctype>
 
 /// Works on bytes and without a parser: the text may be a hundred megabytes, and the service's element is
 /// known.
@@ -22,8 +23,12 @@ QByteArray conversionResult(QByteArray body)
         int end = body.lastIndexOf("</", closing - 1);
         if (end < begin)
             end = closing - 2;
-        const bool attributes = begin < end && (body[begin] == ' ' || body[begin] == '\n');
-        begin = attributes ? body.indexOf('>', begin) + 1 : begin + 1;
+        if (begin < end && std::isspace(static_cast<unsigned char>(body[begin]))) {
+            begin = body.indexOf('>', begin);
+            if (begin < 0 || begin >= end)
+                return QByteArray();
+        }
+        ++begin;
         body.truncate(std::max(begin, end));
         return body.remove(0, begin);
     }

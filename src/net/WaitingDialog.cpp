@@ -10,4 +10,6 @@ WaitingDialog::WaitingDialog()
     setRange(0, 0);
     setCancelButton(nullptr);
     setWindowTitle(tr("Waiting"));
+    // It may be the only window there is; its end must not be the application's.
+    setAttribute(Qt::WA_QuitOnClose, false);
 }

@@ -3,7 +3,8 @@
 
 #include <QProgressDialog>
 
-/// The modal busy dialog of a long exchange. It has no cancel button; it ends with the exchange.
+/// The modal busy dialog of a long exchange, which closes it. It has no cancel button; Escape gives the
+/// exchange up.
 class WaitingDialog : public QProgressDialog
 {
     Q_OBJECT

@@ -51,11 +51,11 @@ DisabledWhile::DisabledWhile(QWidget* target)
 {
     if (!widget)
         return;
-    const bool hadFocus = widget->window()->focusWidget() == widget;
+    hadFocus = widget->window()->focusWidget() == widget;
     wasEnabled = widget->isEnabled();
-    widget->setEnabled(false);
     if (hadFocus)
-        focusMovedTo = widget->window()->focusWidget();
+        widget->clearFocus();
+    widget->setEnabled(false);
 }
 
 DisabledWhile::~DisabledWhile()
@@ -63,7 +63,7 @@ DisabledWhile::~DisabledWhile()
     if (!widget || !wasEnabled)
         return;
     widget->setEnabled(true);
-    if (focusMovedTo && widget->window()->focusWidget() == focusMovedTo)
+    if (hadFocus && !widget->window()->focusWidget())
         widget->setFocus();
 }
 

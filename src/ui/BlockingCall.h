@@ -20,8 +20,8 @@ public:
 
 private:
     QPointer<QWidget> widget;
-    QPointer<QWidget> focusMovedTo;
     bool wasEnabled = false;
+    bool hadFocus = false;
 };
 
 /// How a request ended.

@@ -11,6 +11,9 @@ class QLocale;
 /// Whatever an earlier call installed is taken out first, also when there is no catalogue for \a locale: the
 /// texts are then English. Dialogs take their texts when they are built, so call this before.
 ///
+/// The buttons of message boxes speak with Qt's own catalogue (qtbase_zh_CN), which is for the host to
+/// install.
+///
 /// The translator belongs to the module and goes with the application object. GUI thread only, with an
 /// application object in place; does not block.
 ///

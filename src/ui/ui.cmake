@@ -1,8 +1,6 @@
 # SPDX-License-Identifier: MIT
 # The dialogs, their icons and their translations. Included from src/CMakeLists.txt, not a directory of its own: a
 # generated file belongs to the targets of its directory only.
-find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools)
-
 set(ui_public_headers
     ui/Translation.h
     ui/account/DlgLoginCloundPlatform.h

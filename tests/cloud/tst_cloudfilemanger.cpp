@@ -4,10 +4,10 @@
 #include "support/MultipartForm.h"
 #include "support/PublicOperations.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -354,12 +354,10 @@ private slots:
             ScriptedPeer peer;
             auto made = std::make_unique<Client>(client(peer));
             peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
-                if (c.readHead() && c.readBody()) {
-                    c.pause(100);
-                    c.send(behaviour::response(reply));
-                }
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(), [&made] { made.reset(); }, Qt::BlockingQueuedConnection);
+                behaviour::answer(reply)(c);
             });
-            QTimer::singleShot(30, [&] { made.reset(); });
             operation.call(*made); // its result is nobody's any more
             QVERIFY(!made);
         }

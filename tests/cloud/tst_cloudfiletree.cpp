@@ -266,7 +266,8 @@ private slots:
             peer.expect(
                 "GET", requests[i].target, i != during ? answer : [&made, answer](PeerConnection& c) {
                     QMetaObject::invokeMethod(
-                        qApp, [&made] { made.reset(); }, Qt::BlockingQueuedConnection);
+                        QCoreApplication::instance(), [&made] { made.reset(); },
+                        Qt::BlockingQueuedConnection);
                     answer(c);
                 });
         }

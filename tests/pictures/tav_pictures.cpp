@@ -21,6 +21,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPainter>
@@ -29,6 +30,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -84,7 +86,9 @@ public:
     void shoot(QWidget& window, const QString& name) const
     {
         window.show();
-        QTest::qWaitForWindowExposed(&window);
+        window.activateWindow();
+        if (!QTest::qWaitForWindowExposed(&window))
+            qFatal("%s does not come up.", qPrintable(name));
         QCoreApplication::processEvents();
         save(framed(window), name);
     }
@@ -161,6 +165,10 @@ void shootLogin(const Album& album, ScriptedPeer& peer)
     DlgLoginCloundPlatform fresh;
     fresh.findChild<QTabWidget*>()->setCurrentIndex(1);
     album.shoot(fresh, "login-password-empty");
+    for (QPushButton* button : fresh.findChildren<QPushButton*>())
+        if (button->text() == tr("Forget the password"))
+            button->setFocus(Qt::TabFocusReason);
+    album.shoot(fresh, "login-link-focused");
 
     const auto enciphered = [](const char* word) {
         return aesEncryptText(word, accountCipherKey(), accountCipherKey());
@@ -245,9 +253,13 @@ int main(int argc, char* argv[])
 
     ScriptedPeer peer;
     setPlatformAddress(peer.address());
+    QTranslator buttons;
     const QPalette light = QApplication::palette();
     for (const QLocale& language : {QLocale("en_US"), QLocale("zh_CN")}) {
         installCloudPlatformTranslation(language);
+        // Not all machines have Qt's own catalogues; the boxes' buttons are then English.
+        if (buttons.load(language, "qtbase", "_", QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+            QCoreApplication::installTranslator(&buttons);
         for (const bool dark : {false, true}) {
             QApplication::setPalette(dark ? darkPalette() : light);
             const Album album(folder, language.name().left(2) + (dark ? "-dark-" : "-"));

@@ -95,16 +95,20 @@ void readAccountFile(RememberedAccounts& accounts)
 
 void writeAccountFile(const RememberedAccounts& accounts)
 {
-    QSaveFile file(filePath());
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
-        return;
-    QDataStream stream(&file);
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream << fileMagic << fileVersion;
     stream.setVersion(streamVersion);
     writeTexts(stream, accounts.userNames);
     writeTexts(stream, accounts.passwords);
     writeTexts(stream, accounts.rememberFlags);
-    if (stream.status() != QDataStream::Ok)
+
+    QSaveFile file(filePath());
+    // With a buffer, a write that stops half way on a full disk would pass for a whole one.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
+        return;
+    if (file.write(bytes) != bytes.size())
         file.cancelWriting();
     file.commit();
 }

@@ -10,6 +10,7 @@
 #include "ui/account/UserNameLoginWidget.h"
 
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -22,14 +23,35 @@ enum Tab
     PasswordTab
 };
 
-void makeLink(QPushButton* button)
+/// A button that looks like a link.
+class LinkButton : public QPushButton
 {
-    QFont font = button->font();
-    font.setUnderline(true);
-    button->setFont(font);
-    button->setStyleSheet(QStringLiteral("background:transparent;color:blue;margin:0;padding:0;"));
-    button->setFlat(true);
-}
+public:
+    explicit LinkButton(const QString& text)
+        : QPushButton(text)
+    {
+        QFont underlined = font();
+        underlined.setUnderline(true);
+        setFont(underlined);
+        // Plain blue cannot be read on a dark window.
+        const bool dark = palette().color(QPalette::Window).lightness() < 128;
+        setStyleSheet(QStringLiteral("background:transparent;color:%1;margin:0;padding:0;")
+                          .arg(dark ? "lightskyblue" : "blue"));
+        setFlat(true);
+    }
+
+protected:
+    /// The style sheet leaves a focused button without a mark.
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPushButton::paintEvent(event);
+        if (!hasFocus())
+            return;
+        QPainter painter(this);
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+};
 
 /// Runs a dialog of ours on top of \a parent; false as well when both went meanwhile.
 template <class SubDialog>
@@ -58,11 +80,9 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     tabs->addTab(phonePage, tr("Login by verification"));
     tabs->addTab(passwordPage, tr("Login by password"));
 
-    auto* registerButton = new QPushButton(tr("User registration"));
-    auto* forgottenButton = new QPushButton(tr("Forget the password"));
+    auto* registerButton = new LinkButton(tr("User registration"));
+    auto* forgottenButton = new LinkButton(tr("Forget the password"));
     auto* exitButton = new QPushButton(tr("Exit"));
-    makeLink(registerButton);
-    makeLink(forgottenButton);
     loginButton->setDefault(true);
 
     auto* buttons = new QHBoxLayout;

@@ -4,8 +4,19 @@
 #include <QDialog>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+namespace {
+
+/// How wide a field must be to show \a text; the two letters more are for its frame.
+int textWidth(const QWidget* field, const QString& text)
+{
+    return field->fontMetrics().horizontalAdvance(text + "MM");
+}
+
+} // namespace
 
 void FieldGrid::addRow(const QString& label, QWidget* content, QWidget* beside)
 {
@@ -26,11 +37,17 @@ void FieldGrid::addField(const QString& label, QWidget* field, QWidget* beside)
 {
     addRow(label, field, beside);
     field->setAccessibleName(QString(label).remove(':'));
+    field->setMinimumWidth(textWidth(field, "0000000000"));
+    if (const auto* edit = qobject_cast<QLineEdit*>(field))
+        field->setMinimumWidth(qMax(field->minimumWidth(), textWidth(field, edit->placeholderText())));
 }
 
 void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton* leave)
 {
     proceed->setDefault(true);
+    // Wide enough for a window with its title.
+    rows->setColumnMinimumWidth(1, textWidth(dialog, "0000000000000000"));
+    rows->setColumnStretch(1, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(proceed);

@@ -20,8 +20,6 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
     , countdown(new QTimer(owner))
     , idleText(buttonText)
 {
-    // The shorter text of the countdown must not make the row jump.
-    button->setMinimumWidth(button->sizeHint().width());
     tick->setObjectName(QStringLiteral("tickTimer"));
     countdown->setObjectName(QStringLiteral("countdownTimer"));
     countdown->setSingleShot(true);
@@ -42,6 +40,8 @@ void VerificationCode::startCountdown()
 {
     if (button->hasFocus())
         code->setFocus();
+    // The shorter text of the countdown must not make the row jump.
+    button->setMinimumWidth(button->sizeHint().width());
     // Not only at the first tick: until then another press would ask again.
     button->setEnabled(false);
     tick->start(tickMs);

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "account/CloudAccountLogin.h"
+#include "support/MessageBoxScript.h"
+#include "support/ScriptedPeer.h"
+
+#include <QDialog>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <memory>
+
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+
+/// What the tests of the account dialogs have in common: the platform, the message boxes, a working directory
+/// for the account file, and a hand for mouse and keys. The session takes its address once, so there is one
+/// peer for all tests of a program.
+class DialogFixture
+{
+public:
+    DialogFixture();
+
+    /// A session that nobody has signed in to, an empty folder and an empty script: for every test's begin.
+    void begin();
+    /// For every test's end: fails it when the boxes were others than the script has, or a request is
+    /// missing.
+    void end();
+
+    /// The platform answers the next request with \a json.
+    void expect(const QByteArray& method, const QByteArray& target, const QByteArray& json);
+    /// The same, but once the request is there \a meanwhile runs, in the GUI thread, before the answer comes.
+    void expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
+        const std::function<void()>& meanwhile);
+    /// The requests of this test.
+    QVector<RecordedRequest> requests();
+
+    MessageBoxScript& boxes() { return *script; }
+
+private:
+    ScriptedPeer peer;
+    std::unique_ptr<QTemporaryDir> scratch;
+    std::unique_ptr<MessageBoxScript> script;
+    int expected = 0;
+    int requestsBefore = 0;
+    std::atomic<bool> arrived{false};
+    std::atomic<bool> released{false};
+    QTimer holder;
+};
+
+/// Shows \a dialog as its user has it in front.
+void bringUp(QDialog& dialog);
+
+/// The visible button of that text, or null.
+QPushButton* button(const QWidget& window, const QString& text);
+void press(const QWidget& window, const QString& text);
+
+/// The visible field that a screen reader calls \a name, or null; of a combo box, its line edit.
+QLineEdit* field(const QWidget& window, const QString& name);
+/// Replaces what is in the field, by the keyboard.
+void type(const QWidget& window, const QString& name, const QString& text);
+
+/// Types into one field after another.
+void fillIn(const QWidget& window, const QVector<QPair<QString, QString>>& texts);

@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: MIT
+#include "ui/account/AccountFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace {
+
+const QString fileName = "AccountManage.bin";
+const QByteArray header = QByteArray::fromHex("abbcc0dd 00000244");
+
+/// Two accounts, byte by byte: "a" and "李" with the passwords "QQ==" and "", the flags "true" and none.
+const QByteArray firstList = QByteArray::fromHex("00000002 00000002 0061 00000002 674e");
+const QByteArray secondList = QByteArray::fromHex("00000002 00000008 0051 0051 003d 003d 00000000");
+const QByteArray thirdList = QByteArray::fromHex("00000002 00000008 0074 0072 0075 0065 ffffffff");
+const QByteArray wholeFile = header + firstList + secondList + thirdList;
+
+QByteArray contents()
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void store(const QByteArray& bytes)
+{
+    QFile file(fileName);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+RememberedAccounts twoAccounts()
+{
+    return {{"a", QString::fromUtf8("李")}, {"QQ==", ""}, {"true", QString()}};
+}
+
+/// What a reader starts with, to see whether it was touched.
+RememberedAccounts before()
+{
+    return {{"before"}, {"p"}, {"f"}};
+}
+
+QList<QStringList> lists(const RememberedAccounts& accounts)
+{
+    return {accounts.userNames, accounts.passwords, accounts.rememberFlags};
+}
+
+/// How many bytes a file of these lists has.
+qint64 weight(const RememberedAccounts& accounts)
+{
+    qint64 bytes = header.size();
+    for (const QStringList& list : lists(accounts)) {
+        bytes += 4;
+        for (const QString& text : list)
+            bytes += 4 + 2 * text.size();
+    }
+    return bytes;
+}
+
+/// Lowers a limit of the process for a while.
+class Limit
+{
+public:
+    Limit(__rlimit_resource limited, rlim_t bytes)
+        : resource(limited)
+    {
+        ::getrlimit(resource, &old);
+        const rlimit low{bytes, old.rlim_max};
+        ::setrlimit(resource, &low);
+    }
+    ~Limit() { ::setrlimit(resource, &old); }
+    Limit(const Limit&) = delete;
+    Limit& operator=(const Limit&) = delete;
+
+private:
+    __rlimit_resource resource;
+    rlimit old{};
+};
+
+rlim_t addressSpaceInUse()
+{
+    QFile file("/proc/self/statm");
+    const bool open = file.open(QIODevice::ReadOnly);
+    Q_ASSERT(open);
+    Q_UNUSED(open)
+    return file.readAll().split(' ').first().toULongLong() * 4096;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(std::function<void()>)
+
+class TestAccountFile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        scratch = std::make_unique<QTemporaryDir>();
+        QVERIFY(QDir::setCurrent(scratch->path()));
+    }
+
+    void writesTheseBytes_data()
+    {
+        QTest::addColumn<QList<QStringList>>("written");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("two accounts") << lists(twoAccounts()) << wholeFile;
+        QTest::newRow("none") << QList<QStringList>{{}, {}, {}} << header + QByteArray(12, '\0');
+        QTest::newRow("of unequal length") << QList<QStringList>{
+            {}, {"x"}, {}} << header + QByteArray::fromHex("00000000 00000001 00000002 0078 00000000");
+        QTest::newRow("beyond the basic plane") << QList<QStringList>{{QString::fromUtf8("😀")}, {},
+            {}} << header + QByteArray::fromHex("00000001 00000004 d83dde00 00000000 00000000");
+    }
+
+    void writesTheseBytes()
+    {
+        QFETCH(QList<QStringList>, written);
+        QFETCH(QByteArray, bytes);
+        writeAccountFile({written[0], written[1], written[2]});
+        QCOMPARE(contents(), bytes);
+        QFile::remove(fileName);
+
+        store(bytes);
+        RememberedAccounts read = before();
+        readAccountFile(read);
+        QCOMPARE(lists(read), written);
+        writeAccountFile(read);
+        QCOMPARE(contents(), bytes); // null and empty texts are told apart
+    }
+
+    void aCutFileKeepsTheListsBeforeTheCut()
+    {
+        const int headerEnd = header.size();
+        const int firstEnd = headerEnd + firstList.size();
+        const int secondEnd = firstEnd + secondList.size();
+        for (int size = 0; size < wholeFile.size(); ++size) {
+            store(wholeFile.left(size));
+            QList<QStringList> expected = lists(size < headerEnd ? before() : twoAccounts());
+            if (size >= headerEnd) {
+                expected[2].clear();
+                if (size < secondEnd)
+                    expected[1].clear();
+                if (size < firstEnd)
+                    expected[0].clear();
+            }
+            RememberedAccounts read = before();
+            readAccountFile(read);
+            QVERIFY2(lists(read) == expected, qPrintable(QString::number(size)));
+        }
+    }
+
+    void readsWhatIsThere_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QList<QStringList>>("expected");
+        const QList<QStringList> untouched = lists(before());
+        const QList<QStringList> nothing{{}, {}, {}};
+        const auto hex = [](const char* text) { return QByteArray::fromHex(text); };
+        const QByteArray lists23 = secondList + thirdList;
+        QTest::newRow("another magic") << hex("abbcc0de 00000244") + firstList + lists23 << untouched;
+        QTest::newRow("another version") << hex("abbcc0dd 00000245") + firstList + lists23 << untouched;
+        QTest::newRow("the magic turned round") << hex("ddc0bcab 44020000") + firstList << untouched;
+        QTest::newRow("an empty file") << QByteArray() << untouched;
+        QTest::newRow("count beyond the file") << header + hex("7fffffff") + lists23 << nothing;
+        QTest::newRow("negative count") << header + hex("ffffffff") + lists23 << nothing;
+        QTest::newRow("length beyond the file") << header + hex("00000001 7ffffffe") + lists23 << nothing;
+        QTest::newRow("greatest length") << header + hex("00000001 fffffffe") + lists23 << nothing;
+        QTest::newRow("odd length") << header + hex("00000001 00000003 006161") + lists23 << nothing;
+        QTest::newRow("damage in the second list") << header + firstList + hex("00000001 00000001 61")
+                + thirdList << QList<QStringList>{twoAccounts().userNames, {}, {}};
+        QTest::newRow("lists of unequal length") << header + firstList + hex("00000000")
+                + thirdList << QList<QStringList>{twoAccounts().userNames, {}, twoAccounts().rememberFlags};
+        QTest::newRow("more after the end") << wholeFile + "more" << lists(twoAccounts());
+    }
+
+    void readsWhatIsThere()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QList<QStringList>, expected);
+        store(bytes);
+        RememberedAccounts read = before();
+#ifndef __SANITIZE_ADDRESS__ // which reserves more than any limit
+        const Limit limit(RLIMIT_AS, addressSpaceInUse() + (64 << 20));
+#endif
+        readAccountFile(read);
+        QCOMPARE(lists(read), expected);
+    }
+
+    void garbageNeverGrows()
+    {
+        QRandomGenerator random(1);
+        for (int round = 0; round < 2000; ++round) {
+            QByteArray bytes(random.bounded(200), '\0');
+            for (char& byte : bytes) // small numbers are the ones that make sense as counts and lengths
+                byte = char(random.bounded(3) ? 0 : random.bounded(256));
+            store(header + bytes);
+            RememberedAccounts read;
+            readAccountFile(read);
+            QVERIFY2(weight(read) <= qMax(header.size() + bytes.size(), 20), bytes.toHex().constData());
+        }
+    }
+
+    void whatIsNoFileIsNotRead_data()
+    {
+        QTest::addColumn<std::function<void()>>("make");
+        QTest::newRow("nothing") << std::function<void()>([] {});
+        QTest::newRow("a folder") << std::function<void()>([] { QDir().mkdir(fileName); });
+        QTest::newRow("a pipe without another end")
+            << std::function<void()>([] { QCOMPARE(::mkfifo(qPrintable(fileName), 0600), 0); });
+    }
+
+    void whatIsNoFileIsNotRead()
+    {
+        QFETCH(std::function<void()>, make);
+        make();
+        RememberedAccounts read = before();
+        readAccountFile(read);
+        QCOMPARE(lists(read), lists(before()));
+    }
+
+    void isForItsOwnerOnly()
+    {
+        const mode_t mask = ::umask(0);
+        for (int round = 0; round < 2; ++round) { // a new file, then one that others could read
+            writeAccountFile(twoAccounts());
+            struct ::stat status
+            {
+            };
+            QCOMPARE(::stat(qPrintable(fileName), &status), 0);
+            QCOMPARE(status.st_mode & 0777, mode_t(0600));
+            QCOMPARE(::chmod(qPrintable(fileName), 0666), 0);
+        }
+        ::umask(mask);
+        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(fileName));
+    }
+
+    void whatCannotBeWrittenWholeStaysOld()
+    {
+        store("old");
+        std::signal(SIGXFSZ, SIG_IGN);
+        {
+            const Limit limit(RLIMIT_FSIZE, 16); // as if the disk were full
+            writeAccountFile(twoAccounts());
+        }
+        std::signal(SIGXFSZ, SIG_DFL);
+        QCOMPARE(contents(), QByteArray("old"));
+        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(fileName));
+    }
+
+    void twoWritersLeaveOneOfTheirFiles()
+    {
+        RememberedAccounts large = twoAccounts();
+        large.userNames.append(QString(100000, 'x'));
+        const QByteArray small = wholeFile;
+        writeAccountFile(large);
+        const QByteArray big = contents();
+        std::atomic<int> running{2};
+        const auto writeOften = [&running](const RememberedAccounts& accounts) {
+            for (int i = 0; i < 50; ++i)
+                writeAccountFile(accounts);
+            --running;
+        };
+        std::thread one(writeOften, large);
+        std::thread two(writeOften, twoAccounts());
+        bool whole = true;
+        while (running > 0) {
+            const QByteArray now = contents();
+            whole = whole && (now == big || now == small);
+        }
+        one.join();
+        two.join();
+        QVERIFY(whole);
+        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(fileName));
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> scratch;
+};
+
+QTEST_GUILESS_MAIN(TestAccountFile)
+#include "tst_accountfile.moc"
