@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "crypto/QAESEncryption.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <cstring>
 
@@ -53,16 +55,46 @@ constexpr Byte invSbox[256] = {
 constexpr Byte rcon[11] = {0x8d, 0x01, 0x02, 0x04, 0x08, 0x10, 0x20, 0x40, 0x80, 0x1b, 0x36};
 // clang-format on
 
-/// Times x in GF(2^8).
-constexpr Byte xtime(Byte value)
+/// Each of the four bytes times x in GF(2^8).
+constexpr quint32 xtime(quint32 bytes)
 {
-    return Byte((value << 1) ^ ((value >> 7) * 0x1b));
+    return ((bytes & 0x7f7f7f7f) << 1) ^ (((bytes >> 7) & 0x01010101) * 0x1b);
+}
+
+/// The column \a word with each row taken from \a rows further down.
+constexpr quint32 rotated(quint32 word, int rows)
+{
+    return (word >> (8 * rows)) | (word << (32 - 8 * rows));
+}
+
+quint32 loaded(const Byte* column)
+{
+    return qFromLittleEndian<quint32>(column);
+}
+
+void store(Byte* column, quint32 word)
+{
+    qToLittleEndian(word, column);
+}
+
+/// Every byte of \a block from \a box, the row r of a column taken r times \a step bytes further on.
+void substitute(Byte* block, const Byte (&box)[256], int step)
+{
+    quint32 columns[4];
+    for (int i = 0; i < 4; ++i) {
+        const auto row = [&](int r) {
+            return quint32(box[block[(4 * i + r * step) % blockSize]]) << (8 * r);
+        };
+        columns[i] = row(0) | row(1) | row(2) | row(3);
+    }
+    for (int i = 0; i < 4; ++i)
+        store(block + 4 * i, columns[i]);
 }
 
 void addBlock(Byte* block, const Byte* other)
 {
-    for (int i = 0; i < blockSize; ++i)
-        block[i] ^= other[i];
+    for (int i = 0; i < blockSize; i += 4)
+        store(block + i, loaded(block + i) ^ loaded(other + i));
 }
 
 /// \a size bytes of \a in XOR \a stream.
@@ -179,50 +211,34 @@ QByteArray QAESEncryption::expandKey(const QByteArray& key) const
     return schedule;
 }
 
-// The state is the block column by column: byte i is row i mod 4, column i / 4.
+// The state is the block column by column: byte i is row i mod 4, column i / 4. A column is worked on as one
+// word, its first row in the lowest byte.
 
 void QAESEncryption::addRoundKey(const QByteArray& schedule, qint32 round)
 {
     addBlock(state, readable(schedule) + round * blockSize);
 }
 
-void QAESEncryption::subBytes()
+/// SubBytes and ShiftRows, which may be done in either order, in one pass: row r comes from r columns further
+/// right.
+void QAESEncryption::subBytesShiftRows()
 {
-    for (int i = 0; i < blockSize; ++i)
-        state[i] = sbox[state[i]];
+    substitute(state, sbox, 5);
 }
 
-void QAESEncryption::invSubBytes()
+/// InvShiftRows and InvSubBytes: row r comes from r columns further left.
+void QAESEncryption::invShiftRowsSubBytes()
 {
-    for (int i = 0; i < blockSize; ++i)
-        state[i] = invSbox[state[i]];
+    substitute(state, invSbox, 13);
 }
 
-void QAESEncryption::shiftRows()
-{
-    Byte old[blockSize];
-    std::memcpy(old, state, blockSize);
-    for (int i = 0; i < blockSize; ++i)
-        state[i] = old[(i + 4 * (i % 4)) % blockSize];
-}
-
-void QAESEncryption::invShiftRows()
-{
-    Byte old[blockSize];
-    std::memcpy(old, state, blockSize);
-    for (int i = 0; i < blockSize; ++i)
-        state[(i + 4 * (i % 4)) % blockSize] = old[i];
-}
-
+/// Each byte becomes {02} times itself and the next, plus the other three of its column.
 void QAESEncryption::mixColumns()
 {
-    for (Byte* c = state; c < state + blockSize; c += 4) {
-        const Byte first = c[0];
-        const Byte all = c[0] ^ c[1] ^ c[2] ^ c[3];
-        c[0] ^= all ^ xtime(c[0] ^ c[1]);
-        c[1] ^= all ^ xtime(c[1] ^ c[2]);
-        c[2] ^= all ^ xtime(c[2] ^ c[3]);
-        c[3] ^= all ^ xtime(c[3] ^ first);
+    for (Byte* column = state; column < state + blockSize; column += 4) {
+        const quint32 word = loaded(column);
+        const quint32 next = rotated(word, 1);
+        store(column, xtime(word ^ next) ^ next ^ rotated(word, 2) ^ rotated(word, 3));
     }
 }
 
@@ -230,13 +246,9 @@ void QAESEncryption::mixColumns()
 /// MixColumns.
 void QAESEncryption::invMixColumns()
 {
-    for (Byte* c = state; c < state + blockSize; c += 4) {
-        const Byte even = xtime(xtime(c[0] ^ c[2]));
-        const Byte odd = xtime(xtime(c[1] ^ c[3]));
-        c[0] ^= even;
-        c[1] ^= odd;
-        c[2] ^= even;
-        c[3] ^= odd;
+    for (Byte* column = state; column < state + blockSize; column += 4) {
+        const quint32 word = loaded(column);
+        store(column, word ^ xtime(xtime(word ^ rotated(word, 2))));
     }
     mixColumns();
 }
@@ -246,13 +258,11 @@ void QAESEncryption::cipher(const QByteArray& schedule, Byte* block)
     state = block;
     addRoundKey(schedule, 0);
     for (int round = 1; round < nr; ++round) {
-        subBytes();
-        shiftRows();
+        subBytesShiftRows();
         mixColumns();
         addRoundKey(schedule, round);
     }
-    subBytes();
-    shiftRows();
+    subBytesShiftRows();
     addRoundKey(schedule, nr);
     state = nullptr;
 }
@@ -262,13 +272,11 @@ void QAESEncryption::invCipher(const QByteArray& schedule, Byte* block)
     state = block;
     addRoundKey(schedule, nr);
     for (int round = nr - 1; round > 0; --round) {
-        invShiftRows();
-        invSubBytes();
+        invShiftRowsSubBytes();
         addRoundKey(schedule, round);
         invMixColumns();
     }
-    invShiftRows();
-    invSubBytes();
+    invShiftRowsSubBytes();
     addRoundKey(schedule, 0);
     state = nullptr;
 }

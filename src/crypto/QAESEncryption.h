@@ -61,10 +61,8 @@ private:
     bool usable(const QByteArray& key, const QByteArray& iv) const;
 
     void addRoundKey(const QByteArray& schedule, qint32 round);
-    void subBytes();
-    void invSubBytes();
-    void shiftRows();
-    void invShiftRows();
+    void subBytesShiftRows();
+    void invShiftRowsSubBytes();
     void mixColumns();
     void invMixColumns();
     void cipher(const QByteArray& schedule, quint8* block);

@@ -14,7 +14,8 @@ QByteArray conversionResult(QByteArray body)
         if (opening < 0)
             continue;
         int begin = opening + name.size();
-        const int closing = body.indexOf(name, begin);
+        // To the next tag first: that is one byte to look for in all of the text.
+        const int closing = body.indexOf(name, std::max(begin, body.indexOf('<', begin)));
         if (closing < 0)
             return QByteArray();
 

@@ -443,12 +443,6 @@ private slots:
                     QTest::mouseClick(pressed, Qt::LeftButton);
                     if (proceeding)
                         QTest::keyClick(field(*dialog, code), Qt::Key_Return);
-                    // And as it comes from the desktop, into the queue of what is left for later.
-                    const QPoint at = pressed->mapTo(dialog.get(), pressed->rect().center());
-                    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
-                        qt_handleMouseEvent(dialog->windowHandle(), at, dialog->mapToGlobal(at),
-                            type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton,
-                            type, Qt::NoModifier, 0);
                 });
             if (proceeding && kind.proceed == "User registration")
                 fixture->boxes().expectPrompt("no");

@@ -257,6 +257,7 @@ private slots:
         fixture->boxes().expect({QMessageBox::Critical, "error", "again"});
         field(dialog, name)->setFocus();
         QTest::keyClick(field(dialog, name), Qt::Key_Return);
+        QCOMPARE(userNames(dialog).count(), 0); // and enters nothing into the list
         fixture->expect("POST", target, tokens);
         fixture->boxes().expectPrompt("login successfully!", [&] {
             QCOMPARE(QFile::exists("AccountManage.bin"), tab == 1);

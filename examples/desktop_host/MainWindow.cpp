@@ -1,0 +1,363 @@
+// SPDX-License-Identifier: MIT
+#include "MainWindow.h"
+
+#include "account/CloudAccountLogin.h"
+#include "cloud/CloudFileManger.h"
+#include "convert/CadConversion.h"
+#include "ui/account/DlgLoginCloundPlatform.h"
+#include "ui/account/DlgLogoutCloundPlatform.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDateTime>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QTreeWidget>
+
+namespace {
+
+enum Column
+{
+    Name,
+    Folder,
+    BackedUp
+};
+
+QString pathOf(const QTreeWidgetItem* drawing)
+{
+    return drawing->toolTip(Name);
+}
+
+/// A menu's text as a tool bar shows it. Qt leaves the "(&C)" of Chinese texts half in place.
+QString plain(const QString& text)
+{
+    return QString(text).remove(QRegularExpression(R"(\(&.\)|&|\.\.\.)"));
+}
+
+/// Where the conversion puts its result; empty for a file that it does not take. The module goes by the
+/// suffix in lower case, and would let the result take the place of a "PLAN.DGN".
+QString convertedPath(const QFileInfo& drawing)
+{
+    if (drawing.suffix() == "dgn")
+        return drawing.filePath().replace(".dgn", ".dwg");
+    if (drawing.suffix().compare("dwg", Qt::CaseInsensitive) == 0)
+        return drawing.path() + '/' + drawing.completeBaseName() + ".dgn";
+    return QString();
+}
+
+/// The id of the user's project with that title; empty when there is none.
+QString projectTitled(const QString& title, const CloudFileManger& client)
+{
+    for (const auto& project : client.getAllCloudProjects()) {
+        if (project.projectTitle == title)
+            return project.id;
+    }
+    return QString();
+}
+
+/// Runs one of the module's dialogs. On the heap, because whoever deletes the parent meanwhile deletes the
+/// dialog too.
+template <class ModuleDialog>
+void run(QWidget* parent)
+{
+    const QPointer<ModuleDialog> dialog(new ModuleDialog(parent));
+    dialog->exec();
+    delete dialog;
+}
+
+} // namespace
+
+MainWindow::MainWindow()
+    : account(new QLabel)
+{
+    setWindowTitle(tr("Drawings"));
+    setAcceptDrops(true);
+    makeActions();
+    makeList();
+    account->setTextFormat(Qt::PlainText); // the platform chose the name
+    statusBar()->addPermanentWidget(account);
+    resize(720, 400);
+    updateActions();
+}
+
+void MainWindow::makeActions()
+{
+    // Icons come from the desktop's theme; without one, the texts say it all.
+    const auto make = [this](const QString& text, const char* icon, const QKeySequence& shortcut,
+                          void (MainWindow::*slot)()) {
+        auto* action = new QAction(QIcon::fromTheme(icon), text, this);
+        action->setIconText(plain(text));
+        action->setShortcut(shortcut);
+        connect(action, &QAction::triggered, this, slot);
+        return action;
+    };
+    addAction =
+        make(tr("&Add Drawings..."), "document-open", QKeySequence::Open, &MainWindow::chooseDrawings);
+    convertAction = make(tr("&Convert"), "view-refresh", QKeySequence("Ctrl+T"), &MainWindow::convert);
+    signInAction = make(tr("Sign &In..."), "user-available", QKeySequence("Ctrl+L"), &MainWindow::signIn);
+    signOutAction =
+        make(tr("Sign &Out..."), "system-log-out", QKeySequence("Ctrl+Shift+L"), &MainWindow::signOut);
+    backUpAction =
+        make(tr("&Back Up to the Cloud"), "document-send", QKeySequence("Ctrl+B"), &MainWindow::backUp);
+    auto* spaceAction = new QAction(QIcon::fromTheme("folder-remote"), tr("&My Cloud Space"), this);
+    spaceAction->setIconText(plain(spaceAction->text()));
+    spaceAction->setEnabled(false);
+    spaceAction->setToolTip(tr("Not in this version yet"));
+    auto* quitAction = new QAction(QIcon::fromTheme("application-exit"), tr("&Quit"), this);
+    quitAction->setShortcut(QKeySequence::Quit);
+    connect(quitAction, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->addActions({addAction, convertAction});
+    file->addSeparator();
+    file->addAction(quitAction);
+    QMenu* cloud = menuBar()->addMenu(tr("&Cloud"));
+    cloud->setToolTipsVisible(true);
+    cloud->addActions({signInAction, signOutAction});
+    cloud->addSeparator();
+    cloud->addActions({backUpAction, spaceAction});
+
+    QToolBar* bar = addToolBar(tr("Tools"));
+    bar->setMovable(false);
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar->addActions({addAction, convertAction, backUpAction});
+    bar->addSeparator();
+    bar->addActions({spaceAction, signInAction, signOutAction});
+    setContextMenuPolicy(Qt::NoContextMenu); // the one that could hide the tool bar
+}
+
+void MainWindow::makeList()
+{
+    drawings = new QTreeWidget;
+    drawings->setAccessibleName(tr("Drawings"));
+    drawings->setHeaderLabels({tr("Drawing"), tr("Folder"), tr("Backed up")});
+    drawings->setRootIsDecorated(false);
+    drawings->setAlternatingRowColors(true);
+    drawings->header()->setStretchLastSection(false);
+    drawings->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    drawings->header()->setSectionResizeMode(Folder, QHeaderView::Stretch);
+    drawings->setContextMenuPolicy(Qt::ActionsContextMenu);
+    drawings->addActions({backUpAction, convertAction});
+    connect(drawings, &QTreeWidget::itemSelectionChanged, this, &MainWindow::updateActions);
+
+    auto* invitation = new QLabel(tr("Add drawings by the tool bar, or drop them here."));
+    invitation->setAlignment(Qt::AlignCenter);
+    invitation->setWordWrap(true);
+    pages = new QStackedWidget;
+    pages->addWidget(invitation);
+    pages->addWidget(drawings);
+    setCentralWidget(pages);
+}
+
+/// What can be done now is enabled, and nothing else.
+void MainWindow::updateActions()
+{
+    const CloudAccountLogin* session = CloudAccountLogin::instance();
+    const bool signedIn = session->getLoginState();
+    const QTreeWidgetItem* drawing = selected();
+    addAction->setEnabled(!busy);
+    signInAction->setEnabled(!busy && !signedIn);
+    signOutAction->setEnabled(!busy && signedIn);
+    backUpAction->setEnabled(!busy && signedIn && drawing);
+    convertAction->setEnabled(!busy && drawing && !convertedPath(QFileInfo(pathOf(drawing))).isEmpty());
+    account->setText(signedIn ? tr("Signed in as %1").arg(session->getUserName()) : tr("Not signed in"));
+}
+
+void MainWindow::addDrawings(const QStringList& paths)
+{
+    QStringList refused;
+    for (const QString& path : paths) {
+        const QFileInfo file(QFileInfo(path).canonicalFilePath());
+        if (!file.isFile() || !file.isReadable()) {
+            refused += path;
+            continue;
+        }
+        QTreeWidgetItem* drawing = nullptr;
+        for (QTreeWidgetItem* known : drawings->findItems(file.fileName(), Qt::MatchCaseSensitive, Name)) {
+            if (pathOf(known) == file.filePath())
+                drawing = known;
+        }
+        if (!drawing) {
+            drawing = new QTreeWidgetItem(drawings, {file.fileName(), file.path()});
+            drawing->setToolTip(Name, file.filePath());
+        }
+        drawings->setCurrentItem(drawing);
+    }
+    pages->setCurrentIndex(drawings->topLevelItemCount() > 0);
+    pages->currentWidget()->setFocus();
+    if (!refused.isEmpty())
+        answered(QMessageBox::Warning, tr("These files cannot be read:\n\n%1").arg(refused.join('\n')),
+            QMessageBox::Ok);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!busy && event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        paths += url.toLocalFile();
+    event->acceptProposedAction();
+    addDrawings(paths);
+}
+
+void MainWindow::chooseDrawings()
+{
+    const QPointer<MainWindow> self(this);
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        this, tr("Add Drawings"), QString(), tr("Drawings (*.dgn *.dwg);;All files (*)"));
+    if (self)
+        addDrawings(paths);
+}
+
+void MainWindow::signIn()
+{
+    const QPointer<MainWindow> self(this);
+    run<DlgLoginCloundPlatform>(this);
+    // Whatever the dialog's result: the session knows.
+    if (self)
+        updateActions();
+}
+
+void MainWindow::signOut()
+{
+    const QPointer<MainWindow> self(this);
+    run<DlgLogoutCloundPlatform>(this);
+    if (!self)
+        return;
+    updateActions();
+    if (CloudAccountLogin::instance()->getLoginState())
+        return;
+    // The next user has another cloud space.
+    for (int row = 0; row < drawings->topLevelItemCount(); ++row)
+        drawings->topLevelItem(row)->setText(BackedUp, QString());
+}
+
+void MainWindow::backUp()
+{
+    QTreeWidgetItem* drawing = selected();
+    const QString path = pathOf(drawing);
+    const QString name = drawing->text(Name);
+    // The module announces an unreadable file to the platform all the same.
+    if (!QFileInfo(path).isReadable()) {
+        answered(QMessageBox::Critical, tr("%1 cannot be read any more.").arg(path), QMessageBox::Ok);
+        return;
+    }
+
+    // A client keeps the token that it was built with, so each piece of work takes a new one.
+    const CloudAccountLogin* session = CloudAccountLogin::instance();
+    CloudFileManger client(session->getUrl(), session->getToken(), QString(), "DesktopHost", {"DesktopHost"},
+        QString(), QString(), QString());
+    const QString failure = tr("%1 was not backed up.").arg(name);
+    const auto reason = [&] { return client.getLastError(); };
+    if (!perform(
+            failure, [&] { return client.getAllCloudProjectBackup(); }, reason))
+        return;
+    const QString known = projectTitled(name, client);
+    // What is there may come from another drawing of that name.
+    if (!known.isEmpty() && drawing->text(BackedUp).isEmpty()
+        && !answered(QMessageBox::Question,
+            tr("There is a backup of %1 in the cloud already. Replace it?").arg(name),
+            QMessageBox::Yes | QMessageBox::No))
+        return;
+    client.setProjectID(known);
+    const auto send = [&] {
+        return (!known.isEmpty() || client.AddCloudProInfo(name, QString()))
+            && client.BackupCloudProFile(path);
+    };
+    if (!perform(failure, send, reason))
+        return;
+    drawing->setText(BackedUp, QLocale().toString(QTime::currentTime(), QLocale::ShortFormat));
+    statusBar()->showMessage(tr("%1 is in the cloud.").arg(name), 5000);
+}
+
+void MainWindow::convert()
+{
+    const QString path = pathOf(selected());
+    const QString target = convertedPath(QFileInfo(path));
+    if (QFileInfo::exists(target)
+        && !answered(QMessageBox::Question, tr("%1 exists already. Replace it?").arg(target),
+            QMessageBox::Yes | QMessageBox::No))
+        return;
+
+    QString error;
+    const auto send = [&] {
+        const QDateTime before = QFileInfo(target).lastModified();
+        QString result = path;
+        if (!(path.endsWith(".dgn") ? dgn2Dwg(result, error, QString()) : dwg2Dgn(path, error, target)))
+            return false;
+        // To the module, a result that could not be written is no error.
+        if (QFileInfo(target).lastModified() != before)
+            return true;
+        error = tr("%1 could not be written.").arg(target);
+        return false;
+    };
+    if (!perform(tr("%1 was not converted.").arg(path), send, [&] { return error; }))
+        return;
+    addDrawings({target});
+    statusBar()->showMessage(tr("Converted to %1.").arg(target), 5000);
+}
+
+QTreeWidgetItem* MainWindow::selected() const
+{
+    return drawings->selectedItems().value(0);
+}
+
+/// Runs \a call, which blocks in an event loop of its own, where the user can see that it runs, and tells of
+/// a failure with its reason. False also when the window was closed or destroyed meanwhile: nobody waits for
+/// an answer then, and the window may not be touched.
+bool MainWindow::perform(
+    const QString& failure, const std::function<bool()>& call, const std::function<QString()>& reason)
+{
+    const QPointer<MainWindow> self(this);
+    busy = true;
+    updateActions();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool done = call();
+    // What was pressed meanwhile comes now, and finds its action disabled.
+    QCoreApplication::processEvents();
+    QApplication::restoreOverrideCursor();
+    if (!self)
+        return false;
+    busy = false;
+    updateActions();
+    if (!isVisible())
+        return false;
+    if (done)
+        return true;
+
+    // Two reasons are the module's own texts, in Chinese only; the others are the platform's.
+    QString why = reason();
+    if (why == QStringLiteral("连接超时"))
+        why = tr("The platform did not answer in time.");
+    else if (why == QStringLiteral("返回值解析失败"))
+        why = tr("There was no usable answer.");
+    answered(QMessageBox::Critical, failure + "\n\n" + why, QMessageBox::Ok);
+    return false;
+}
+
+/// Shows a box and waits; whether the answer is Yes. The text may be the platform's and is never rich text.
+bool MainWindow::answered(QMessageBox::Icon icon, const QString& text, QMessageBox::StandardButtons buttons)
+{
+    const QPointer<QMessageBox> box(new QMessageBox(icon, windowTitle(), text, buttons, this));
+    box->setTextFormat(Qt::PlainText);
+    box->setDefaultButton(QMessageBox::No); // where there is one: Enter alone replaces nothing
+    const bool yes = box->exec() == QMessageBox::Yes;
+    delete box;
+    return yes;
+}

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMainWindow>
+#include <QMessageBox>
+
+#include <functional>
+
+class QAction;
+class QLabel;
+class QStackedWidget;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+/// A list of drawings, and what the module can do with the one that is selected.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    MainWindow();
+
+    /// Adds those of \a paths that are files, and tells of the others.
+    void addDrawings(const QStringList& paths);
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void makeActions();
+    void makeList();
+    void updateActions();
+
+    void chooseDrawings();
+    void signIn();
+    void signOut();
+    void backUp();
+    void convert();
+
+    QTreeWidgetItem* selected() const;
+    bool perform(
+        const QString& failure, const std::function<bool()>& call, const std::function<QString()>& reason);
+    bool answered(QMessageBox::Icon icon, const QString& text, QMessageBox::StandardButtons buttons);
+
+    QAction* signInAction;
+    QAction* signOutAction;
+    QAction* backUpAction;
+    QAction* convertAction;
+    QAction* addAction;
+    QStackedWidget* pages;
+    QTreeWidget* drawings;
+    QLabel* account;
+    bool busy = false;
+};
