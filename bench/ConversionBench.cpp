@@ -11,6 +11,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace {
 
@@ -91,7 +92,8 @@ void conversionCurl(benchmark::State& state)
         result.chop(int(
             std::count(reply.begin() + qint64(begin + size - 2), reply.begin() + qint64(begin + size), '=')));
         QFile out(drawing.result());
-        return good && out.open(QIODevice::WriteOnly) && out.write(result) == result.size();
+        return good && out.open(QIODevice::WriteOnly) && out.write(result) == result.size() && out.flush()
+            && fsync(out.handle()) == 0;
     });
 }
 

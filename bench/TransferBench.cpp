@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <unistd.h>
 
 namespace {
 
@@ -125,7 +126,8 @@ void downloadCurl(benchmark::State& state)
             std::FILE* file = std::fopen(folder().filePath("curl").toUtf8().constData(), "wb");
             curl_easy_setopt(curl, CURLOPT_WRITEDATA, file);
             const bool good = curl_easy_perform(curl) == CURLE_OK;
-            return std::fclose(file) == 0 && good;
+            const bool written = std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+            return std::fclose(file) == 0 && written && good;
         });
     });
 }

@@ -16,7 +16,7 @@ qint64 requestsFor(const benchmark::State& state)
 
 void countRequests(benchmark::State& state)
 {
-    state.counters["ms_per_request"] = benchmark::Counter(double(requestsFor(state)) / 1000,
+    state.counters["per_request"] = benchmark::Counter(double(requestsFor(state)),
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 

@@ -110,13 +110,18 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     QNetworkRequest request = requestFor(exchange.url, exchange.headers);
     QNetworkAccessManager manager;
     QNetworkReply* reply = exchange.send(manager, request);
-    reply->setReadBufferSize(exchange.readAhead);
+    // Once more when the reply begins: of a request with a body, the network access manager forgets the
+    // first.
+    const auto limitReadAhead = [&] { reply->setReadBufferSize(exchange.readAhead); };
+    limitReadAhead();
+    const auto beginning = QObject::connect(reply, &QNetworkReply::metaDataChanged, limitReadAhead);
     const auto reading = QObject::connect(reply, &QNetworkReply::readyRead, [&] {
         if (!reader.take(*reply))
             reply->abort();
     });
 
     const bool inTime = waitFor(*reply, exchange.timeoutMs, exchange.waiting);
+    QObject::disconnect(beginning);
     QObject::disconnect(reading);
     if (inTime && reply->bytesAvailable() > 0)
         reader.take(*reply);

@@ -3,6 +3,8 @@
 
 #include <QNetworkReply>
 
+#include <algorithm>
+
 namespace {
 
 /// Whether the body of \a reply is a file: an error's is not, nor a part of one, nor one packed without being
@@ -18,12 +20,21 @@ bool bringsWholeFile(const QNetworkReply& reply)
 
 bool BodyReader::take(QNetworkReply& reply)
 {
-    tooLarge = tooLarge || reply.bytesAvailable() > limit - bytes.size();
-    if (tooLarge)
+    const int before = bytes.size();
+    const qint64 count = reply.bytesAvailable();
+    tooLarge = tooLarge || count > limit - before;
+    if (tooLarge) {
         bytes.clear();
-    else
-        bytes += reply.readAll();
-    return !tooLarge;
+        return false;
+    }
+    // The peer's word on the length saves copying while a large body grows, and is not taken for more than
+    // that.
+    if (before == 0)
+        bytes.reserve(
+            int(std::min<qint64>(reply.header(QNetworkRequest::ContentLengthHeader).toLongLong(), limit)));
+    bytes.resize(before + int(count));
+    bytes.resize(before + int(std::max<qint64>(reply.read(bytes.data() + before, count), 0)));
+    return true;
 }
 
 bool FileReader::take(QNetworkReply& reply)

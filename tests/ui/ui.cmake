@@ -7,6 +7,12 @@ tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)
+if(TAV_WITH_LOCAL_PLATFORM)
+    tav_test(tst_endtoend ui/account/tst_endtoend.cpp ui/account/DialogFixture.cpp)
+    target_link_libraries(tst_endtoend PRIVATE platform_under_test)
+else() # left out, but not forgotten
+    set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/ui/account/tst_endtoend.cpp)
+endif()
 tav_test(tst_translation ui/tst_translation.cpp)
 target_compile_definitions(tst_translation PRIVATE
     TAV_LUPDATE="$<TARGET_FILE:Qt5::lupdate>"

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+#include "DialogFixture.h"
+
+#include "PlatformUnderTest.h"
+#include "net/BuildConstants.h"
+#include "support/TestConstants.h"
+#include "ui/account/DlgLoginCloundPlatform.h"
+#include "ui/account/DlgLogoutCloundPlatform.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QTabBar>
+#include <QTabWidget>
+
+namespace {
+
+const QString account = "Phone number/email";
+const QString code = "Verification";
+const QString word = "Password";
+const QString registration = "User registration";
+const QString askForCode = "Obtaining verification code";
+
+enum Tab
+{
+    CodeTab,
+    PasswordTab
+};
+
+int currentTab(const QDialog& dialog)
+{
+    return dialog.findChild<QTabWidget*>()->currentIndex();
+}
+
+void openTab(const QDialog& dialog, Tab tab)
+{
+    auto* bar = dialog.findChild<QTabBar*>();
+    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(tab).center());
+}
+
+/// Presses a link of \a dialog, and lets \a play be the user of the dialog that comes up.
+void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play)
+{
+    bool played = false;
+    QTimer::singleShot(0, &dialog, [&] {
+        auto* opened = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        QVERIFY(opened && opened != &dialog);
+        bringUp(*opened);
+        play(*opened);
+        played = true;
+        // Left open by a play that failed, it would keep the test from ending.
+        opened->close();
+    });
+    press(dialog, link);
+    QVERIFY(played);
+}
+
+} // namespace
+
+/// The dialogs, the session and the transport against the real local platform.
+class TestEndToEnd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        platform = std::make_unique<PlatformUnderTest>(QStringList{"--client-credential", clientCredential(),
+            "--refresh-bearer", refreshBearer(), "--cipher-key", accountCipherKey()});
+        // The session takes its address here, before the fixture sets that of its own peer.
+        setPlatformAddress(QStringLiteral("http://127.0.0.1:%1").arg(platform->port()));
+        session = CloudAccountLogin::instance();
+        fixture = std::make_unique<DialogFixture>();
+    }
+    void cleanupTestCase()
+    {
+        fixture.reset();
+        QCOMPARE(platform->stop(), 0);
+    }
+    void init() { fixture->begin(); }
+    void cleanup() { fixture->end(); }
+
+    void registersIsRememberedAndSignsOut()
+    {
+        DlgLoginCloundPlatform first;
+        bringUp(first);
+        registerAccount(first, "li.hua", "13912345678");
+        QCOMPARE(currentTab(first), int(PasswordTab));
+        fillIn(first, {{account, "li.hua"}, {word, "drawing+1"}});
+        auto* remember = first.findChild<QCheckBox*>();
+        remember->setFocus();
+        QTest::keyClick(remember, Qt::Key_Space);
+        signIn(first, "li.hua");
+        QVERIFY(QFile::exists("AccountManage.bin"));
+
+        DlgLoginCloundPlatform second;
+        bringUp(second);
+        openTab(second, PasswordTab);
+        QCOMPARE(field(second, account)->text(), QString("li.hua"));
+        QCOMPARE(field(second, word)->text(), QString("drawing+1"));
+        QVERIFY(second.findChild<QCheckBox*>()->isChecked());
+        signIn(second, "li.hua");
+
+        const Client user(platform->port(), "Bearer " + session->getToken().toLatin1());
+        QVERIFY(user.get(addressBook).ok());
+        DlgLogoutCloundPlatform leaving;
+        bringUp(leaving);
+        fixture->boxes().expectPrompt("exit successfully!");
+        press(leaving, "Logout");
+        QCOMPARE(leaving.result(), int(QDialog::Accepted));
+        QVERIFY(!session->getLoginState());
+        QVERIFY(!user.get(addressBook).ok());
+    }
+
+    void registersByMailAndSignsInByCode()
+    {
+        const QString mail = "wang.fang@example.com";
+        DlgLoginCloundPlatform dialog;
+        bringUp(dialog);
+        registerAccount(dialog, "not.asked.for", mail);
+        openTab(dialog, CodeTab);
+        type(dialog, account, mail);
+        press(dialog, askForCode);
+        type(dialog, code, platform->sentCode(mail));
+        signIn(dialog, mail); // the platform names such an account by its address
+        QVERIFY(!QFile::exists("AccountManage.bin"));
+    }
+
+    void resetsThePassword_data()
+    {
+        QTest::addColumn<QString>("user");
+        QTest::addColumn<QString>("address");
+        QTest::newRow("by phone") << "alice"
+                                  << "13800000001";
+        QTest::newRow("by mail") << "bob"
+                                 << "bob@example.com";
+    }
+
+    void resetsThePassword()
+    {
+        QFETCH(QString, user);
+        QFETCH(QString, address);
+        const QVector<QPair<QString, QString>> old{{account, user}, {word, "demo-" + user + "-1"}};
+        DlgLoginCloundPlatform before;
+        bringUp(before);
+        openTab(before, PasswordTab);
+        fillIn(before, old);
+        signIn(before, user);
+
+        DlgLoginCloundPlatform dialog;
+        bringUp(dialog);
+        follow(dialog, "Forget the password", [&](QDialog& reset) {
+            type(reset, account, address);
+            press(reset, askForCode);
+            fillIn(reset, {{"New password", "compass 2"}, {code, platform->sentCode(address)}});
+            fixture->boxes().expectPrompt("Password reset successfully!");
+            press(reset, "Reset");
+        });
+        QCOMPARE(currentTab(dialog), int(PasswordTab));
+
+        fillIn(dialog, old);
+        fixture->boxes().expect({QMessageBox::Critical, "error", "The user name or the password is wrong"});
+        press(dialog, "Login");
+        QVERIFY(dialog.isVisible());
+        type(dialog, word, "compass 2");
+        signIn(dialog, user);
+    }
+
+private:
+    void registerAccount(const QDialog& login, const QString& name, const QString& address)
+    {
+        follow(login, registration, [&](QDialog& dialog) {
+            fillIn(dialog, {{"User name", name}, {word, "drawing+1"}, {account, address}});
+            press(dialog, askForCode);
+            type(dialog, code, platform->sentCode(address));
+            fixture->boxes().expectPrompt("Account registration successfully!");
+            press(dialog, registration);
+        });
+    }
+
+    /// With what is in the fields.
+    void signIn(const QDialog& login, const QString& name)
+    {
+        fixture->boxes().expectPrompt("login successfully!");
+        press(login, "Login");
+        QCOMPARE(login.result(), int(QDialog::Accepted));
+        QVERIFY(session->getLoginState());
+        QCOMPARE(session->getUserName(), name);
+    }
+
+    const QByteArray addressBook = "/project/cloudAddressBook/list";
+    std::unique_ptr<PlatformUnderTest> platform;
+    std::unique_ptr<DialogFixture> fixture;
+    CloudAccountLogin* session = nullptr;
+};
+
+QTEST_MAIN(TestEndToEnd)
+#include "tst_endtoend.moc"
