@@ -4,6 +4,11 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
+#include <QEventLoop>
+#include <QThread>
+#include <QTimer>
+
+#include <list>
 
 namespace {
 
@@ -21,18 +26,27 @@ class PressFilter : public QObject
 public:
     bool eventFilter(QObject*, QEvent* event) override
     {
+        // A box that a timer of the host opens meanwhile is answered as ever.
+        if (QThread::currentThread()->loopLevel() > level)
+            return false;
         switch (event->type()) {
+        case QEvent::ContextMenu:
+        case QEvent::InputMethod:
         case QEvent::KeyPress:
         case QEvent::MouseButtonDblClick:
         case QEvent::MouseButtonPress:
         case QEvent::ShortcutOverride:
         case QEvent::TouchBegin:
+        case QEvent::Wheel:
             event->accept();
             return true;
         default:
             return false;
         }
     }
+
+private:
+    const int level = QThread::currentThread()->loopLevel();
 };
 
 /// The request's event loop leaves input in the queue. A second click would else come when the button is
@@ -44,6 +58,19 @@ void dropQueuedPresses()
     QCoreApplication::processEvents();
 }
 
+/// Whether the application is on its way out: its event loops end before they begin.
+bool applicationQuits()
+{
+    bool ran = false;
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&] {
+        ran = true;
+        loop.quit();
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return !ran;
+}
+
 } // namespace
 
 DisabledWhile::DisabledWhile(QWidget* target)
@@ -51,10 +78,12 @@ DisabledWhile::DisabledWhile(QWidget* target)
 {
     if (!widget)
         return;
-    hadFocus = widget->window()->focusWidget() == widget;
-    wasEnabled = widget->isEnabled();
-    if (hadFocus)
-        widget->clearFocus();
+    QWidget* focused = widget->window()->focusWidget();
+    if (focused && (focused == widget || widget->isAncestorOf(focused))) {
+        focus = focused;
+        focus->clearFocus();
+    }
+    wasEnabled = widget->isEnabledTo(widget->parentWidget());
     widget->setEnabled(false);
 }
 
@@ -63,8 +92,8 @@ DisabledWhile::~DisabledWhile()
     if (!widget || !wasEnabled)
         return;
     widget->setEnabled(true);
-    if (hadFocus && !widget->window()->focusWidget())
-        widget->setFocus();
+    if (focus && !widget->window()->focusWidget())
+        focus->setFocus();
 }
 
 Outcome callPlatform(QAbstractButton* pressed, const std::function<bool()>& request)
@@ -73,12 +102,18 @@ Outcome callPlatform(QAbstractButton* pressed, const std::function<bool()>& requ
     const bool wasOpen = window->isVisible();
     bool done = false;
     {
-        const DisabledWhile disabled(pressed);
+        std::list<DisabledWhile> disabled;
+        for (QWidget* part : window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (!part->isWindow())
+                disabled.emplace_back(part);
+        }
         const WaitCursor cursor;
         done = request();
         dropQueuedPresses();
     }
     if (!window || (wasOpen && !window->isVisible()))
+        return Outcome::Abandoned;
+    if (!done && applicationQuits())
         return Outcome::Abandoned;
     return done ? Outcome::Done : Outcome::Refused;
 }

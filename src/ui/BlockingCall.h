@@ -20,8 +20,8 @@ public:
 
 private:
     QPointer<QWidget> widget;
+    QPointer<QWidget> focus; // what in it had the focus
     bool wasEnabled = false;
-    bool hadFocus = false;
 };
 
 /// How a request ended.
@@ -29,10 +29,11 @@ enum class Outcome
 {
     Done,
     Refused, ///< by the platform or on the way to it
-    Abandoned ///< the window of the button was closed or destroyed meanwhile: nobody waits for an answer
+    Abandoned ///< the window was closed or destroyed, or the application quits: nobody waits for an answer
 };
 
-/// Runs \a request, which blocks in an event loop of its own, where the user can see that it runs: \a pressed
-/// is disabled and the cursor says wait. What the user pressed meanwhile was meant for the window as it was
+/// Runs \a request, which blocks in an event loop of its own, where the user can see that it runs: everything
+/// in the window of \a pressed is disabled, so that neither a second request nor another text can come
+/// between, and the cursor says wait. What the user pressed meanwhile was meant for the window as it was
 /// before, and is dropped. After Outcome::Abandoned the caller may not exist any more.
 Outcome callPlatform(QAbstractButton* pressed, const std::function<bool()>& request);

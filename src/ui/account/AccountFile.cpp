@@ -39,7 +39,9 @@ bool readText(QDataStream& stream, QString& text)
         text = QString();
         return true;
     }
-    if (bytes % 2 != 0 || bytes > stream.device()->bytesAvailable())
+    // Nothing that is typed into a field is that long.
+    constexpr quint32 limit = 1 << 20;
+    if (bytes % 2 != 0 || bytes > limit || bytes > stream.device()->bytesAvailable())
         return false;
     text = QString(int(bytes / 2), Qt::Uninitialized);
     if (stream.readRawData(reinterpret_cast<char*>(text.data()), int(bytes)) != int(bytes))

@@ -150,11 +150,15 @@ void DlgLoginCloundPlatform::loginByPassword()
     if (!filled(this, userName, tr("Username can not be empty!"))
         || !filled(this, password, tr("password can not be blank!")))
         return;
-    const Outcome outcome = callPlatform(
-        loginButton, [name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit()] {
-            return CloudAccountLogin::instance()->userLoginAccount(name.constData(), word.constData());
+    const QPointer<UserNameLoginWidget> page(passwordPage);
+    bool signedIn = false;
+    const Outcome outcome = callPlatform(loginButton,
+        [&signedIn, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit()] {
+            signedIn = CloudAccountLogin::instance()->userLoginAccount(name.constData(), word.constData());
+            return signedIn;
         });
-    if (outcome == Outcome::Done)
-        passwordPage->saveRememberedAccount();
+    // Also when the dialog was closed meanwhile: the user has signed in with it.
+    if (signedIn && page)
+        page->saveRememberedAccount();
     conclude(this, outcome, tr("login successfully!"));
 }

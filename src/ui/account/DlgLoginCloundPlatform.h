@@ -22,8 +22,9 @@ class UserNameLoginWidget;
 /// them there (enciphered, for the owner of the file only); a file that is damaged or cannot be written is
 /// passed over in silence.
 ///
-/// GUI thread only. A press of a button blocks for at most 5000 ms a request; input waits, painting and
-/// timers go on. The dialog, its parent and the application may go meanwhile.
+/// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
+/// and presses and keys meanwhile are dropped, in all windows of the application. Boxes and sub-dialogs then
+/// run modally. The dialog, its parent and the application may go meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgLoginCloundPlatform : public Dialog
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/DlgLogoutCloundPlatform.h"
 
+#include "core/Screen.h"
 #include "ui/account/Conclusion.h"
 #include "ui/account/FieldGrid.h"
 
@@ -11,9 +12,11 @@ namespace {
 
 QLabel* valueLabel(const QString& text)
 {
-    auto* label = new QLabel(text);
-    // The platform chose the name; it is text and no markup.
+    auto* label = new QLabel;
+    // The platform chose the name: it is text and no markup, and may be of any length.
     label->setTextFormat(Qt::PlainText);
+    label->setText(label->fontMetrics().elidedText(text, Qt::ElideMiddle, int(dpi_scaled(360.0))));
+    label->setToolTip(text.toHtmlEscaped());
     return label;
 }
 

@@ -8,10 +8,12 @@
 class QPushButton;
 
 /// Shows who is signed in, as of when the dialog was built, and offers to sign out. The result is Accepted
-/// when the user has signed out.
+/// when the user has signed out; a dialog closed during the request gives Rejected all the same, so ask
+/// CloudAccountLogin::getLoginState().
 ///
-/// GUI thread only. Signing out blocks for up to three requests of at most 5000 ms each; input waits,
-/// painting and timers go on. The dialog, its parent and the application may go meanwhile.
+/// GUI thread only. Signing out blocks for up to three requests of at most 5000 ms each: the dialog is
+/// disabled, painting and timers go on, and presses and keys meanwhile are dropped. The dialog, its parent
+/// and the application may go meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgLogoutCloundPlatform : public Dialog
 {
     Q_OBJECT

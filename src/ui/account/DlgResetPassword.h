@@ -12,10 +12,11 @@ class QPushButton;
 class VerificationCode;
 
 /// Sets a new password for the account of a phone number or e-mail address, with a code that the platform
-/// sends there. The result is Accepted when the platform has set it; the session stays as it was.
+/// sends there. The result is Accepted when the platform has set it, unless the dialog was closed
+/// during the request. The session stays as it was, but for CloudAccountLogin::getLastError().
 ///
-/// GUI thread only. A press of a button blocks for at most 5000 ms; input waits, painting and timers go on.
-/// The dialog, its parent and the application may go meanwhile.
+/// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
+/// and presses and keys meanwhile are dropped. The dialog, its parent and the application may go meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgResetPassword : public Dialog
 {
     Q_OBJECT

@@ -61,7 +61,7 @@ UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     userName->completer()->setCaseSensitivity(Qt::CaseSensitive);
     // A long name must not widen the dialog.
     userName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    eye->setToolTip(tr("Show or hide the password"));
+    eye->setText(tr("Show or hide the password")); // its name for a screen reader, and its tool tip
     showPassword(false);
 
     auto* grid = new FieldGrid(this);
