@@ -188,6 +188,12 @@ QByteArray addProject(const Client& client, const QByteArray& title, const QByte
                       .data());
 }
 
+QByteArray addGroup(const Client& client, const QByteArray& name)
+{
+    const QByteArray body = "{\"groupName\":\"" + name + "\"}";
+    return idText(client.post("/project/cloudProjectGroup/saveOrUpdate", body, "application/json").data());
+}
+
 QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
     const QByteArray& content, const QByteArray& supportType)
 {

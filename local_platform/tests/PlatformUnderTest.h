@@ -87,6 +87,8 @@ private:
 /// A new project of the client's; its id as it goes into a request.
 QByteArray addProject(
     const Client& client, const QByteArray& title = "Survey", const QByteArray& software = "SoftA");
+/// A new group of the client's; its id as it goes into a request.
+QByteArray addGroup(const Client& client, const QByteArray& name);
 /// A new file to share; its logical id as it goes into a request.
 QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
     const QByteArray& content, const QByteArray& supportType = "1");

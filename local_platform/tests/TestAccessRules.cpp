@@ -30,9 +30,7 @@ void TestAccessRules::initTestCase()
     const Client alice = m_platform.signedIn("alice");
     const QByteArray project = addProject(alice);
     QVERIFY(alice.upload("/project/cloudProjectBackup/upload", {{"projectId", project}}, "a", "backup").ok());
-    const QByteArray group = idText(
-        alice.post("/project/cloudProjectGroup/saveOrUpdate", R"({"groupName":"Team"})", "application/json")
-            .data());
+    const QByteArray group = addGroup(alice, "Team");
     QVERIFY(alice.get("/project/cloudProjectGroupUser/getInviteCode?groupId=" + group).ok());
     QVERIFY(alice
                 .postForm("/project/cloudAddressBook/add",

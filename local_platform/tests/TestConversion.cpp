@@ -2,7 +2,6 @@
 #include "PlatformUnderTest.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QXmlStreamReader>
 
 namespace {
@@ -64,7 +63,6 @@ private slots:
 
 private:
     Answer post(const QByteArray& operation, const QByteArray& body, const QByteArray& action = {}) const;
-    QStringList scratch() const;
 
     QTemporaryDir m_scripts;
     std::unique_ptr<PlatformUnderTest> m_platform;
@@ -87,27 +85,20 @@ Answer TestConversion::post(
             {{"SOAPAction", action.isEmpty() ? "http://tempuri.org/" + operation : action}});
 }
 
-QStringList TestConversion::scratch() const
-{
-    return QDir(m_platform->data() + "/scratch").entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
-}
-
 void TestConversion::converts_data()
 {
     QTest::addColumn<QByteArray>("operation");
     QTest::addColumn<QByteArray>("drawing");
     QTest::addColumn<QByteArray>("lineBreak");
     QTest::addColumn<QByteArray>("prefix");
-    QTest::newRow("to DWG") << QByteArray("ConDgn2Dwg") << QByteArray("dgn") << QByteArray() << QByteArray();
-    QTest::newRow("to DGN") << QByteArray("ConDwg2Dgn") << QByteArray("AC1015\0x", 8) << QByteArray()
-                            << QByteArray();
-    QTest::newRow("one byte") << QByteArray("ConDgn2Dwg") << QByteArray("x") << QByteArray() << QByteArray();
-    QTest::newRow("largest") << QByteArray("ConDgn2Dwg") << QByteArray(3000000, '\x7f') << QByteArray()
-                             << QByteArray();
-    QTest::newRow("line breaks") << QByteArray("ConDgn2Dwg") << QByteArray(100001, '\xfe')
-                                 << QByteArray("\r\n") << QByteArray();
-    QTest::newRow("prefixes") << QByteArray("ConDgn2Dwg") << QByteArray("dgn") << QByteArray()
-                              << QByteArray("t");
+    const auto row = [](const char* name, const QByteArray& operation, const QByteArray& drawing,
+                         const QByteArray& lineBreak = {}, const QByteArray& prefix = {}) {
+        QTest::newRow(name) << operation << drawing << lineBreak << prefix;
+    };
+    row("to DGN", "ConDwg2Dgn", QByteArray("AC1015\0x", 8));
+    row("largest", "ConDgn2Dwg", QByteArray(3000000, '\x7f'));
+    row("line breaks", "ConDgn2Dwg", QByteArray(100001, '\xfe'), "\r\n");
+    row("prefixes", "ConDgn2Dwg", "dgn", {}, "t");
 }
 
 void TestConversion::converts()
@@ -135,27 +126,25 @@ void TestConversion::faults_data()
     QTest::addColumn<QString>("reason");
 
     const auto drawing = [](const QByteArray& text) { return request("ConDgn2Dwg", text.toBase64()); };
+    const auto row = [](const char* name, const QByteArray& body, const QString& reason,
+                         const QByteArray& action = {}) { QTest::newRow(name) << body << action << reason; };
     const QString none = "The request holds no drawing to convert";
     const QString noBase64 = "The drawing is not valid Base64";
-    QTest::newRow("refused") << drawing("refuse") << QByteArray() << "no <drawing> & no hope";
-    QTest::newRow("hangs") << drawing("hang") << QByteArray() << "The drawing takes too long to convert";
-    QTest::newRow("bursts") << drawing("burst") << QByteArray()
-                            << "The drawing needs too much memory or space to convert";
-    QTest::newRow("makes nothing") << drawing("make nothing") << QByteArray()
-                                   << "The conversion failed; the platform's log says why";
-    QTest::newRow("no body") << QByteArray() << QByteArray() << none;
-    QTest::newRow("no XML") << QByteArray(200000, 'x') << QByteArray() << none;
-    QTest::newRow("unfinished") << drawing("dgn").split('/').first() << QByteArray() << none;
-    QTest::newRow("other operation") << request("ConDgn2Pdf", "eA==") << QByteArray() << none;
-    QTest::newRow("empty") << drawing("") << QByteArray() << "The drawing is empty";
-    QTest::newRow("no Base64") << request("ConDgn2Dwg", "????") << QByteArray() << noBase64;
-    QTest::newRow("cut Base64") << request("ConDgn2Dwg", "eHh4e") << QByteArray() << noBase64;
-    QTest::newRow("Base64 after its end") << request("ConDgn2Dwg", "eA==eA==") << QByteArray() << noBase64;
-    QTest::newRow("too large") << drawing(QByteArray(3000001, 'x')) << QByteArray()
-                               << "The drawing is too large; at most 3000000 bytes are taken";
-    QTest::newRow("other action")
-        << drawing("dgn") << QByteArray("http://tempuri.org/ConDwg2Dgn")
-        << "The SOAPAction \"http://tempuri.org/ConDwg2Dgn\" does not fit the request";
+    row("refused", drawing("refuse"), "no <drawing> & no hope");
+    row("hangs", drawing("hang"), "The drawing takes too long to convert");
+    row("bursts", drawing("burst"), "The drawing needs too much memory or space to convert");
+    row("makes nothing", drawing("make nothing"), "The conversion failed; the platform's log says why");
+    row("no XML", QByteArray(200000, 'x'), none);
+    row("unfinished", drawing("dgn").split('/').first(), none);
+    row("other operation", request("ConDgn2Pdf", "eA=="), none);
+    row("empty", drawing(""), "The drawing is empty");
+    row("cut Base64", request("ConDgn2Dwg", "eHh4e"), noBase64);
+    row("Base64 after its end", request("ConDgn2Dwg", "eA==eA=="), noBase64);
+    row("too large", drawing(QByteArray(3000001, 'x')),
+        "The drawing is too large; at most 3000000 bytes are taken");
+    row("other action", drawing("dgn"),
+        "The SOAPAction \"http://tempuri.org/ConDwg2Dgn\" does not fit the request",
+        "http://tempuri.org/ConDwg2Dgn");
 }
 
 void TestConversion::faults()
@@ -179,7 +168,8 @@ void TestConversion::converterSeesOnlyItsFolder()
 
 void TestConversion::nothingIsLeftBehind()
 {
-    QCOMPARE(scratch(), QStringList());
+    const QDir scratch(m_platform->data() + "/scratch");
+    QCOMPARE(scratch.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestConversion)

@@ -2,7 +2,6 @@
 #include "core/ITreeElement.h"
 #include "core/Log.h"
 #include "core/Screen.h"
-#include "toolkit/Dialog.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 #include "utilities/AttributeDictionary.h"
@@ -95,398 +94,281 @@ class TestHost : public QObject
     Q_OBJECT
 
 private slots:
-    void dictionaryKeepsTheLastValueOfEachKey();
-    void dictionaryIgnoresNull();
+    void dictionaryKeepsTheLastValueOfEachKey()
+    {
+        const Dictionary dictionary(dictionary_get_instance());
+        // The caller's buffers are copied: what happens to them afterwards does not matter.
+        QByteArray key("type"), value("0");
+        dic_set_value(dictionary.get(), key.constData(), value.constData());
+        key.fill('x');
+        value.fill('x');
+        dic_set_value(dictionary.get(), "fileId", "a longer value that needs an allocation of its own");
+        dic_set_value(dictionary.get(), "fileId", "");
+        dic_set_value(dictionary.get(), "type", nullptr);
+        dic_set_value(dictionary.get(), nullptr, "1");
+        dic_set_value(nullptr, "type", "1");
 
-    void elementCopiesNameAndAttributes();
-    void elementWithoutNameOrAttributes();
-    void childrenKeepTheirOrder();
-    void findChildLooksOneLevelDownAndTakesTheFirst();
-    void addChildRefuses_data();
-    void addChildRefuses();
-    void addChildTakesAWholeSubtree();
-    void releaseDetachesFromTheParent_data();
-    void releaseDetachesFromTheParent();
-    void hugeTreesAreBuiltAndReleased_data();
-    void hugeTreesAreBuiltAndReleased();
-
-    void logGoesToTheSink();
-    void logGoesToStandardErrorByDefault();
-    void scalesWhatQtDoesNot_data();
-    void scalesWhatQtDoesNot();
-
-    void dialogIsModalWithoutHelpButton();
-    void defaultSettingsRemember();
-    void fileDialogStartsAndRemembers_data();
-    void fileDialogStartsAndRemembers();
-};
-
-void TestHost::dictionaryKeepsTheLastValueOfEachKey()
-{
-    const Dictionary dictionary(dictionary_get_instance());
-    QCOMPARE(contents(dictionary.get()), QStringList());
-
-    // The caller's buffers are copied: what happens to them afterwards does not matter.
-    QByteArray key("type"), value("0");
-    dic_set_value(dictionary.get(), key.constData(), value.constData());
-    key.fill('x');
-    value.fill('x');
-    dic_set_value(dictionary.get(), "fileId", "a longer value that needs an allocation of its own");
-    dic_set_value(dictionary.get(), "fileId", "");
-    dic_set_value(dictionary.get(), "", "empty key");
-
-    QCOMPARE(dic_get_value(dictionary.get(), "type"), "0");
-    QCOMPARE(dic_get_value(dictionary.get(), "fileId"), "");
-    QCOMPARE(dic_get_value(dictionary.get(), "Type"), static_cast<const char*>(nullptr));
-    QCOMPARE(contents(dictionary.get()), QStringList({"=empty key", "fileId=", "type=0"}));
-}
-
-void TestHost::dictionaryIgnoresNull()
-{
-    const Dictionary dictionary(dictionary_get_instance());
-    dic_set_value(dictionary.get(), "type", "0");
-    dic_set_value(dictionary.get(), "type", nullptr);
-    dic_set_value(dictionary.get(), nullptr, "1");
-    dic_set_value(nullptr, "type", "1");
-    dic_for_each(dictionary.get(), nullptr, nullptr);
-    dictionary_release_instance(nullptr);
-
-    QCOMPARE(contents(dictionary.get()), QStringList("type=0"));
-    QCOMPARE(contents(nullptr), QStringList());
-    QVERIFY(!dic_get_value(dictionary.get(), nullptr));
-    QVERIFY(!dic_get_value(nullptr, "type"));
-}
-
-void TestHost::elementCopiesNameAndAttributes()
-{
-    Dictionary dictionary(dictionary_get_instance());
-    dic_set_value(dictionary.get(), "type", "1");
-    dic_set_value(dictionary.get(), "fileId", "first");
-    QByteArray name("Survey.dat");
-    const Tree first(tav_tree_element_create_instance(name.constData(), dictionary.get(), ""));
-    name.fill('x');
-    dic_set_value(dictionary.get(), "fileId", "second");
-    dic_set_value(dictionary.get(), "projectId", "7");
-    const Tree second(tav_tree_element_create_instance("other", dictionary.get(), nullptr));
-    dictionary.reset();
-
-    QCOMPARE(first->name(), "Survey.dat");
-    QCOMPARE(first->properties().value("type"), "1");
-    QCOMPARE(first->properties().value("fileId"), "first");
-    QVERIFY(!first->properties().value("projectId"));
-    QVERIFY(!first->properties().value(nullptr));
-    QCOMPARE(second->properties().value("fileId"), "second");
-    QCOMPARE(second->properties().value("projectId"), "7");
-}
-
-void TestHost::elementWithoutNameOrAttributes()
-{
-    const Tree element(tav_tree_element_create_instance(nullptr, nullptr, nullptr));
-    QCOMPARE(element->name(), "");
-    QVERIFY(!element->properties().value("type"));
-    QVERIFY(!element->firstChild());
-    QVERIFY(!element->nextSibling());
-    tav_tree_element_release_instance(nullptr);
-}
-
-void TestHost::childrenKeepTheirOrder()
-{
-    const Tree root(newElement("root"));
-    for (const char* name : {"c", "a", "b", "a"})
-        newChild(root.get(), name);
-    QCOMPARE(childNames(root.get()), QStringList({"c", "a", "b", "a"}));
-    QVERIFY(!root->nextSibling());
-}
-
-void TestHost::findChildLooksOneLevelDownAndTakesTheFirst()
-{
-    const Tree root(newElement("root"));
-    ITreeElement* folder = newChild(root.get(), "folder");
-    newChild(folder, "file");
-    ITreeElement* twin = newChild(root.get(), "twin");
-    newChild(root.get(), "twin");
-
-    QCOMPARE(root->findChild("twin"), twin);
-    QVERIFY(!root->findChild("file"));
-    QVERIFY(folder->findChild("file"));
-    QVERIFY(!root->findChild("Twin"));
-    QVERIFY(!root->findChild("twi"));
-    QVERIFY(!root->findChild(nullptr));
-}
-
-void TestHost::addChildRefuses_data()
-{
-    // The tree is root / folder / file, with leaf as root's second child and loner as an element by itself.
-    QTest::addColumn<QByteArray>("parent");
-    QTest::addColumn<QByteArray>("child");
-    QTest::newRow("null") << QByteArray("folder") << QByteArray("null");
-    QTest::newRow("itself, without children") << QByteArray("loner") << QByteArray("loner");
-    QTest::newRow("itself, with children") << QByteArray("root") << QByteArray("root");
-    QTest::newRow("its parent's other child") << QByteArray("folder") << QByteArray("leaf");
-    QTest::newRow("its own child again") << QByteArray("folder") << QByteArray("file");
-    QTest::newRow("another tree's child") << QByteArray("loner") << QByteArray("folder");
-    QTest::newRow("its parent, a root") << QByteArray("folder") << QByteArray("root");
-    QTest::newRow("a root further up") << QByteArray("file") << QByteArray("root");
-    QTest::newRow("its parent, no root") << QByteArray("file") << QByteArray("folder");
-}
-
-void TestHost::addChildRefuses()
-{
-    QFETCH(QByteArray, parent);
-    QFETCH(QByteArray, child);
-    const Tree root(newElement("root"));
-    const Tree loner(newElement("loner"));
-    ITreeElement* folder = newChild(root.get(), "folder");
-    ITreeElement* leaf = newChild(root.get(), "leaf");
-    ITreeElement* file = newChild(folder, "file");
-    const QMap<QByteArray, ITreeElement*> elements{{"null", nullptr}, {"root", root.get()},
-        {"loner", loner.get()}, {"folder", folder}, {"leaf", leaf}, {"file", file}};
-
-    elements[parent]->addChild(elements[child]);
-
-    QCOMPARE(childNames(root.get()), QStringList({"folder", "leaf"}));
-    QCOMPARE(childNames(folder), QStringList("file"));
-    for (const ITreeElement* childless : {file, leaf, loner.get()})
-        QVERIFY(!childless->firstChild());
-    QVERIFY(!root->nextSibling());
-    QVERIFY(!loner->nextSibling());
-}
-
-void TestHost::addChildTakesAWholeSubtree()
-{
-    const Tree root(newElement("root"));
-    ITreeElement* folder = newChild(root.get(), "folder");
-    ITreeElement* branch = newElement("branch");
-    newChild(branch, "file");
-    folder->addChild(branch);
-
-    QCOMPARE(childNames(folder), QStringList("branch"));
-    QCOMPARE(childNames(branch), QStringList("file"));
-}
-
-void TestHost::releaseDetachesFromTheParent_data()
-{
-    QTest::addColumn<QByteArray>("released");
-    QTest::addColumn<QStringList>("left");
-    QTest::newRow("first") << QByteArray("a") << QStringList({"b", "c", "new"});
-    QTest::newRow("middle") << QByteArray("b") << QStringList({"a", "c", "new"});
-    QTest::newRow("last") << QByteArray("c") << QStringList({"a", "b", "new"});
-}
-
-void TestHost::releaseDetachesFromTheParent()
-{
-    QFETCH(QByteArray, released);
-    const Tree root(newElement("root"));
-    for (const char* name : {"a", "b", "c"})
-        newChild(newChild(root.get(), name), "below");
-
-    tav_tree_element_release_instance(root->findChild(released.constData()));
-    newChild(root.get(), "new");
-    QTEST(childNames(root.get()), "left");
-
-    while (ITreeElement* child = root->firstChild())
-        tav_tree_element_release_instance(child);
-    newChild(root.get(), "only");
-    QCOMPARE(childNames(root.get()), QStringList("only"));
-}
-
-void TestHost::hugeTreesAreBuiltAndReleased_data()
-{
-    QTest::addColumn<bool>("fromTheLeaves");
-    QTest::addColumn<bool>("deep");
-    QTest::newRow("deep, root first") << false << true;
-    QTest::newRow("deep, leaf first") << true << true;
-    QTest::newRow("wide") << false << false;
-}
-
-void TestHost::hugeTreesAreBuiltAndReleased()
-{
-    constexpr int size = 100'000;
-    QFETCH(bool, fromTheLeaves);
-    QFETCH(bool, deep);
-    Tree root(newElement("root"));
-    ITreeElement* parent = root.get();
-    for (int i = 0; i < size; ++i) {
-        if (fromTheLeaves) {
-            Tree above(newElement("above"));
-            above->addChild(root.release());
-            root = std::move(above);
-            continue;
-        }
-        ITreeElement* child = newChild(parent, "child");
-        if (deep)
-            parent = child;
+        QCOMPARE(dic_get_value(dictionary.get(), "type"), "0");
+        QVERIFY(!dic_get_value(dictionary.get(), "Type"));
+        QVERIFY(!dic_get_value(dictionary.get(), nullptr));
+        QVERIFY(!dic_get_value(nullptr, "type"));
+        QCOMPARE(contents(dictionary.get()), QStringList({"fileId=", "type=0"}));
+        QCOMPARE(contents(nullptr), QStringList());
+        dictionary_release_instance(nullptr);
     }
 
-    int count = 0;
-    for (const ITreeElement* e = root->firstChild(); e; e = deep ? e->firstChild() : e->nextSibling())
-        ++count;
-    QCOMPARE(count, size);
-    root.reset();
-}
+    void elementCopiesNameAndAttributes()
+    {
+        Dictionary dictionary(dictionary_get_instance());
+        dic_set_value(dictionary.get(), "fileId", "first");
+        QByteArray name("Survey.dat");
+        const Tree element(tav_tree_element_create_instance(name.constData(), dictionary.get(), ""));
+        name.fill('x');
+        dic_set_value(dictionary.get(), "fileId", "second");
+        dictionary.reset();
+        QCOMPARE(element->name(), "Survey.dat");
+        QCOMPARE(element->properties().value("fileId"), "first");
+        QVERIFY(!element->properties().value(nullptr));
 
-void TestHost::logGoesToTheSink()
-{
-    loggedLines.clear();
-    setLogSink(noteLine);
-    SendLogInfo("conversion failed", 0);
-    SendLogInfo("100% %s", 3);
-    SendLogInfo(nullptr, 1);
-    setLogSink(nullptr);
-    QCOMPARE(loggedLines, QStringList({"0:conversion failed", "3:100% %s"}));
-}
+        const Tree bare(tav_tree_element_create_instance(nullptr, nullptr, nullptr));
+        QCOMPARE(bare->name(), "");
+        QVERIFY(!bare->properties().value("fileId"));
+        tav_tree_element_release_instance(nullptr);
+    }
 
-void TestHost::logGoesToStandardErrorByDefault()
-{
-    QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), {printScaledArgument, withoutApplicationArgument});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.readAllStandardError(), QByteArray("[2] printed 100%\n"));
-}
+    void childrenAreFoundInTheirOrder()
+    {
+        const Tree root(newElement("root"));
+        ITreeElement* folder = newChild(root.get(), "folder");
+        newChild(folder, "file");
+        ITreeElement* twin = newChild(root.get(), "a");
+        newChild(root.get(), "a");
 
-void TestHost::scalesWhatQtDoesNot_data()
-{
-    // The desktop's scale is fixed when an application starts, so each row is a process of its own.
-    QTest::addColumn<QStringList>("variables");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<double>("scaled");
-    const QStringList none;
-    QTest::newRow("no application") << QStringList("QT_FONT_DPI=192")
-                                    << QStringList(withoutApplicationArgument) << 100.0;
-    QTest::newRow("desktop 1") << QStringList("QT_FONT_DPI=96") << none << 100.0;
-    QTest::newRow("desktop 2, Qt off") << QStringList("QT_FONT_DPI=192") << none << 200.0;
-    QTest::newRow("desktop 2, Qt on")
-        << QStringList({"QT_FONT_DPI=192", "QT_ENABLE_HIGHDPI_SCALING=1"}) << none << 100.0;
-    QTest::newRow("desktop 1.5, Qt rounds to 1") << QStringList(
-        {"QT_FONT_DPI=144", "QT_ENABLE_HIGHDPI_SCALING=1", "QT_SCALE_FACTOR_ROUNDING_POLICY=Floor"})
-                                                 << none << 150.0;
-    QTest::newRow("desktop 1, Qt told 2")
-        << QStringList({"QT_FONT_DPI=96", "QT_SCALE_FACTOR=2"}) << none << 100.0;
-}
+        QCOMPARE(childNames(root.get()), QStringList({"folder", "a", "a"}));
+        QVERIFY(!root->nextSibling());
+        QCOMPARE(root->findChild("a"), twin);
+        QVERIFY(!root->findChild("file")); // one level further down
+        QVERIFY(!root->findChild("A"));
+        QVERIFY(!root->findChild(nullptr));
+    }
 
-void TestHost::scalesWhatQtDoesNot()
-{
-    QFETCH(QStringList, variables);
-    QFETCH(QStringList, arguments);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString& name : environment.keys())
-        if (name.startsWith("QT_") && name != "QT_PLUGIN_PATH")
-            environment.remove(name);
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
-    for (const QString& variable : variables)
-        environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QCoreApplication::applicationFilePath(), QStringList(printScaledArgument) + arguments);
+    void addChildRefuses_data()
+    {
+        // The tree is root / folder / file, with leaf as root's second child and loner as an element by
+        // itself.
+        QTest::addColumn<QByteArray>("parent");
+        QTest::addColumn<QByteArray>("child");
+        const auto row = [](const char* name, const QByteArray& parent, const QByteArray& child) {
+            QTest::newRow(name) << parent << child;
+        };
+        row("null", "folder", "null");
+        row("itself", "loner", "loner");
+        row("its parent's other child", "folder", "leaf");
+        row("its own child again", "folder", "file");
+        row("another tree's child", "loner", "folder");
+        row("its parent", "folder", "root");
+        row("a root further up", "file", "root");
+    }
 
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitCode(), 0);
-    QTEST(process.readAllStandardOutput().toDouble(), "scaled");
-}
+    void addChildRefuses()
+    {
+        QFETCH(QByteArray, parent);
+        QFETCH(QByteArray, child);
+        const Tree root(newElement("root"));
+        const Tree loner(newElement("loner"));
+        ITreeElement* folder = newChild(root.get(), "folder");
+        ITreeElement* leaf = newChild(root.get(), "leaf");
+        ITreeElement* file = newChild(folder, "file");
+        const QMap<QByteArray, ITreeElement*> elements{{"null", nullptr}, {"root", root.get()},
+            {"loner", loner.get()}, {"folder", folder}, {"leaf", leaf}, {"file", file}};
 
-void TestHost::dialogIsModalWithoutHelpButton()
-{
-    QWidget window;
-    auto* dialog = new Dialog(&window);
-    QVERIFY(dialog->isModal());
-    QVERIFY(dialog->isWindow());
-    QVERIFY(!(dialog->windowFlags() & Qt::WindowContextHelpButtonHint));
-    QCOMPARE(dialog->parentWidget(), &window);
-}
+        elements[parent]->addChild(elements[child]);
 
-void TestHost::defaultSettingsRemember()
-{
-    QVERIFY(pSystemSettings);
-    QCOMPARE(pSystemSettings->lastDirectory(), QString());
-    pSystemSettings->setLastDirectory("/somewhere");
-    QCOMPARE(pSystemSettings->lastDirectory(), QString("/somewhere"));
-    pSystemSettings->setLastDirectory(QString());
-}
+        QCOMPARE(childNames(root.get()), QStringList({"folder", "leaf"}));
+        QCOMPARE(childNames(folder), QStringList("file"));
+        for (const ITreeElement* childless : {file, leaf, loner.get()})
+            QVERIFY(!childless->firstChild());
+        QVERIFY(!root->nextSibling());
+        QVERIFY(!loner->nextSibling());
+    }
 
-void TestHost::fileDialogStartsAndRemembers_data()
-{
-    // Paths are relative to a directory with given/, last/ and other/drawing.dwg in it; "" stays empty.
-    QTest::addColumn<bool>("forFile");
-    QTest::addColumn<bool>("withSettings");
-    QTest::addColumn<QString>("directory");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("startedIn");
-    QTest::addColumn<QString>("remembered");
-    QTest::newRow("file, from given") << true << true << "given"
-                                      << "other/drawing.dwg"
-                                      << "given"
-                                      << "other";
-    QTest::newRow("file, from last") << true << true << ""
-                                     << "other/drawing.dwg"
-                                     << "last"
-                                     << "other";
-    QTest::newRow("file, cancelled") << true << true << ""
-                                     << ""
-                                     << "last"
-                                     << "last";
-    QTest::newRow("file, no settings") << true << false << "given"
-                                       << "other/drawing.dwg"
-                                       << "given"
-                                       << "last";
-    QTest::newRow("directory, from given") << false << true << "given"
-                                           << "other"
-                                           << "given"
-                                           << "other";
-    QTest::newRow("directory, from last") << false << true << ""
-                                          << "other"
-                                          << "last"
-                                          << "other";
-    QTest::newRow("directory, cancelled") << false << true << "given"
-                                          << ""
-                                          << "given"
-                                          << "last";
-    QTest::newRow("directory, no settings") << false << false << "given"
-                                            << "other"
-                                            << "given"
-                                            << "last";
-}
+    void releaseDetachesFromTheParent()
+    {
+        for (const char* released : {"a", "b", "c"}) {
+            const Tree root(newElement("root"));
+            QStringList left{"a", "b", "c", "new"};
+            left.removeOne(released);
+            for (const char* name : {"a", "b", "c"})
+                newChild(newChild(root.get(), name), "below");
 
-void TestHost::fileDialogStartsAndRemembers()
-{
-    QFETCH(bool, forFile);
-    QFETCH(bool, withSettings);
-    QFETCH(QString, directory);
-    QFETCH(QString, answer);
-    QFETCH(QString, startedIn);
-    QFETCH(QString, remembered);
-    const QTemporaryDir scratch;
-    const QDir base(scratch.path());
-    const auto path = [&base](const QString& name) { return name.isEmpty() ? name : base.filePath(name); };
-    for (const char* name : {"given", "last", "other"})
-        QVERIFY(base.mkdir(name));
-    QFile drawing(path("other/drawing.dwg"));
-    QVERIFY(drawing.open(QIODevice::WriteOnly));
-    drawing.close();
-    TestSettings settings;
-    settings.directory = path("last");
+            tav_tree_element_release_instance(root->findChild(released));
+            newChild(root.get(), "new");
+            QCOMPARE(childNames(root.get()), left);
 
-    QString opened, title;
-    QTimer poll;
-    withNextFileDialog(poll, [&](QFileDialog& dialog) {
-        opened = dialog.directory().absolutePath();
-        title = dialog.windowTitle();
-        if (answer.isEmpty())
-            return dialog.reject();
-        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(path(answer));
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
-    ISystemSettings* used = withSettings ? &settings : nullptr;
-    QString filter = "All (*)";
-    const QString got = forFile
-        ? FileDialog::getOpenFileName(used, nullptr, "Choose", path(directory), "(*.dwg);;All (*)", &filter)
-        : FileDialog::getExistingDirectory(used, nullptr, "Choose", path(directory));
+            while (ITreeElement* child = root->firstChild())
+                tav_tree_element_release_instance(child);
+            newChild(root.get(), "only");
+            QCOMPARE(childNames(root.get()), QStringList("only"));
+        }
+    }
 
-    QCOMPARE(got, path(answer));
-    QCOMPARE(title, QString("Choose"));
-    QCOMPARE(opened, path(startedIn));
-    QCOMPARE(settings.directory, path(remembered));
-    QCOMPARE(filter, QString("All (*)"));
-}
+    void hugeTreesAreBuiltAndReleased_data()
+    {
+        QTest::addColumn<bool>("fromTheLeaves");
+        QTest::addColumn<bool>("deep");
+        QTest::newRow("deep, root first") << false << true;
+        QTest::newRow("deep, leaf first") << true << true;
+        QTest::newRow("wide") << false << false;
+    }
+
+    void hugeTreesAreBuiltAndReleased()
+    {
+        constexpr int size = 100'000;
+        QFETCH(bool, fromTheLeaves);
+        QFETCH(bool, deep);
+        Tree root(newElement("root"));
+        ITreeElement* parent = root.get();
+        for (int i = 0; i < size; ++i) {
+            if (fromTheLeaves) {
+                Tree above(newElement("above"));
+                above->addChild(root.release());
+                root = std::move(above);
+                continue;
+            }
+            ITreeElement* child = newChild(parent, "child");
+            if (deep)
+                parent = child;
+        }
+
+        int count = 0;
+        for (const ITreeElement* e = root->firstChild(); e; e = deep ? e->firstChild() : e->nextSibling())
+            ++count;
+        QCOMPARE(count, size);
+        root.reset();
+    }
+
+    void logGoesToTheSink()
+    {
+        loggedLines.clear();
+        setLogSink(noteLine);
+        SendLogInfo("conversion failed", 0);
+        SendLogInfo("100% %s", 3);
+        SendLogInfo(nullptr, 1);
+        setLogSink(nullptr);
+        QCOMPARE(loggedLines, QStringList({"0:conversion failed", "3:100% %s"}));
+    }
+
+    void logGoesToStandardErrorByDefault()
+    {
+        QProcess process;
+        process.start(
+            QCoreApplication::applicationFilePath(), {printScaledArgument, withoutApplicationArgument});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.readAllStandardError(), QByteArray("[2] printed 100%\n"));
+    }
+
+    void scalesWhatQtDoesNot_data()
+    {
+        // The desktop's scale is fixed when an application starts, so each row is a process of its own.
+        QTest::addColumn<QStringList>("variables");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<double>("scaled");
+        const auto row = [](const char* name, const QStringList& variables, double scaled,
+                             const QStringList& arguments = {}) {
+            QTest::newRow(name) << variables << arguments << scaled;
+        };
+        const QString on = "QT_ENABLE_HIGHDPI_SCALING=1";
+        row("no application", {"QT_FONT_DPI=192"}, 100.0, {withoutApplicationArgument});
+        row("desktop 2, Qt off", {"QT_FONT_DPI=192"}, 200.0);
+        row("desktop 2, Qt on", {"QT_FONT_DPI=192", on}, 100.0);
+        row("desktop 1.5, Qt rounds to 1", {"QT_FONT_DPI=144", on, "QT_SCALE_FACTOR_ROUNDING_POLICY=Floor"},
+            150.0);
+    }
+
+    void scalesWhatQtDoesNot()
+    {
+        QFETCH(QStringList, variables);
+        QFETCH(QStringList, arguments);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const QString& name : environment.keys())
+            if (name.startsWith("QT_") && name != "QT_PLUGIN_PATH")
+                environment.remove(name);
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        for (const QString& variable : variables)
+            environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(QCoreApplication::applicationFilePath(), QStringList(printScaledArgument) + arguments);
+
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 0);
+        QTEST(process.readAllStandardOutput().toDouble(), "scaled");
+    }
+
+    void fileDialogStartsAndRemembers_data()
+    {
+        // Paths are relative to a directory with given/, last/ and other/drawing.dwg in it; "" stays empty.
+        QTest::addColumn<bool>("forFile");
+        QTest::addColumn<bool>("withSettings");
+        QTest::addColumn<QString>("directory");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("startedIn");
+        QTest::addColumn<QString>("remembered");
+        const auto row = [](const char* name, bool forFile, bool withSettings, const QString& directory,
+                             const QString& answer, const QString& startedIn, const QString& remembered) {
+            QTest::newRow(name) << forFile << withSettings << directory << answer << startedIn << remembered;
+        };
+        const QString drawing = "other/drawing.dwg";
+        row("file, from given", true, true, "given", drawing, "given", "other");
+        row("file, from last", true, true, "", drawing, "last", "other");
+        row("file, cancelled", true, true, "", "", "last", "last");
+        row("file, no settings", true, false, "given", drawing, "given", "last");
+        row("directory, from last", false, true, "", "other", "last", "other");
+        row("directory, cancelled", false, true, "given", "", "given", "last");
+    }
+
+    void fileDialogStartsAndRemembers()
+    {
+        QFETCH(bool, forFile);
+        QFETCH(bool, withSettings);
+        QFETCH(QString, directory);
+        QFETCH(QString, answer);
+        QFETCH(QString, startedIn);
+        QFETCH(QString, remembered);
+        const QTemporaryDir scratch;
+        const QDir base(scratch.path());
+        const auto path = [&base](
+                              const QString& name) { return name.isEmpty() ? name : base.filePath(name); };
+        for (const char* name : {"given", "last", "other"})
+            QVERIFY(base.mkdir(name));
+        QFile drawing(path("other/drawing.dwg"));
+        QVERIFY(drawing.open(QIODevice::WriteOnly));
+        drawing.close();
+        TestSettings settings;
+        settings.directory = path("last");
+
+        QString opened;
+        QTimer poll;
+        withNextFileDialog(poll, [&](QFileDialog& dialog) {
+            opened = dialog.directory().absolutePath();
+            if (answer.isEmpty())
+                return dialog.reject();
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(path(answer));
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+        ISystemSettings* used = withSettings ? &settings : nullptr;
+        QString filter = "All (*)";
+        const QString got = forFile
+            ? FileDialog::getOpenFileName(
+                used, nullptr, "Choose", path(directory), "(*.dwg);;All (*)", &filter)
+            : FileDialog::getExistingDirectory(used, nullptr, "Choose", path(directory));
+
+        QCOMPARE(got, path(answer));
+        QCOMPARE(opened, path(startedIn));
+        QCOMPARE(settings.directory, path(remembered));
+        QCOMPARE(filter, QString("All (*)"));
+    }
+};
 
 namespace {
 

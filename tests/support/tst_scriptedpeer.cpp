@@ -113,7 +113,6 @@ private slots:
         QTest::addColumn<QStringList>("complaints");
 
         using Lines = QList<QByteArray>;
-        QTest::newRow("nothing") << Lines() << Lines() << QStringList();
         QTest::newRow("in order") << Lines({"GET /a", "PUT /b"}) << Lines({"GET /a", "PUT /b"})
                                   << QStringList();
         QTest::newRow("missing") << Lines({"GET /a", "PUT /b"}) << Lines({"GET /a"})
@@ -121,8 +120,6 @@ private slots:
         QTest::newRow("unexpected") << Lines() << Lines({"GET /a"}) << QStringList("unexpected: GET /a");
         QTest::newRow("repeated") << Lines({"POST /a"}) << Lines({"POST /a", "POST /a"})
                                   << QStringList("unexpected: POST /a");
-        QTest::newRow("method") << Lines({"GET /a"}) << Lines({"POST /a"})
-                                << QStringList("POST /a came instead of GET /a");
         QTest::newRow("target") << Lines({"GET /a"}) << Lines({"GET /a?"})
                                 << QStringList("GET /a? came instead of GET /a");
     }
@@ -171,20 +168,6 @@ private slots:
         QTEST(seen.open, "open");
     }
 
-    void dripsUntilTheClientGoes()
-    {
-        ScriptedPeer peer;
-        peer.expect("GET", "/", behaviour::drip());
-        Socket socket(peer.address());
-        socket.send("GET / HTTP/1.1\r\n\r\n");
-        QVERIFY(socket.listen(15).bytes.startsWith("HTTP/1.1 200 "));
-        const int soon = socket.listen(1).bytes.size();
-        QTest::qSleep(200);
-        QVERIFY(socket.listen(1).bytes.size() > soon);
-    }
-
-    void nobodyListensAtTheRefusedAddress() { QVERIFY(!Socket(ScriptedPeer::refusedAddress()).connected); }
-
     void parsesForms_data()
     {
         QTest::addColumn<QByteArray>("type");
@@ -193,7 +176,6 @@ private slots:
         QTest::addColumn<bool>("good");
 
         const QByteArray type = "multipart/form-data; boundary=\"B\"";
-        QTest::newRow("empty") << type << QByteArray("--B--\r\n") << 0 << true;
         QTest::newRow("two") << type << QByteArray("--B\r\nA: 1\r\n\r\nx\r\n--B\r\nA: 2\r\n\r\n\r\n--B--\r\n")
                              << 2 << true;
         QTest::newRow("no quotes") << QByteArray("multipart/form-data; boundary=B") << QByteArray("--B--")
@@ -201,7 +183,6 @@ private slots:
         QTest::newRow("other type") << QByteArray("text/plain") << QByteArray("--B--\r\n") << 0 << false;
         QTest::newRow("preamble") << type << QByteArray("x--B--\r\n") << 0 << false;
         QTest::newRow("cut") << type << QByteArray("--B\r\nA: 1\r\n\r\nx") << 0 << false;
-        QTest::newRow("not closed") << type << QByteArray("--B\r\nA: 1\r\n\r\nx\r\n--B") << 1 << false;
         QTest::newRow("more after it") << type << QByteArray("--B--\r\nmore") << 0 << false;
     }
 

@@ -97,26 +97,16 @@ private slots:
         }
     }
 
-    void theIconsAreSharpOnEveryScreen_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("size");
-        for (const char* icon : {"eye", "closed_eye"})
-            QTest::newRow(icon) << icon << 16;
-        for (const char* icon : {"200", "201", "202"})
-            QTest::newRow(icon) << icon << 32;
-        for (const char* icon : {"folder", "file"})
-            QTest::newRow(icon) << icon << 70;
-    }
-
     void theIconsAreSharpOnEveryScreen()
     {
-        QFETCH(QString, name);
-        QFETCH(int, size);
-        const QString path = ":/tav_cloud_platform_sdk/Resources/" + name;
-        QCOMPARE(QImage(path + ".png").size(), QSize(size, size));
-        QCOMPARE(QImage(path + "@2x.png").size(), 2 * QSize(size, size));
-        QCOMPARE(QImage(path + "@3x.png").size(), 3 * QSize(size, size));
+        const QMap<QString, int> sizes{{"eye", 16}, {"closed_eye", 16}, {"200", 32}, {"201", 32}, {"202", 32},
+            {"folder", 70}, {"file", 70}};
+        for (const QString& name : sizes.keys())
+            for (const int scale : {1, 2, 3}) {
+                const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
+                const QImage icon(":/tav_cloud_platform_sdk/Resources/" + name + suffix + ".png");
+                QCOMPARE(icon.size(), scale * QSize(sizes[name], sizes[name]));
+            }
     }
 };
 

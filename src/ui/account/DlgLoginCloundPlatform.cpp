@@ -10,6 +10,7 @@
 #include "ui/account/UserNameLoginWidget.h"
 
 #include <QHBoxLayout>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 #include <QTabWidget>
@@ -100,6 +101,8 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
     connect(loginButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_login);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
+    // The host may keep the dialog; its password has done its work.
+    connect(this, &QDialog::accepted, passwordPage->passwordField(), &QLineEdit::clear);
 }
 
 /// Once fonts and style are known: no smaller than the texts need, whatever the language.

@@ -31,6 +31,8 @@ DlgResetPassword::DlgResetPassword(QWidget* parent)
     connect(verification->button, &QPushButton::clicked, this, &DlgResetPassword::_slotGetVerifyCode);
     connect(resetButton, &QPushButton::clicked, this, &DlgResetPassword::_resetPassword);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
+    // The host may keep the dialog; its password has done its work.
+    connect(this, &QDialog::accepted, password, &QLineEdit::clear);
 }
 
 DlgResetPassword::~DlgResetPassword() = default;

@@ -7,7 +7,9 @@
 #include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTest>
 
 namespace {
@@ -103,6 +105,29 @@ void press(const QWidget& window, const QString& text)
     QTest::mouseClick(target, Qt::LeftButton);
 }
 
+void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play)
+{
+    bool played = false;
+    QTimer::singleShot(0, &dialog, [&] {
+        const QPointer<QDialog> opened = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        QVERIFY(opened && opened != &dialog);
+        bringUp(*opened);
+        play(*opened);
+        played = true;
+        // Left open by a play that failed, it would keep the test from ending.
+        if (opened)
+            opened->close();
+    });
+    press(dialog, link);
+    QVERIFY(played);
+}
+
+void openTab(const QDialog& dialog, Tab tab)
+{
+    auto* bar = dialog.findChild<QTabBar*>();
+    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(tab).center());
+}
+
 QLineEdit* field(const QWidget& window, const QString& name)
 {
     for (QLineEdit* candidate : window.findChildren<QLineEdit*>()) {
@@ -125,7 +150,7 @@ void type(const QWidget& window, const QString& name, const QString& text)
         QTest::sendKeyEvent(QTest::Click, target, Qt::Key_unknown, letter, Qt::NoModifier);
 }
 
-void fillIn(const QWidget& window, const QVector<QPair<QString, QString>>& texts)
+void fillIn(const QWidget& window, const Texts& texts)
 {
     for (const auto& [name, text] : texts)
         type(window, name, text);

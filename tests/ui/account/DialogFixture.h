@@ -11,9 +11,16 @@
 #include <atomic>
 #include <memory>
 
-class QComboBox;
 class QLineEdit;
 class QPushButton;
+
+/// What the fields and buttons that several dialogs have are called.
+const QString account = "Phone number/email";
+const QString code = "Verification";
+const QString word = "Password";
+const QString askForCode = "Obtaining verification code";
+
+using Texts = QVector<QPair<QString, QString>>;
 
 /// What the tests of the account dialogs have in common: the platform, the message boxes, a working directory
 /// for the account file, and a hand for mouse and keys. The session takes its address once, so there is one
@@ -50,12 +57,36 @@ private:
     QTimer holder;
 };
 
+/// A test program on the account dialogs: every test begins and ends with the fixture.
+class DialogTest : public QObject
+{
+    Q_OBJECT
+
+protected slots:
+    void initTestCase() { fixture = std::make_unique<DialogFixture>(); }
+    void cleanupTestCase() { fixture.reset(); }
+    void init() { fixture->begin(); }
+    void cleanup() { fixture->end(); }
+
+protected:
+    std::unique_ptr<DialogFixture> fixture;
+};
+
 /// Shows \a dialog as its user has it in front.
 void bringUp(QDialog& dialog);
 
 /// The visible button of that text, or null.
 QPushButton* button(const QWidget& window, const QString& text);
 void press(const QWidget& window, const QString& text);
+/// Presses a link of \a dialog, and lets \a play be the user of the dialog that comes up.
+void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play);
+
+enum Tab
+{
+    CodeTab,
+    PasswordTab
+};
+void openTab(const QDialog& dialog, Tab tab);
 
 /// The visible field that a screen reader calls \a name, or null; of a combo box, its line edit.
 QLineEdit* field(const QWidget& window, const QString& name);
@@ -63,4 +94,4 @@ QLineEdit* field(const QWidget& window, const QString& name);
 void type(const QWidget& window, const QString& name, const QString& text);
 
 /// Types into one field after another.
-void fillIn(const QWidget& window, const QVector<QPair<QString, QString>>& texts);
+void fillIn(const QWidget& window, const Texts& texts);

@@ -6,26 +6,18 @@
 #include "ui/account/DlgLogoutCloundPlatform.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
-#include "ui/account/PhoneLoginWidget.h"
-#include "ui/account/UserNameLoginWidget.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMetaMethod>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 
 namespace {
 
-const QString account = "Phone number/email";
-const QString code = "Verification";
-const QString askForCode = "Obtaining verification code";
 const QByteArray tokens = R"({"access_token":"A","refresh_token":"R","user_info":{"username":"<i>u</i>"}})";
-
-using Texts = QVector<QPair<QString, QString>>;
 
 /// One of the dialogs in which a code can be asked for, and a whole request in it.
 struct Kind
@@ -91,48 +83,13 @@ QMap<QByteArray, QByteArray> formFields(const RecordedRequest& request)
 
 } // namespace
 
-Q_DECLARE_METATYPE(const QMetaObject*)
 Q_DECLARE_METATYPE(std::function<QDialog*()>)
 
-class TestAccountDialogs : public QObject
+class TestAccountDialogs : public DialogTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { fixture = std::make_unique<DialogFixture>(); }
-    void cleanupTestCase() { fixture.reset(); }
-    void init() { fixture->begin(); }
-    void cleanup() { fixture->end(); }
-
-    void haveTheirSlots_data()
-    {
-        QTest::addColumn<const QMetaObject*>("type");
-        QTest::addColumn<QStringList>("slotNames");
-        const auto row = [](const QMetaObject& type, const QStringList& names) {
-            QTest::newRow(type.className()) << &type << names;
-        };
-        row(DlgLoginCloundPlatform::staticMetaObject, {"_register()", "_retrievePassword()", "_login()"});
-        row(PhoneLoginWidget::staticMetaObject, {"_updateTimeOut()", "_slotGetVerifyCode()"});
-        row(UserNameLoginWidget::staticMetaObject,
-            {"_userNameIndexChanged(int)", "_userNameChanged(QString)", "_checkBoxClicked(int)",
-                "_passwordWatch()"});
-        row(DlgRegisterR2V::staticMetaObject,
-            {"_updateTimeOut()", "_slotGetVerifyCode()", "_slotRegister()"});
-        row(DlgResetPassword::staticMetaObject,
-            {"_updateTimeOut()", "_slotGetVerifyCode()", "_resetPassword()"});
-        row(DlgLogoutCloundPlatform::staticMetaObject, {"_logout()"});
-    }
-
-    void haveTheirSlots()
-    {
-        QFETCH(const QMetaObject*, type);
-        QFETCH(QStringList, slotNames);
-        QStringList found;
-        for (int i = type->methodOffset(); i < type->methodCount(); ++i)
-            found.append(type->method(i).methodSignature());
-        QCOMPARE(found, slotNames);
-    }
-
     void sayWhatTheyAreFor_data()
     {
         QTest::addColumn<std::function<QDialog*()>>("make");
@@ -210,37 +167,46 @@ private slots:
         QCOMPARE(qobject_cast<QPushButton*>(dialog->focusWidget()), button(*dialog, askForCode));
     }
 
-    void registrationChecksInOrder_data()
+    void checkInOrder_data()
     {
+        QTest::addColumn<int>("index");
         QTest::addColumn<QStringList>("texts");
         QTest::addColumn<QString>("complaint");
-        const auto row = [](const char* name, const QStringList& texts, const QString& complaint) {
-            QTest::newRow(name) << texts << complaint;
+        const auto row = [](int index, const char* name, const QStringList& texts, const QString& complaint) {
+            QTest::addRow("%s, %s", kinds[index].row, name) << index << texts << complaint;
         };
+        const QString noName = "Username can not be empty!";
+        const QString noAccount = "The phone number cannot be empty!";
+        const QString noWord = "password can not be blank!";
+        const QString noCode = "verification code must be filled!";
         const QString chinese = "The password cannot have Chinese characters!";
-        row("nothing", {"", "", "", ""}, "Username can not be empty!");
-        row("no name", {"", "p", "1", "1"}, "Username can not be empty!");
-        row("no password", {"n", "", "", ""}, "password can not be blank!");
-        row("first of the range", {"n", QString("a") + QChar(0x4e00), "", ""}, chinese);
-        row("last of the range", {"n", QChar(0x9fa5) + QString("a"), "", ""}, chinese);
-        row("before the range", {"n", QChar(0x4dff), "", ""}, "The phone number cannot be empty!");
-        row("after the range", {"n", QChar(0x9fa6), "", ""}, "The phone number cannot be empty!");
-        row("a full-width digit", {"n", QChar(0xff11), "", ""}, "The phone number cannot be empty!");
-        row("no code", {"n", "p", "1", ""}, "verification code must be filled!");
+        row(0, "nothing", {"", ""}, noAccount);
+        row(0, "no code", {"x", ""}, noCode);
+        row(1, "nothing", {"", "", "", ""}, noName);
+        row(1, "no password", {"n", "", "", ""}, noWord);
+        row(1, "first of the range", {"n", QString("a") + QChar(0x4e00), "", ""}, chinese);
+        row(1, "last of the range", {"n", QChar(0x9fa5) + QString("a"), "", ""}, chinese);
+        row(1, "before the range", {"n", QChar(0x4dff), "", ""}, noAccount);
+        row(1, "after the range", {"n", QChar(0x9fa6), "", ""}, noAccount);
+        row(1, "no code", {"n", "p", "1", ""}, noCode);
+        row(2, "nothing", {"", "", ""}, noAccount);
+        row(2, "no password", {"1", "", ""}, noWord);
+        row(2, "no code", {"1", "p", ""}, noCode);
     }
 
-    void registrationChecksInOrder()
+    void checkInOrder()
     {
+        QFETCH(int, index);
         QFETCH(QStringList, texts);
         QFETCH(QString, complaint);
-        DlgRegisterR2V dialog;
-        bringUp(dialog);
-        fillIn(
-            dialog, {{"User name", texts[0]}, {"Password", texts[1]}, {account, texts[2]}, {code, texts[3]}});
-        QPushButton* registering = button(dialog, "User registration");
-        fixture->boxes().expectPrompt(complaint, [&] { QVERIFY(!registering->isEnabled()); });
-        press(dialog, "User registration");
-        QVERIFY(dialog.isVisible() && registering->isEnabled());
+        const Kind& kind = kinds[index];
+        const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
+        bringUp(*dialog);
+        for (int i = 0; i < texts.size(); ++i)
+            type(*dialog, kind.filled[i].first, texts[i]);
+        fixture->boxes().expectPrompt(complaint);
+        press(*dialog, kind.proceed);
+        QVERIFY(dialog->isVisible() && button(*dialog, kind.proceed)->isEnabled());
     }
 
     void registers_data()
@@ -275,28 +241,6 @@ private slots:
         QCOMPARE(sent.keys(), fields);
         QCOMPARE(sent.value("password"), QByteArray("MB+o8xg7mCBZ5F7ajwRQ4w=="));
         QCOMPARE(sent.value(fields.contains("mail") ? "mail" : "phone"), target.toUtf8());
-    }
-
-    void resetChecksInOrder_data()
-    {
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<QString>("complaint");
-        QTest::newRow("nothing") << QStringList{"", "", ""} << "The phone number cannot be empty!";
-        QTest::newRow("no account") << QStringList{"", "p", "1"} << "The phone number cannot be empty!";
-        QTest::newRow("no password") << QStringList{"1", "", ""} << "password can not be blank!";
-        QTest::newRow("no code") << QStringList{"1", "p", ""} << "verification code must be filled!";
-    }
-
-    void resetChecksInOrder()
-    {
-        QFETCH(QStringList, texts);
-        QFETCH(QString, complaint);
-        DlgResetPassword dialog;
-        bringUp(dialog);
-        fillIn(dialog, {{account, texts[0]}, {"New password", texts[1]}, {code, texts[2]}});
-        fixture->boxes().expectPrompt(complaint);
-        press(dialog, "Reset");
-        QVERIFY(dialog.isVisible());
     }
 
     void resets()
@@ -348,15 +292,17 @@ private slots:
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("text");
+        for (int i = 0; i < kinds.size(); ++i)
+            QTest::addRow("%s, by mail", kinds[i].row) << i << "a@b";
         for (int i = 1; i < kinds.size(); ++i)
-            for (const char* text : {"12a", "a@b", "@"})
-                QTest::addRow("%s, %s", kinds[i].row, text) << i << text;
+            QTest::addRow("%s, by anything else", kinds[i].row) << i << "12a";
     }
 
     void askForCodes()
     {
         QFETCH(int, index);
         QFETCH(QString, text);
+        const bool countsAtOnce = index > 0; // the login waits for the answer
         for (const bool granted : {true, false}) {
             const std::unique_ptr<QDialog> dialog(kinds[index].make(nullptr));
             bringUp(*dialog);
@@ -367,27 +313,13 @@ private slots:
 
             type(*dialog, account, text);
             const QByteArray path = text.contains('@') ? kinds[index].codeByMail : kinds[index].codeByPhone;
-            // The countdown does not wait for the answer.
-            fixture->expectAndHold(
-                "GET", path + text.toUtf8(), answer(granted), [&] { QVERIFY(countdown->isActive()); });
+            const auto look = [&] { QCOMPARE(countdown->isActive(), countsAtOnce); };
+            fixture->expectAndHold("GET", path + text.toUtf8(), answer(granted), look);
             if (!granted)
-                fixture->boxes().expectPrompt("no");
+                fixture->boxes().expectPrompt("no", look);
             press(*dialog, askForCode);
-            QVERIFY(countdown->isActive());
+            QVERIFY(countdown->isActive()); // after a refusal as well
         }
-    }
-
-    void theLoginCountdownWaitsForTheAnswer()
-    {
-        DlgLoginCloundPlatform dialog;
-        bringUp(dialog);
-        auto* countdown = dialog.findChild<QTimer*>("countdownTimer");
-        type(dialog, account, "a@b");
-        fixture->expectAndHold(
-            "GET", "/admin/mail/a@b", answer(false), [&] { QVERIFY(!countdown->isActive()); });
-        fixture->boxes().expectPrompt("no", [&] { QVERIFY(!countdown->isActive()); });
-        press(dialog, askForCode);
-        QVERIFY(countdown->isActive());
     }
 
     void countDown_data() { kindRows(); }
@@ -528,9 +460,6 @@ private slots:
         QCOMPARE(QCoreApplication::exec(), 0);
         QVERIFY(dialog->result() != QDialog::Accepted);
     }
-
-private:
-    std::unique_ptr<DialogFixture> fixture;
 };
 
 QTEST_MAIN(TestAccountDialogs)

@@ -7,59 +7,25 @@
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QFile>
 #include <QLineEdit>
-#include <QTabBar>
 #include <QTabWidget>
+#include <QTest>
 
 namespace {
 
-const QString account = "Phone number/email";
-const QString code = "Verification";
-const QString word = "Password";
 const QString registration = "User registration";
-const QString askForCode = "Obtaining verification code";
-
-enum Tab
-{
-    CodeTab,
-    PasswordTab
-};
 
 int currentTab(const QDialog& dialog)
 {
     return dialog.findChild<QTabWidget*>()->currentIndex();
 }
 
-void openTab(const QDialog& dialog, Tab tab)
-{
-    auto* bar = dialog.findChild<QTabBar*>();
-    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(tab).center());
-}
-
-/// Presses a link of \a dialog, and lets \a play be the user of the dialog that comes up.
-void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play)
-{
-    bool played = false;
-    QTimer::singleShot(0, &dialog, [&] {
-        auto* opened = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        QVERIFY(opened && opened != &dialog);
-        bringUp(*opened);
-        play(*opened);
-        played = true;
-        // Left open by a play that failed, it would keep the test from ending.
-        opened->close();
-    });
-    press(dialog, link);
-    QVERIFY(played);
-}
-
 } // namespace
 
 /// The dialogs, the session and the transport against the real local platform.
-class TestEndToEnd : public QObject
+class TestEndToEnd : public DialogTest
 {
     Q_OBJECT
 
@@ -71,15 +37,13 @@ private slots:
         // The session takes its address here, before the fixture sets that of its own peer.
         setPlatformAddress(QStringLiteral("http://127.0.0.1:%1").arg(platform->port()));
         session = CloudAccountLogin::instance();
-        fixture = std::make_unique<DialogFixture>();
+        DialogTest::initTestCase();
     }
     void cleanupTestCase()
     {
-        fixture.reset();
+        DialogTest::cleanupTestCase();
         QCOMPARE(platform->stop(), 0);
     }
-    void init() { fixture->begin(); }
-    void cleanup() { fixture->end(); }
 
     void registersIsRememberedAndSignsOut()
     {
@@ -141,7 +105,7 @@ private slots:
     {
         QFETCH(QString, user);
         QFETCH(QString, address);
-        const QVector<QPair<QString, QString>> old{{account, user}, {word, "demo-" + user + "-1"}};
+        const Texts old{{account, user}, {word, "demo-" + user + "-1"}};
         DlgLoginCloundPlatform before;
         bringUp(before);
         openTab(before, PasswordTab);
@@ -191,7 +155,6 @@ private:
 
     const QByteArray addressBook = "/project/cloudAddressBook/list";
     std::unique_ptr<PlatformUnderTest> platform;
-    std::unique_ptr<DialogFixture> fixture;
     CloudAccountLogin* session = nullptr;
 };
 
