@@ -72,7 +72,7 @@ private:
     rlimit old{};
 };
 
-rlim_t addressSpaceInUse()
+[[maybe_unused]] rlim_t addressSpaceInUse()
 {
     QFile file("/proc/self/statm");
     const bool open = file.open(QIODevice::ReadOnly);
