@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "ui/BlockingCall.h"
 
-#include <QAbstractButton>
+#include "ui/WindowNote.h"
+
 #include <QApplication>
+#include <QDialog>
 #include <QEvent>
 #include <QEventLoop>
 #include <QThread>
@@ -11,15 +13,6 @@
 #include <list>
 
 namespace {
-
-class WaitCursor
-{
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 class PressFilter : public QObject
 {
@@ -96,20 +89,46 @@ DisabledWhile::~DisabledWhile()
         focus->setFocus();
 }
 
-Outcome callPlatform(QAbstractButton* pressed, const std::function<bool()>& request)
+Waiting::Waiting(QWidget* within, const QString& what)
 {
-    const QPointer<QWidget> window(pressed->window());
+    QWidget* window = within->window();
+    for (QWidget* part : window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (!part->isWindow())
+            disabled.emplace_back(part);
+    }
+    if (window->isVisible())
+        note = new WindowNote(window, what);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+Waiting::~Waiting()
+{
+    dropQueuedPresses();
+    QApplication::restoreOverrideCursor();
+    delete note;
+}
+
+BuiltApart::BuiltApart(QDialog* target)
+    : dialog(target)
+    , parent(target->parentWidget())
+{
+    dialog->setParent(nullptr, dialog->windowFlags());
+}
+
+BuiltApart::~BuiltApart()
+{
+    if (parent)
+        dialog->setParent(parent, dialog->windowFlags());
+}
+
+Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request)
+{
+    const QPointer<QWidget> window(within->window());
     const bool wasOpen = window->isVisible();
     bool done = false;
     {
-        std::list<DisabledWhile> disabled;
-        for (QWidget* part : window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-            if (!part->isWindow())
-                disabled.emplace_back(part);
-        }
-        const WaitCursor cursor;
+        const Waiting waiting(window, what);
         done = request();
-        dropQueuedPresses();
     }
     if (!window || (wasOpen && !window->isVisible()))
         return Outcome::Abandoned;

@@ -1,12 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "ui/MessageBoxes.h"
 
+#include <QApplication>
 #include <QPointer>
+#include <QPushButton>
 
 namespace {
 
 /// The catalogue's entries for the titles: lupdate cannot see in which classes the templates use them.
 [[maybe_unused]] const char* const titles[] = {
+    QT_TRANSLATE_NOOP("AddAltAccountDlg", "Error"),
+    QT_TRANSLATE_NOOP("AddressBookManageDlg", "Error"),
+    QT_TRANSLATE_NOOP("AddressBookManageDlg", "Prompt"),
+    QT_TRANSLATE_NOOP("ChoiceCloudProjectDlg", "Error"),
+    QT_TRANSLATE_NOOP("ChoiceCloudProjectDlg", "Prompt"),
+    QT_TRANSLATE_NOOP("CloudShareTabWidget", "Error"),
+    QT_TRANSLATE_NOOP("CloudShareTabWidget", "Prompt"),
+    QT_TRANSLATE_NOOP("CloudSpaceTabWidget", "Prompt"),
+    QT_TRANSLATE_NOOP("CreateCloudProjectDlg", "Prompt"),
+    QT_TRANSLATE_NOOP("CreateGroupDlg", "Prompt"),
     QT_TRANSLATE_NOOP("DlgLoginCloundPlatform", "Prompt"),
     QT_TRANSLATE_NOOP("DlgLoginCloundPlatform", "error"),
     QT_TRANSLATE_NOOP("DlgLogoutCloundPlatform", "Prompt"),
@@ -14,18 +26,70 @@ namespace {
     QT_TRANSLATE_NOOP("DlgRegisterR2V", "Prompt"),
     QT_TRANSLATE_NOOP("DlgResetPassword", "Prompt"),
     QT_TRANSLATE_NOOP("DlgResetPassword", "error"),
+    QT_TRANSLATE_NOOP("GroupManageDlg", "Error"),
+    QT_TRANSLATE_NOOP("GroupManageDlg", "Prompt"),
+    QT_TRANSLATE_NOOP("JoinGroupDlg", "Prompt"),
     QT_TRANSLATE_NOOP("PhoneLoginWidget", "Prompt"),
 };
 
+/// A box may come up in the middle of a wait, and does not wait itself.
+class PlainCursor
+{
+public:
+    PlainCursor() { QApplication::setOverrideCursor(Qt::ArrowCursor); }
+    ~PlainCursor() { QApplication::restoreOverrideCursor(); }
+    PlainCursor(const PlainCursor&) = delete;
+    PlainCursor& operator=(const PlainCursor&) = delete;
+};
+
+/// On the heap, because the box goes when its window goes. While a window is being built, its box stands on
+/// the one that the user has in front.
+QPointer<QMessageBox> newBox(
+    QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text)
+{
+    QWidget* parent = window->isVisible() ? window : QApplication::activeWindow();
+    QPointer<QMessageBox> box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
+    box->setTextFormat(Qt::PlainText);
+    return box;
+}
+
+QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, const QString& text)
+{
+    QPushButton* button = box->addButton(which);
+    if (!text.isEmpty())
+        button->setText(text);
+    return button;
+}
+
+/// Which button was pressed; none when the box went meanwhile.
+QMessageBox::StandardButton answerTo(QPointer<QMessageBox> box)
+{
+    const PlainCursor cursor;
+    const int answer = box->exec();
+    if (!box)
+        return QMessageBox::NoButton;
+    delete box;
+    return QMessageBox::StandardButton(answer);
+}
+
 } // namespace
 
-bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text)
+bool showBox(
+    QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& button)
 {
     const QPointer<QWidget> owner(window);
-    // On the heap, because the box goes when its window goes.
-    const QPointer<QMessageBox> box(new QMessageBox(icon, title, text, QMessageBox::Ok, window));
-    box->setTextFormat(Qt::PlainText);
-    box->exec();
-    delete box;
+    const QPointer<QMessageBox> box = newBox(icon, window, title, text);
+    addButton(box, QMessageBox::Ok, button);
+    answerTo(box);
     return owner;
+}
+
+bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
+    const QString& proceed, const QString& cancel)
+{
+    const QPointer<QWidget> owner(window);
+    const QPointer<QMessageBox> box = newBox(icon, window, title, text);
+    addButton(box, QMessageBox::Ok, proceed);
+    box->setDefaultButton(addButton(box, QMessageBox::Cancel, cancel));
+    return answerTo(box) == QMessageBox::Ok && owner;
 }

@@ -9,24 +9,24 @@
 /// from the translations of that window's class.
 
 inline constexpr char promptTitle[] = "Prompt";
-inline constexpr char errorTitle[] = "error";
 
-/// Shows a box with an OK button and waits for the answer. \a text is shown as it is, never as rich text: the
-/// platform may have written it. False when \a window was destroyed meanwhile.
-bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text);
+/// Shows a box and waits for the answer. \a text is shown as it is, never as rich text: the platform may have
+/// written it. False when \a window was destroyed meanwhile.
+/// \param button the text of its one button; empty for Qt's own OK
+bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
+    const QString& button = QString());
+
+/// Shows a box with two buttons, of which Enter and Escape press the second, and waits for the answer.
+/// Whether the user pressed the first; false as well when \a window was destroyed meanwhile.
+/// \param proceed, cancel the texts of the buttons; empty for Qt's own OK and Cancel
+bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
+    const QString& proceed = QString(), const QString& cancel = QString());
 
 /// Guidance or success. False when \a window was destroyed meanwhile.
 template <class Window>
 bool inform(Window* window, const QString& text)
 {
     return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text);
-}
-
-/// What the platform would not do. False when \a window was destroyed meanwhile.
-template <class Window>
-bool fail(Window* window, const QString& text)
-{
-    return showBox(QMessageBox::Critical, window, Window::tr(errorTitle), text);
 }
 
 /// Whether there is a text in \a field. When not, says \a complaint and leads the user there.

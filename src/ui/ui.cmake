@@ -14,6 +14,7 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/BlockingCall.cpp
     ui/MessageBoxes.cpp
     ui/Translation.cpp
+    ui/WindowNote.cpp
     ui/account/AccountFile.cpp
     ui/account/DlgLoginCloundPlatform.cpp
     ui/account/DlgLogoutCloundPlatform.cpp

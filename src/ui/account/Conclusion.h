@@ -11,7 +11,8 @@ template <class AccountDialog>
 void conclude(AccountDialog* dialog, Outcome outcome, const QString& success)
 {
     if (outcome == Outcome::Refused)
-        fail(dialog, CloudAccountLogin::instance()->getLastError());
+        showBox(QMessageBox::Critical, dialog, AccountDialog::tr("error"),
+            CloudAccountLogin::instance()->getLastError());
     if (outcome == Outcome::Done && inform(dialog, success))
         dialog->accept();
 }

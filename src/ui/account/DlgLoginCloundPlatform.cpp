@@ -3,6 +3,7 @@
 
 #include "account/CloudAccountLogin.h"
 #include "core/Screen.h"
+#include "ui/ScopedDialog.h"
 #include "ui/account/Conclusion.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
@@ -54,18 +55,6 @@ protected:
     }
 };
 
-/// Runs a dialog of ours on top of \a parent; false as well when both went meanwhile.
-template <class SubDialog>
-bool isAccepted(QWidget* parent)
-{
-    const QPointer<SubDialog> dialog(new SubDialog(parent));
-    const bool result = dialog->exec() == QDialog::Accepted;
-    if (!dialog)
-        return false;
-    delete dialog;
-    return result;
-}
-
 } // namespace
 
 DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
@@ -114,13 +103,13 @@ void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
 
 void DlgLoginCloundPlatform::_register()
 {
-    if (isAccepted<DlgRegisterR2V>(this))
+    if (ScopedDialog<DlgRegisterR2V>(this, QString()).accepted())
         tabs->setCurrentIndex(PasswordTab);
 }
 
 void DlgLoginCloundPlatform::_retrievePassword()
 {
-    if (isAccepted<DlgResetPassword>(this))
+    if (ScopedDialog<DlgResetPassword>(this, QString()).accepted())
         tabs->setCurrentIndex(PasswordTab);
 }
 
@@ -139,8 +128,8 @@ void DlgLoginCloundPlatform::loginByCode()
     if (!filled(this, account, tr("The phone number cannot be empty!"))
         || !filled(this, code, tr("verification code must be filled!")))
         return;
-    const Outcome outcome = callPlatform(
-        loginButton, [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()] {
+    const Outcome outcome = callPlatform(this, tr("Signing in..."),
+        [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()] {
             return CloudAccountLogin::instance()->phoneLoginAccount(account.constData(), code.constData());
         });
     conclude(this, outcome, tr("login successfully!"));
@@ -155,7 +144,7 @@ void DlgLoginCloundPlatform::loginByPassword()
         return;
     const QPointer<UserNameLoginWidget> page(passwordPage);
     bool signedIn = false;
-    const Outcome outcome = callPlatform(loginButton,
+    const Outcome outcome = callPlatform(this, tr("Signing in..."),
         [&signedIn, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit()] {
             signedIn = CloudAccountLogin::instance()->userLoginAccount(name.constData(), word.constData());
             return signedIn;

@@ -41,6 +41,6 @@ DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
 void DlgLogoutCloundPlatform::_logout()
 {
     const Outcome outcome =
-        callPlatform(logoutButton, [] { return CloudAccountLogin::instance()->logout(); });
+        callPlatform(this, tr("Signing out..."), [] { return CloudAccountLogin::instance()->logout(); });
     conclude(this, outcome, tr("exit successfully!"));
 }

@@ -70,7 +70,7 @@ void DlgRegisterR2V::_slotRegister()
     const QString account = verification.account->text();
     const auto operation =
         account.contains('@') ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
-    const Outcome outcome = callPlatform(registerButton,
+    const Outcome outcome = callPlatform(this, tr("Registering..."),
         [operation, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
             target = account.toLocal8Bit(), code = verification.code->text().toLocal8Bit()] {
             return (CloudAccountLogin::instance()->*operation)(

@@ -58,7 +58,7 @@ void DlgResetPassword::_resetPassword()
         || !filled(this, password, tr("password can not be blank!"))
         || !filled(this, verification->code, tr("verification code must be filled!")))
         return;
-    const Outcome outcome = callPlatform(resetButton,
+    const Outcome outcome = callPlatform(this, tr("Setting the new password..."),
         [target = verification->account->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
             code = verification->code->text().toLocal8Bit()] {
             return CloudAccountLogin::instance()->resetPassword(

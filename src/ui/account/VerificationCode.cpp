@@ -31,7 +31,7 @@ Outcome VerificationCode::request(Operation byPhone, Operation byMail) const
 {
     const QString text = account->text();
     const Operation operation = text.contains(QLatin1Char('@')) ? byMail : byPhone;
-    return callPlatform(button, [operation, target = text.toLocal8Bit()] {
+    return callPlatform(button, idleText + "...", [operation, target = text.toLocal8Bit()] {
         return (CloudAccountLogin::instance()->*operation)(target.constData());
     });
 }
