@@ -23,10 +23,11 @@ bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const
     const QString& proceed = QString(), const QString& cancel = QString());
 
 /// Guidance or success. False when \a window was destroyed meanwhile.
+/// \param button the text of its button; empty for Qt's own OK
 template <class Window>
-bool inform(Window* window, const QString& text)
+bool inform(Window* window, const QString& text, const QString& button = QString())
 {
-    return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text);
+    return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text, button);
 }
 
 /// Whether there is a text in \a field. When not, says \a complaint and leads the user there.

@@ -1,21 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include "ui/WindowNote.h"
 
-WindowNote::WindowNote(QWidget* window, const QString& text)
-    : QLabel(window)
+#include "ui/ElidedLabel.h"
+
+#include <QEvent>
+
+WindowNote::WindowNote(QWidget* owner, const QString& text, QWidget* over)
+    : QLabel(owner)
+    , all(text)
+    , ground(over ? over : owner)
 {
     // The colours of a tooltip belong together in every palette.
     setForegroundRole(QPalette::ToolTipText);
     setBackgroundRole(QPalette::ToolTipBase);
     setAutoFillBackground(true);
     setFrameStyle(QFrame::Box | QFrame::Plain);
-    setAttribute(Qt::WA_TransparentForMouseEvents);
-    const int room = fontMetrics().height();
-    setMargin(room / 3);
     setTextFormat(Qt::PlainText);
-    setText(fontMetrics().elidedText(text, Qt::ElideMiddle, window->width() - 3 * room));
-    adjustSize();
-    move((window->width() - width()) / 2, window->height() - height() - room / 2);
+    setToolTip(plainToolTip(text));
+    setMargin(fontMetrics().height() / 3);
+    place();
     show();
+    ground->installEventFilter(this);
+}
+
+bool WindowNote::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Move)
+        place();
+    return QLabel::eventFilter(watched, event);
+}
+
+void WindowNote::place()
+{
+    const QRect room = ground == parentWidget() ? ground->rect() : ground->geometry();
+    const int gap = fontMetrics().height();
+    setText(fontMetrics().elidedText(all, Qt::ElideMiddle, room.width() - 3 * gap));
+    adjustSize();
+    move(room.center().x() - width() / 2, room.bottom() - height() - gap / 2);
     raise();
 }

@@ -3,11 +3,22 @@
 
 #include <QLabel>
 
-/// A line that lies on a window's contents, at the bottom, for as long as it lives. The window owns it.
+/// A line that lies on a window's contents, at the bottom, for as long as it lives. Cut when it is too long,
+/// and shown as it is, never as rich text.
 class WindowNote : public QLabel
 {
+    Q_OBJECT
+
 public:
-    /// \param window where to show it
-    /// \param text shown as it is, never as rich text, and cut when it is too long for the window
-    WindowNote(QWidget* window, const QString& text);
+    /// \param owner owns it
+    /// \param over which child of \a owner it lies on; all of \a owner by default
+    WindowNote(QWidget* owner, const QString& text, QWidget* over = nullptr);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void place();
+
+    QString all;
+    QWidget* ground;
 };

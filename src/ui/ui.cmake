@@ -6,12 +6,15 @@ set(ui_public_headers
     ui/account/DlgLoginCloundPlatform.h
     ui/account/DlgLogoutCloundPlatform.h
     ui/account/DlgResetPassword.h
+    ui/cloudspace/DlgMyCloudSpace.h
 )
 list(APPEND public_headers ${ui_public_headers})
 
 target_sources(tav_cloud_platform_internals PRIVATE
     Resources/tav_cloud_platform_sdk_icons.qrc
     ui/BlockingCall.cpp
+    ui/ElidedLabel.cpp
+    ui/FieldGrid.cpp
     ui/MessageBoxes.cpp
     ui/Translation.cpp
     ui/WindowNote.cpp
@@ -20,10 +23,26 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/account/DlgLogoutCloundPlatform.cpp
     ui/account/DlgRegisterR2V.cpp
     ui/account/DlgResetPassword.cpp
-    ui/account/FieldGrid.cpp
     ui/account/PhoneLoginWidget.cpp
     ui/account/UserNameLoginWidget.cpp
     ui/account/VerificationCode.cpp
+    ui/cloudspace/AddAltAccountDlg.cpp
+    ui/cloudspace/AddressBookManageDlg.cpp
+    ui/cloudspace/CellCheckBox.cpp
+    ui/cloudspace/ChoiceCloudProjectDlg.cpp
+    ui/cloudspace/CloudShareTabWidget.cpp
+    ui/cloudspace/CloudSpaceTabWidget.cpp
+    ui/cloudspace/CreateCloudProjectDlg.cpp
+    ui/cloudspace/CreateGroupDlg.cpp
+    ui/cloudspace/DlgMyCloudSpace.cpp
+    ui/cloudspace/GroupManageDlg.cpp
+    ui/cloudspace/ItemWidget.cpp
+    ui/cloudspace/JoinGroupDlg.cpp
+    ui/cloudspace/MycheckBox.cpp
+    ui/cloudspace/RecordTable.cpp
+    ui/cloudspace/TableDialog.cpp
+    ui/cloudspace/TavFileButton.cpp
+    ui/cloudspace/TileArea.cpp
     ${ui_public_headers}
 )
 

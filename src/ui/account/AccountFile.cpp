@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/AccountFile.h"
 
+#include "net/WholeFile.h"
+
 #include <QDataStream>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QtEndian>
 
 namespace {
@@ -105,12 +106,5 @@ void writeAccountFile(const RememberedAccounts& accounts)
     writeTexts(stream, accounts.passwords);
     writeTexts(stream, accounts.rememberFlags);
 
-    QSaveFile file(filePath());
-    // With a buffer, a write that stops half way on a full disk would pass for a whole one.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
-        || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
-        return;
-    if (file.write(bytes) != bytes.size())
-        file.cancelWriting();
-    file.commit();
+    writeWholeFile(filePath(), bytes, QFile::ReadOwner | QFile::WriteOwner);
 }

@@ -17,6 +17,7 @@ struct RememberedAccounts
 /// is more memory taken than the file's size warrants.
 void readAccountFile(RememberedAccounts& accounts);
 
-/// Writes "./AccountManage.bin", for its owner's eyes only. A file that cannot be written whole stays as it
-/// was, silently.
+/// Writes "./AccountManage.bin", for its owner's eyes only, whoever could read it before. A symbolic link of
+/// that name stays, and the file that it leads to is written. A file that cannot be written whole stays as it
+/// was, silently; of two writers at once, the later one's file remains.
 void writeAccountFile(const RememberedAccounts& accounts);

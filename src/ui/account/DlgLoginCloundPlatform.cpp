@@ -7,13 +7,14 @@
 #include "ui/account/Conclusion.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
+#include "ui/account/FocusMark.h"
 #include "ui/account/PhoneLoginWidget.h"
 #include "ui/account/UserNameLoginWidget.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -29,29 +30,33 @@ enum Tab
 class LinkButton : public QPushButton
 {
 public:
-    explicit LinkButton(const QString& text)
-        : QPushButton(text)
+    LinkButton(const QString& text, QWidget* parent)
+        : QPushButton(text, parent)
     {
         QFont underlined = font();
         underlined.setUnderline(true);
         setFont(underlined);
-        // Plain blue cannot be read on a dark window.
-        const bool dark = palette().color(QPalette::Window).lightness() < 128;
-        setStyleSheet(QStringLiteral("background:transparent;color:%1;margin:0;padding:0;")
-                          .arg(dark ? "lightskyblue" : "blue"));
         setFlat(true);
+        new FocusMark(this); // the style sheet leaves a focused button without one
+        takeColour();
+        parent->installEventFilter(this);
     }
 
-protected:
-    /// The style sheet leaves a focused button without a mark.
-    void paintEvent(QPaintEvent* event) override
+    bool eventFilter(QObject*, QEvent* event) override
     {
-        QPushButton::paintEvent(event);
-        if (!hasFocus())
-            return;
-        QPainter painter(this);
-        painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        if (event->type() == QEvent::PaletteChange)
+            takeColour();
+        return false;
+    }
+
+private:
+    /// Plain blue cannot be read on a dark window. It is the parent's that shows through: the button's own
+    /// palette is what its style sheet made of it.
+    void takeColour()
+    {
+        const bool dark = parentWidget()->palette().color(QPalette::Window).lightness() < 128;
+        setStyleSheet(QStringLiteral("background:transparent;color:%1;margin:0;padding:0;")
+                          .arg(dark ? "lightskyblue" : "blue"));
     }
 };
 
@@ -70,8 +75,8 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     tabs->addTab(phonePage, tr("Login by verification"));
     tabs->addTab(passwordPage, tr("Login by password"));
 
-    auto* registerButton = new LinkButton(tr("User registration"));
-    auto* forgottenButton = new LinkButton(tr("Forget the password"));
+    auto* registerButton = new LinkButton(tr("User registration"), this);
+    auto* forgottenButton = new LinkButton(tr("Forget the password"), this);
     auto* exitButton = new QPushButton(tr("Exit"));
     loginButton->setDefault(true);
 
@@ -90,14 +95,16 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
     connect(loginButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_login);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
-    // The host may keep the dialog; its password has done its work.
-    connect(this, &QDialog::accepted, passwordPage->passwordField(), &QLineEdit::clear);
+    // The host may keep the dialog, and show it again.
+    connect(this, &QDialog::finished, passwordPage, &UserNameLoginWidget::forgetPassword);
 }
 
 /// Once fonts and style are known: no smaller than the texts need, whatever the language.
 void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
 {
     setMinimumSize(minimumSize().expandedTo(layout()->totalMinimumSize()));
+    if (!event->spontaneous())
+        passwordPage->fillInRemembered();
     Dialog::showEvent(event);
 }
 
@@ -137,20 +144,20 @@ void DlgLoginCloundPlatform::loginByCode()
 
 void DlgLoginCloundPlatform::loginByPassword()
 {
-    QLineEdit* userName = passwordPage->userNameField();
-    QLineEdit* password = passwordPage->passwordField();
-    if (!filled(this, userName, tr("Username can not be empty!"))
-        || !filled(this, password, tr("password can not be blank!")))
+    if (!filled(this, passwordPage->userNameField(), tr("Username can not be empty!"))
+        || !filled(this, passwordPage->passwordField(), tr("password can not be blank!")))
         return;
+    const QString userName = passwordPage->userNameField()->text();
+    const QString password = passwordPage->passwordField()->text();
     const QPointer<UserNameLoginWidget> page(passwordPage);
     bool signedIn = false;
-    const Outcome outcome = callPlatform(this, tr("Signing in..."),
-        [&signedIn, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit()] {
-            signedIn = CloudAccountLogin::instance()->userLoginAccount(name.constData(), word.constData());
-            return signedIn;
-        });
+    const Outcome outcome = callPlatform(this, tr("Signing in..."), [&] {
+        signedIn = CloudAccountLogin::instance()->userLoginAccount(
+            userName.toLocal8Bit().constData(), password.toLocal8Bit().constData());
+        return signedIn;
+    });
     // Also when the dialog was closed meanwhile: the user has signed in with it.
     if (signedIn && page)
-        page->saveRememberedAccount();
+        page->saveRememberedAccount(userName, password);
     conclude(this, outcome, tr("login successfully!"));
 }

@@ -20,7 +20,8 @@ class UserNameLoginWidget;
 ///
 /// Building it reads the remembered accounts from "./AccountManage.bin", and a sign-in with a password writes
 /// them there (enciphered, for the owner of the file only); a file that is damaged or cannot be written is
-/// passed over in silence.
+/// passed over in silence. Once finished, the dialog holds no password in clear; shown again, it fills in a
+/// remembered one again, without another look at the file.
 ///
 /// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
 /// and presses and keys meanwhile are dropped, in all windows of the application. Boxes and sub-dialogs then

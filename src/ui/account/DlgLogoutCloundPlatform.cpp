@@ -2,25 +2,11 @@
 #include "ui/account/DlgLogoutCloundPlatform.h"
 
 #include "core/Screen.h"
+#include "ui/ElidedLabel.h"
+#include "ui/FieldGrid.h"
 #include "ui/account/Conclusion.h"
-#include "ui/account/FieldGrid.h"
 
-#include <QLabel>
 #include <QPushButton>
-
-namespace {
-
-QLabel* valueLabel(const QString& text)
-{
-    auto* label = new QLabel;
-    // The platform chose the name: it is text and no markup, and may be of any length.
-    label->setTextFormat(Qt::PlainText);
-    label->setText(label->fontMetrics().elidedText(text, Qt::ElideMiddle, int(dpi_scaled(360.0))));
-    label->setToolTip(text.toHtmlEscaped());
-    return label;
-}
-
-} // namespace
 
 DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
     : Dialog(parent)
@@ -30,8 +16,9 @@ DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
     auto* closeButton = new QPushButton(tr("Close Window"), this);
 
     auto* fields = new FieldGrid;
-    fields->addRow(tr("User name"), valueLabel(CloudAccountLogin::instance()->getUserName()));
-    fields->addRow(tr("State"), valueLabel(tr("Logged-in")));
+    fields->addRow(tr("User name"),
+        new ElidedLabel(CloudAccountLogin::instance()->getUserName(), int(dpi_scaled(360.0))));
+    fields->addRow(tr("State"), new QLabel(tr("Logged-in")));
     layOut(this, fields, logoutButton, closeButton);
 
     connect(logoutButton, &QPushButton::clicked, this, &DlgLogoutCloundPlatform::_logout);

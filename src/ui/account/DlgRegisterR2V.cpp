@@ -2,8 +2,8 @@
 #include "ui/account/DlgRegisterR2V.h"
 
 #include "account/CloudAccountLogin.h"
+#include "ui/FieldGrid.h"
 #include "ui/MessageBoxes.h"
-#include "ui/account/FieldGrid.h"
 
 #include <QPushButton>
 #include <QRegExp>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/DlgResetPassword.h"
 
+#include "ui/FieldGrid.h"
 #include "ui/account/Conclusion.h"
-#include "ui/account/FieldGrid.h"
 #include "ui/account/VerificationCode.h"
 
 #include <QPushButton>
@@ -31,8 +31,8 @@ DlgResetPassword::DlgResetPassword(QWidget* parent)
     connect(verification->button, &QPushButton::clicked, this, &DlgResetPassword::_slotGetVerifyCode);
     connect(resetButton, &QPushButton::clicked, this, &DlgResetPassword::_resetPassword);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
-    // The host may keep the dialog; its password has done its work.
-    connect(this, &QDialog::accepted, password, &QLineEdit::clear);
+    // The host may keep the dialog. Unlike clear(), this leaves nothing to undo either.
+    connect(this, &QDialog::finished, password, [this] { password->setText(QString()); });
 }
 
 DlgResetPassword::~DlgResetPassword() = default;

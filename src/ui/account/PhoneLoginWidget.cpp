@@ -2,8 +2,8 @@
 #include "ui/account/PhoneLoginWidget.h"
 
 #include "account/CloudAccountLogin.h"
+#include "ui/FieldGrid.h"
 #include "ui/MessageBoxes.h"
-#include "ui/account/FieldGrid.h"
 
 #include <QPushButton>
 #include <QTimer>

@@ -3,13 +3,16 @@
 
 #include "crypto/AccountCipher.h"
 #include "net/BuildConstants.h"
-#include "ui/account/FieldGrid.h"
+#include "ui/FieldGrid.h"
+#include "ui/account/FocusMark.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCompleter>
 #include <QLineEdit>
+#include <QSignalBlocker>
+#include <QToolButton>
 
 namespace {
 
@@ -62,6 +65,9 @@ UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     // A long name must not widen the dialog.
     userName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     eye->setText(tr("Show or hide the password")); // its name for a screen reader, and its tool tip
+    auto* eyeButton = password->findChild<QToolButton*>();
+    eyeButton->setFocusPolicy(Qt::TabFocus); // a click leaves the focus in the field
+    new FocusMark(eyeButton);
     showPassword(false);
 
     auto* grid = new FieldGrid(this);
@@ -88,65 +94,77 @@ void UserNameLoginWidget::loadRememberedAccounts()
 {
     readAccountFile(accounts);
     userName->addItems(accounts.userNames);
-    for (QString& entry : accounts.passwords)
-        entry = deciphered(entry);
-
-    currentUserName = accounts.userNames.value(0);
-    currentPassword = accounts.passwords.value(0);
     currentFlag = accounts.rememberFlags.value(0);
     if (!isSet(currentFlag))
         return;
     remember->setChecked(true);
-    userName->setCurrentText(currentUserName);
-    password->setText(currentPassword);
+    userName->setCurrentText(accounts.userNames.value(0));
+    password->setText(remembered(0));
 }
 
-void UserNameLoginWidget::saveRememberedAccount()
+void UserNameLoginWidget::saveRememberedAccount(const QString& name, const QString& clearPassword)
 {
-    if (!passwordsEnciphered) {
-        for (QString& entry : accounts.passwords)
-            entry = enciphered(entry);
-        passwordsEnciphered = true;
-    }
-    currentUserName = userName->currentText();
-    currentPassword = password->text();
+    // An entry that our key does not open is kept as what comes out of it.
+    for (QString& entry : accounts.passwords)
+        entry = enciphered(deciphered(entry));
 
     // The password is kept whatever the flag says; the flag decides whether it is filled in again.
-    if (accounts.userNames.contains(currentUserName)) {
+    QString newPassword = clearPassword;
+    if (accounts.userNames.contains(name)) {
         for (int i = 0; i < accounts.userNames.size(); ++i) {
-            if (accounts.userNames.at(i) != currentUserName)
+            if (accounts.userNames.at(i) != name)
                 continue;
-            currentPassword = enciphered(currentPassword);
-            moveToFront(accounts.userNames, i, currentUserName);
-            moveToFront(accounts.passwords, i, currentPassword);
+            newPassword = enciphered(newPassword);
+            moveToFront(accounts.userNames, i, name);
+            moveToFront(accounts.passwords, i, newPassword);
             moveToFront(accounts.rememberFlags, i, currentFlag);
         }
-    } else if (!currentUserName.isEmpty()) {
-        prependAtMost(accounts.userNames, currentUserName);
-        prependAtMost(accounts.passwords, enciphered(currentPassword));
+    } else if (!name.isEmpty()) {
+        prependAtMost(accounts.userNames, name);
+        prependAtMost(accounts.passwords, enciphered(newPassword));
         prependAtMost(accounts.rememberFlags, currentFlag);
     }
-    currentPassword.clear();
     writeAccountFile(accounts);
+
+    // The dialog may be shown again: what is chosen from the box must be the account at the same place.
+    const QSignalBlocker quiet(userName);
+    userName->clear();
+    userName->addItems(accounts.userNames);
+}
+
+QString UserNameLoginWidget::remembered(int index) const
+{
+    return isSet(accounts.rememberFlags.value(index)) ? deciphered(accounts.passwords.value(index))
+                                                      : QString();
+}
+
+void UserNameLoginWidget::fillInRemembered()
+{
+    const int index = userName->currentIndex();
+    if (password->text().isEmpty() && userName->currentText() == accounts.userNames.value(index))
+        password->setText(remembered(index));
+}
+
+void UserNameLoginWidget::forgetPassword()
+{
+    password->setText(QString()); // unlike clear(), this leaves nothing to undo either
+    showPassword(false);
 }
 
 void UserNameLoginWidget::_userNameIndexChanged(int index)
 {
     if (index >= accounts.passwords.size())
         return;
-    currentPassword = accounts.passwords.value(index);
     currentFlag = accounts.rememberFlags.value(index);
-    const bool fill = isSet(currentFlag);
-    remember->setChecked(fill);
-    password->setText(fill ? currentPassword : QString());
+    remember->setChecked(isSet(currentFlag));
+    password->setText(remembered(index));
 }
 
 void UserNameLoginWidget::_userNameChanged(const QString&)
 {
     const int index = userName->currentIndex();
     // The first account's password goes as well: what is being typed is another name.
-    const bool fill = index > 0 && isSet(accounts.rememberFlags.value(index));
-    password->setText(fill ? accounts.passwords.value(index) : QString());
+    password->setText(index > 0 ? remembered(index) : QString());
 }
 
 void UserNameLoginWidget::_checkBoxClicked(int)

@@ -21,8 +21,13 @@ public:
     QLineEdit* userNameField() const;
     QLineEdit* passwordField() const { return password; }
 
-    /// Puts the account of the fields in front of those in the account file: for a sign-in that succeeded.
-    void saveRememberedAccount();
+    /// Puts the account in front of those in the account file: for a sign-in that succeeded.
+    void saveRememberedAccount(const QString& name, const QString& clearPassword);
+
+    /// Fills in the password of the remembered account that is chosen, unless there is one in the field.
+    void fillInRemembered();
+    /// Leaves no password in clear behind.
+    void forgetPassword();
 
 private slots:
     void _userNameIndexChanged(int index);
@@ -32,6 +37,7 @@ private slots:
 
 private:
     void loadRememberedAccounts();
+    QString remembered(int index) const;
     void showPassword(bool shown);
 
     QComboBox* userName;
@@ -39,10 +45,6 @@ private:
     QAction* eye;
     QCheckBox* remember;
 
-    RememberedAccounts accounts;
-    /// Between loading and saving they are in clear.
-    bool passwordsEnciphered = false;
+    RememberedAccounts accounts; ///< as in the file: the passwords are enciphered
     QString currentFlag;
-    QString currentUserName;
-    QString currentPassword;
 };

@@ -25,8 +25,8 @@ bool confirm(Window* window, const QString& question)
 /// Runs \a request with \a window Waiting for \a what. Whether it was done; when it was refused, says
 /// \a complaint.
 template <class Window>
-bool done(Window* window, const QString& what, const std::function<bool()>& request, const QString& complaint,
-    const QString& button = QString())
+bool performed(Window* window, const QString& what, const std::function<bool()>& request,
+    const QString& complaint, const QString& button = QString())
 {
     const Outcome outcome = callPlatform(window, what, request);
     if (outcome == Outcome::Refused)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ui/account/FieldGrid.h"
+#include "ui/FieldGrid.h"
 
 #include <QDialog>
 #include <QHBoxLayout>
@@ -51,7 +51,8 @@ void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton*
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(proceed);
-    buttons->addWidget(leave);
+    if (leave)
+        buttons->addWidget(leave);
 
     auto* layout = new QVBoxLayout(dialog);
     layout->addLayout(rows);

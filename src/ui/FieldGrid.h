@@ -19,5 +19,6 @@ public:
     void addField(const QString& label, QWidget* field, QWidget* beside = nullptr);
 };
 
-/// The rows of a small dialog above its two buttons, of which Enter presses \a proceed.
+/// The rows of a small dialog above its buttons, of which Enter presses \a proceed.
+/// \param leave null for a dialog that is left by its title bar or Escape only
 void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton* leave);

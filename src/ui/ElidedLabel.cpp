@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include "ui/ElidedLabel.h"
+
+#include <QPainter>
+#include <QStyle>
+#include <QTextDocument>
+
+ElidedLabel::ElidedLabel(const QString& text, int maximumWidth)
+    : maximum(maximumWidth)
+{
+    setTextFormat(Qt::PlainText);
+    setText(text);
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    return {qMin(fontMetrics().horizontalAdvance(text()) + 2, maximum), fontMetrics().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    return {0, fontMetrics().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    style()->drawItemText(
+        &painter, contentsRect(), int(alignment()), palette(), isEnabled(), fitting(), foregroundRole());
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event)
+{
+    QLabel::resizeEvent(event);
+    setToolTip(fitting() == text() ? QString() : plainToolTip(text()));
+}
+
+QString ElidedLabel::fitting() const
+{
+    return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width());
+}
+
+QString plainToolTip(const QString& text)
+{
+    return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
+}

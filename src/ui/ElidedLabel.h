@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QLabel>
+
+/// One line of text that gives way: cut in the middle where there is no room for all of it, and whole in its
+/// tooltip then. text() is always all of it. The text is shown as it is, never as rich text.
+class ElidedLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    /// \param maximumWidth what it asks for at most, in pixels
+    ElidedLabel(const QString& text, int maximumWidth);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QString fitting() const;
+
+    int maximum;
+};
+
+/// \a text as a tooltip, which would else take a name with a tag in it for rich text.
+QString plainToolTip(const QString& text);

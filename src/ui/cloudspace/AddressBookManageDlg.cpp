@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/AddressBookManageDlg.h"
+
+#include "cloud/CloudFileManger.h"
+#include "ui/ScopedDialog.h"
+#include "ui/cloudspace/AddAltAccountDlg.h"
+#include "ui/cloudspace/RecordTable.h"
+#include "ui/cloudspace/Steps.h"
+#include "ui/cloudspace/TableDialog.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace {
+
+enum Column
+{
+    RemarkColumn,
+    AccountColumn,
+    CompanyColumn
+};
+
+using Friends = QList<CloudFileManger::CloudAddressBookInfo>;
+
+} // namespace
+
+AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* parent)
+    : Dialog(parent)
+    , client(manager)
+    , table(new RecordTable({tr("Remark name"), tr("Account"), tr("Company")},
+          tr("There is no friend in the address book yet. Press \"Add\" to add one."), this))
+{
+    const BuiltApart apart(this);
+    setWindowTitle(tr("Address book Management"));
+    table->setAccessibleName(windowTitle());
+    auto* addButton = new QPushButton(tr("Add"), this);
+    auto* deleteButton = new QPushButton(tr("Delete"), this);
+    auto* editButton = new QPushButton(tr("Edit"), this);
+    auto* closeButton = new QPushButton(tr("Close"), this);
+    closeButton->setDefault(true);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(addButton);
+    buttons->addWidget(deleteButton);
+    buttons->addWidget(editButton);
+    buttons->addStretch();
+    buttons->addWidget(closeButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(table);
+    layout->addLayout(buttons);
+
+    connect(table, &QTableWidget::cellClicked, table, &QTableWidget::selectRow);
+    connect(addButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onAddRecord);
+    connect(deleteButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onDelRecord);
+    connect(editButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onAltRecord);
+    connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
+    load();
+    resizeToColumns(this, table);
+}
+
+void AddressBookManageDlg::load()
+{
+    Friends friends;
+    const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
+        [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
+    if (outcome == Outcome::Refused)
+        inform(this, tr("Failed to load address book form!"));
+    if (outcome != Outcome::Done)
+        return;
+    table->setRowCount(0);
+    for (const auto& entry : friends)
+        table->addRecord({entry.friendRemark, entry.friendUser, entry.friendUnit});
+    table->fitColumns();
+}
+
+/// -1 when there is none. A table that gets the focus makes its first row the current one and shows nothing:
+/// that is no choice of the user's.
+int AddressBookManageDlg::selectedRow() const
+{
+    const QModelIndexList rows = table->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+/// Asks the platform which entry \a account has now. False when there is none, or the window went.
+bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const QString& complaint)
+{
+    Friends friends;
+    if (!performed(
+            this, tr("Looking for the friend..."),
+            [&friends, manager = client] { return manager->SearchAddressBookList(friends); }, complaint,
+            tr("OK")))
+        return false;
+    const auto found = std::find_if(
+        friends.cbegin(), friends.cend(), [&](const auto& entry) { return entry.friendUser == account; });
+    if (found == friends.cend())
+        return false;
+    id = found->id;
+    return true;
+}
+
+void AddressBookManageDlg::_onAddRecord()
+{
+    ScopedDialog<AddAltAccountDlg> form(this, QString());
+    form->setWindowTitle(tr("Add"));
+    if (!form.accepted())
+        return;
+    const auto request = [manager = client, account = form->account(), name = form->name(),
+                             company = form->company()] {
+        return manager->AddToAddressBook(account, name, company);
+    };
+    if (performed(this, tr("Adding the friend..."), request, tr("Please enter the correct account number!")))
+        load();
+}
+
+void AddressBookManageDlg::_onAltRecord()
+{
+    const int row = selectedRow();
+    if (row < 0)
+        return;
+    ScopedDialog<AddAltAccountDlg> form(this, QString());
+    form->setWindowTitle(tr("Change"));
+    form->startFrom(
+        table->text(row, RemarkColumn), table->text(row, AccountColumn), table->text(row, CompanyColumn));
+    if (!form.accepted())
+        return;
+    const QString account = form->account();
+    const QString name = form->name();
+    const QString company = form->company();
+
+    const QString complaint = tr("Change exceptions!");
+    QString id;
+    if (!findEntry(account, id, complaint))
+        return;
+    // In one go: who closes the window in between must not lose the friend.
+    const auto replace = [self = QPointer<AddressBookManageDlg>(this), manager = client, id, account, name,
+                             company] {
+        return manager->DelFromAddressBook(id) && self && manager->AddToAddressBook(account, name, company);
+    };
+    if (performed(this, tr("Changing the friend..."), replace, complaint, tr("OK")))
+        load();
+}
+
+void AddressBookManageDlg::_onDelRecord()
+{
+    const int row = selectedRow();
+    if (row < 0)
+        return;
+    const QString account = table->text(row, AccountColumn);
+    if (!askBox(
+            QMessageBox::Information, this, tr("Prompt"), tr("Confirm deletion?"), tr("OK"), tr("Cancel")))
+        return;
+    const QString complaint = tr("Remove exceptions!");
+    QString id;
+    if (!findEntry(account, id, complaint))
+        return;
+    const auto request = [manager = client, id] { return manager->DelFromAddressBook(id); };
+    if (performed(this, tr("Deleting the friend..."), request, complaint, tr("OK")))
+        load();
+}

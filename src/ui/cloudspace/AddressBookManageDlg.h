@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "toolkit/Dialog.h"
+
+#include <QString>
+
+class CloudFileManger;
+class RecordTable;
+
+/// The user's address book: the friends to share with, to be added, edited and deleted.
+class AddressBookManageDlg : public Dialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the platform for the address book.
+    /// \param manager not owned; must outlive the dialog
+    AddressBookManageDlg(CloudFileManger* manager, QWidget* parent);
+
+private slots:
+    void _onAddRecord();
+    void _onDelRecord();
+    void _onAltRecord();
+
+private:
+    void load();
+    int selectedRow() const;
+    bool findEntry(const QString& account, QString& id, const QString& complaint);
+
+    CloudFileManger* client;
+    RecordTable* table;
+};

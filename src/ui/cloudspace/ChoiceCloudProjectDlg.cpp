@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/ChoiceCloudProjectDlg.h"
+
+#include "ui/ScopedDialog.h"
+#include "ui/cloudspace/CreateCloudProjectDlg.h"
+#include "ui/cloudspace/MycheckBox.h"
+#include "ui/cloudspace/RecordTable.h"
+#include "ui/cloudspace/Steps.h"
+#include "ui/cloudspace/TableDialog.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace {
+
+enum Column
+{
+    BoxColumn,
+    NameColumn,
+    DescriptionColumn,
+    SourceColumn,
+    IdColumn
+};
+
+} // namespace
+
+ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
+    CloudFileManger::ShareProjectInfo* chosen, QString projectName, QString projectId, QWidget* parent)
+    : Dialog(parent)
+    , client(manager)
+    , chosenProject(chosen)
+    , table(new RecordTable({QString(), tr("Cloud Project Name"), tr("Cloud Project Description"),
+                                tr("Source Client"), tr("Cloud project ID")},
+          tr("There is no cloud project yet. Press \"Add\" to add one."), this))
+{
+    const BuiltApart apart(this);
+    setWindowTitle(tr("Choose Cloud Project"));
+    auto* label = new QLabel(tr("Please select a cloud project"), this);
+    label->setBuddy(table);
+    table->setAccessibleName(label->text());
+    auto* addButton = new QPushButton(tr("Add"), this);
+    auto* confirmButton = new QPushButton(tr("OK"), this);
+    auto* cancelButton = new QPushButton(tr("Cancel"), this);
+    confirmButton->setDefault(true);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(addButton);
+    buttons->addStretch();
+    buttons->addWidget(confirmButton);
+    buttons->addWidget(cancelButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(label);
+    layout->addWidget(table);
+    layout->addLayout(buttons);
+
+    connect(table, &QTableWidget::cellClicked, this, &ChoiceCloudProjectDlg::_onChangCBoxCheck);
+    connect(addButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg);
+    connect(confirmButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onWhetherNull);
+    connect(cancelButton, &QPushButton::clicked, this, &QDialog::reject);
+    load();
+    const int row = projectId.isEmpty() ? rowOf(NameColumn, projectName) : rowOf(IdColumn, projectId);
+    if (row >= 0)
+        table->setCurrentCell(row, BoxColumn);
+    resizeToColumns(this, table);
+}
+
+/// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.
+bool ChoiceCloudProjectDlg::load()
+{
+    switch (callPlatform(this, tr("Loading the cloud projects..."),
+        [manager = client] { return manager->getAllCloudProjectBackup(); })) {
+    case Outcome::Done:
+        showProjects();
+        return true;
+    case Outcome::Refused:
+        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + client->getLastError());
+        return true;
+    case Outcome::Abandoned:
+        break;
+    }
+    return false;
+}
+
+void ChoiceCloudProjectDlg::showProjects()
+{
+    chosenId.clear();
+    boxes.clear();
+    table->setRowCount(0);
+    for (const auto& project : client->getAllCloudProjects()) {
+        const int row = table->rowCount();
+        auto* box = new MycheckBox(row, table);
+        box->checkBox()->setFocusPolicy(Qt::NoFocus); // the row has it, and Space there checks the box
+        table->addRecord({project.projectTitle, project.description, project.sourceClient, project.id}, box);
+        connect(box, &MycheckBox::boxChecked, this, &ChoiceCloudProjectDlg::_onCheckChange);
+        boxes.insert(row, box);
+    }
+    table->fitColumns();
+}
+
+/// The first; -1 when there is none.
+int ChoiceCloudProjectDlg::rowOf(int column, const QString& text) const
+{
+    for (int row = 0; row < table->rowCount() && !text.isEmpty(); ++row)
+        if (table->text(row, column) == text)
+            return row;
+    return -1;
+}
+
+void ChoiceCloudProjectDlg::_onChangCBoxCheck(int row)
+{
+    boxes[row]->checkBox()->setChecked(true);
+    _onCheckChange(row);
+}
+
+void ChoiceCloudProjectDlg::_onCheckChange(int row)
+{
+    chosenId = table->text(row, IdColumn);
+    if (table->currentRow() != row)
+        table->setCurrentCell(row, BoxColumn);
+    *chosenProject = {chosenId, table->text(row, NameColumn), table->text(row, SourceColumn), QString(),
+        table->text(row, DescriptionColumn)};
+    for (auto box = boxes.cbegin(); box != boxes.cend(); ++box)
+        if (box.key() != row)
+            box.value()->checkBox()->setChecked(false);
+}
+
+void ChoiceCloudProjectDlg::_onWhetherNull()
+{
+    if (chosenId.isEmpty()) {
+        inform(this, tr("Please select a cloud project"));
+        return;
+    }
+    client->setProjectID(chosenId);
+    accept();
+}
+
+void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
+{
+    ScopedDialog<CreateCloudProjectDlg> form(this, QString());
+    if (!form.accepted())
+        return;
+    const auto request = [manager = client, name = form->name(), description = form->description()] {
+        return manager->AddCloudProInfo(name, description);
+    };
+    if (!performed(this, tr("Adding the cloud project..."), request, tr("Add cloud project failed!"))
+        || !load())
+        return;
+    const int row = rowOf(IdColumn, client->getProjectId());
+    if (row >= 0)
+        _onChangCBoxCheck(row);
+    inform(this, tr("Add cloud project successfully!"));
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "cloud/CloudFileManger.h"
+
+#include "toolkit/Dialog.h"
+
+#include <QMap>
+#include <QString>
+
+class MycheckBox;
+class RecordTable;
+
+/// Lets the user choose the cloud project that a shared file goes into, or add one.
+class ChoiceCloudProjectDlg : public Dialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the platform for the projects.
+    /// \param manager not owned; must outlive the dialog. What the user confirms becomes its current project.
+    /// \param chosen receives the project that the user checks; must outlive the dialog
+    /// \param projectName, projectId the current project, whose row is highlighted at first
+    ChoiceCloudProjectDlg(CloudFileManger* manager, CloudFileManger::ShareProjectInfo* chosen,
+        QString projectName, QString projectId, QWidget* parent);
+
+private slots:
+    void _onChangCBoxCheck(int row);
+    void _onOpenCreateCloudProjectDlg();
+    void _onWhetherNull();
+    void _onCheckChange(int row);
+
+private:
+    bool load();
+    void showProjects();
+    int rowOf(int column, const QString& text) const;
+
+    CloudFileManger* client;
+    CloudFileManger::ShareProjectInfo* chosenProject;
+    QString chosenId;
+    RecordTable* table;
+    QMap<int, MycheckBox*> boxes;
+};

@@ -1,0 +1,474 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/CloudShareTabWidget.h"
+
+#include "cloud/CloudFileManger.h"
+#include "toolkit/FileDialog.h"
+#include "toolkit/ISystemSettings.h"
+#include "ui/ScopedDialog.h"
+#include "ui/cloudspace/AddressBookManageDlg.h"
+#include "ui/cloudspace/ChoiceCloudProjectDlg.h"
+#include "ui/cloudspace/EnterKey.h"
+#include "ui/cloudspace/GroupManageDlg.h"
+#include "ui/cloudspace/ItemWidget.h"
+#include "ui/cloudspace/RecordTable.h"
+#include "ui/cloudspace/Steps.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace {
+
+const char typeFlag[] = "1";
+
+/// The columns behind the one of check boxes.
+enum FriendColumn
+{
+    UserName = 4
+};
+enum GroupColumn
+{
+    GroupId = 2
+};
+
+struct Expiry
+{
+    int hours;
+    bool inDays;
+};
+const QVector<Expiry> anonymousExpiries = {{2, false}, {12, false}, {24, true}, {72, true}, {168, true}};
+const QVector<Expiry> sharedExpiries = {{24, true}, {72, true}, {168, true}, {360, true}, {720, true}};
+
+QComboBox* expiryCombo(const QVector<Expiry>& choices)
+{
+    auto* combo = new QComboBox;
+    for (const Expiry& choice : choices)
+        combo->addItem(choice.inDays ? CloudShareTabWidget::tr("%1 Days").arg(choice.hours / 24)
+                                     : CloudShareTabWidget::tr("%1 Hours").arg(choice.hours),
+            choice.hours);
+    return combo;
+}
+
+int hoursOf(const QComboBox* combo, int otherwise)
+{
+    const QVariant hours = combo->currentData();
+    return hours.isValid() ? hours.toInt() : otherwise;
+}
+
+QLabel* labelFor(QWidget* field, const QString& text)
+{
+    auto* label = new QLabel(text);
+    label->setBuddy(field);
+    return label;
+}
+
+/// What all modes have: for how long, and the button that shares.
+QHBoxLayout* shareRow(QComboBox* expiry, QPushButton* share)
+{
+    auto* row = new QHBoxLayout;
+    row->addWidget(labelFor(expiry, CloudShareTabWidget::tr("Expiry date")));
+    row->addWidget(expiry);
+    row->addWidget(share);
+    row->addStretch();
+    return row;
+}
+
+QCheckBox* boxOf(const RecordTable* table, int row)
+{
+    return static_cast<ItemWidget*>(table->cellWidget(row, 0))->checkBox();
+}
+
+/// The texts of a column in the rows that are checked, from top to bottom.
+QStringList checkedTexts(const RecordTable* table, int column)
+{
+    QStringList texts;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        if (boxOf(table, row)->isChecked())
+            texts.append(table->text(row, column));
+    }
+    return texts;
+}
+
+/// A page without margins of its own: it stands in a box that has some.
+QVBoxLayout* newPage()
+{
+    auto* layout = new QVBoxLayout(new QWidget);
+    layout->setContentsMargins(0, 0, 0, 0);
+    return layout;
+}
+
+/// The page of a mode that shares with those who are checked in a table.
+QWidget* tablePage(
+    QComboBox* expiry, QPushButton* share, QPushButton* manage, QLabel* caption, RecordTable* table)
+{
+    QHBoxLayout* row = shareRow(expiry, share);
+    row->addWidget(manage);
+    caption->setBuddy(table);
+    QVBoxLayout* layout = newPage();
+    layout->addLayout(row);
+    layout->addWidget(caption);
+    layout->addWidget(table, 1);
+    return layout->parentWidget();
+}
+
+void toggle(QCheckBox* box)
+{
+    box->setChecked(!box->isChecked());
+}
+
+} // namespace
+
+CloudShareTabWidget::CloudShareTabWidget(CloudFileManger* manager, QString projectName, QString projectId,
+    QMap<QString, QString> fileTypeMap, QClipboard* board, QString fourth, QString ownAccount,
+    QWidget* parent)
+    : QWidget(parent)
+    , client(manager)
+    , fileTypes(std::move(fileTypeMap))
+    , clipboard(board)
+    , account(std::move(ownAccount))
+    , fourthText(std::move(fourth))
+    , currentProjectName(std::move(projectName))
+    , currentProjectId(std::move(projectId))
+{
+    auto* anonymousMode = new QRadioButton(tr("Anonymous share"));
+    auto* friendsMode = new QRadioButton(tr("Share To friends"));
+    auto* groupsMode = new QRadioButton(tr("Share To groups"));
+    auto* modes = new QHBoxLayout;
+    for (QRadioButton* button : {anonymousMode, friendsMode, groupsMode})
+        modes->addWidget(button);
+    modes->addStretch();
+
+    auto* fileBox = makeFileBox();
+    auto* modeBox = new QGroupBox(tr("Select sharing Mode"));
+    auto* modeLayout = new QVBoxLayout(modeBox);
+    modeLayout->addLayout(modes);
+    pages = {makeAnonymousPage(), makeFriendsPage(), makeGroupsPage()};
+    for (QWidget* page : pages)
+        modeLayout->addWidget(page);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(fileBox);
+    layout->addWidget(modeBox, 1);
+
+    connect(anonymousMode, &QRadioButton::toggled, this, &CloudShareTabWidget::_onChangeAnonymousShare);
+    connect(friendsMode, &QRadioButton::toggled, this, &CloudShareTabWidget::_onChangeAccountNumber);
+    connect(groupsMode, &QRadioButton::toggled, this, &CloudShareTabWidget::_onChangeShareToGroup);
+    anonymousMode->setChecked(true);
+
+    leaveEnterTo(this);
+
+    loadFriends();
+    loadGroups();
+}
+
+/// Enter in a field presses the button that the field is for.
+void CloudShareTabWidget::keyPressEvent(QKeyEvent* event)
+{
+    if (!isEnter(event))
+        QWidget::keyPressEvent(event);
+    else if (codeEdit->hasFocus())
+        extractButton->click();
+    else if (pathEdit->hasFocus())
+        shareButtons[mode]->click();
+    else
+        pressFocused(this);
+}
+
+QWidget* CloudShareTabWidget::makeFileBox()
+{
+    pathEdit = new QLineEdit;
+    pathEdit->setAccessibleName(tr("File"));
+    typeCombo = new QComboBox;
+    typeCombo->setAccessibleName(tr("File type"));
+    for (auto type = fileTypes.begin(); type != fileTypes.end(); ++type)
+        typeCombo->addItem(tr("%1 File").arg(type.key().toUpper()), type.key().toLower());
+    auto* browse = new QPushButton(tr("Browse..."));
+    connect(browse, &QPushButton::clicked, this, &CloudShareTabWidget::_onOpenFileDlg);
+
+    auto* box = new QGroupBox(tr("Choose to Share files"));
+    auto* row = new QHBoxLayout(box);
+    row->addWidget(pathEdit, 1);
+    row->addWidget(typeCombo);
+    row->addWidget(browse);
+    return box;
+}
+
+QWidget* CloudShareTabWidget::makeAnonymousPage()
+{
+    anonymousExpiry = expiryCombo(anonymousExpiries);
+    auto* share = new QPushButton(tr("Share"));
+    shareButtons.append(share);
+    codeEdit = new QLineEdit;
+    auto* paste = new QPushButton(tr("Paste"));
+    extractButton = new QPushButton(tr("Extract"));
+    connect(share, &QPushButton::clicked, this, &CloudShareTabWidget::_onAnonymousShare);
+    connect(paste, &QPushButton::clicked, this, &CloudShareTabWidget::_onPasteCode);
+    connect(extractButton, &QPushButton::clicked, this, &CloudShareTabWidget::_onConfirmExtraction);
+
+    auto* extraction = new QHBoxLayout;
+    extraction->addWidget(labelFor(codeEdit, tr("Input extraction code")));
+    extraction->addWidget(codeEdit, 1);
+    extraction->addWidget(paste);
+    extraction->addWidget(extractButton);
+    QVBoxLayout* layout = newPage();
+    layout->addLayout(shareRow(anonymousExpiry, share));
+    layout->addLayout(extraction);
+    layout->addStretch();
+    return layout->parentWidget();
+}
+
+QWidget* CloudShareTabWidget::makeFriendsPage()
+{
+    friendsExpiry = expiryCombo(sharedExpiries);
+    friendsCaption = new QLabel;
+    friendsTable = new RecordTable(
+        {QString(), tr("Remark name"), tr("Account"), tr("Company"), tr("User name")}, QString());
+    auto* share = new QPushButton(tr("Share"));
+    shareButtons.append(share);
+    auto* manage = new QPushButton(tr("Address book Management"));
+    connect(share, &QPushButton::clicked, this, &CloudShareTabWidget::_onAccountNumberShare);
+    connect(manage, &QPushButton::clicked, this, &CloudShareTabWidget::_onOpenAddressBookManageDlg);
+    connect(friendsTable, &QTableWidget::cellClicked, this, &CloudShareTabWidget::_onChangeCBoxState);
+    return tablePage(friendsExpiry, share, manage, friendsCaption, friendsTable);
+}
+
+QWidget* CloudShareTabWidget::makeGroupsPage()
+{
+    groupsExpiry = expiryCombo(sharedExpiries);
+    groupsCaption = new QLabel;
+    groupsTable = new RecordTable({QString(), tr("Group name"), tr("Group ID")}, QString());
+    auto* share = new QPushButton(tr("Share"));
+    shareButtons.append(share);
+    auto* manage = new QPushButton(tr("Group management"));
+    connect(share, &QPushButton::clicked, this, &CloudShareTabWidget::_onGroupShare);
+    connect(manage, &QPushButton::clicked, this, &CloudShareTabWidget::_onOpenGroupManageDlg);
+    connect(groupsTable, &QTableWidget::cellClicked, this, &CloudShareTabWidget::_onChangeCBoxState2);
+    return tablePage(groupsExpiry, share, manage, groupsCaption, groupsTable);
+}
+
+void CloudShareTabWidget::showMode(int chosen)
+{
+    mode = chosen;
+    for (int i = 0; i < pages.size(); ++i)
+        pages[i]->setVisible(i == mode);
+}
+
+void CloudShareTabWidget::_onChangeAnonymousShare()
+{
+    showMode(0);
+}
+
+void CloudShareTabWidget::_onChangeAccountNumber()
+{
+    showMode(1);
+}
+
+void CloudShareTabWidget::_onChangeShareToGroup()
+{
+    showMode(2);
+}
+
+void CloudShareTabWidget::_onChangeCBoxState(int row)
+{
+    toggle(boxOf(friendsTable, row));
+}
+
+void CloudShareTabWidget::_onChangeCBoxState2(int row)
+{
+    toggle(boxOf(groupsTable, row));
+}
+
+void CloudShareTabWidget::loadFriends()
+{
+    QList<CloudFileManger::CloudAddressBookInfo> friends;
+    const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
+        [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
+    if (outcome == Outcome::Abandoned)
+        return;
+    friendsTable->setRowCount(0);
+    for (const auto& entry : friends)
+        friendsTable->addRecord({entry.friendRemark, entry.friendPhone, entry.friendUnit, entry.friendUser},
+            new ItemWidget(nullptr));
+    friendsTable->fitColumns();
+    friendsTable->setEmptyText(outcome == Outcome::Done ? tr("There is nobody in your address book yet.")
+                                                        : tr("The address book could not be loaded."));
+    friendsCaption->setText(tr("Friends list") + QStringLiteral(" (%1)").arg(friends.size()));
+    if (outcome == Outcome::Refused)
+        fail(this, tr("Failed to query the address book list!"));
+}
+
+void CloudShareTabWidget::loadGroups()
+{
+    QList<CloudFileManger::CloudGroupInfo> groups;
+    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
+        [&groups, manager = client] { return manager->SearchGroup(groups); });
+    if (outcome == Outcome::Abandoned)
+        return;
+    groupsTable->setRowCount(0);
+    for (const auto& group : groups)
+        groupsTable->addRecord({group.groupName, group.id}, new ItemWidget(nullptr));
+    groupsTable->fitColumns();
+    groupsTable->setEmptyText(
+        outcome == Outcome::Done ? tr("You are in no group yet.") : tr("The groups could not be loaded."));
+    groupsCaption->setText(tr("Groups") + QStringLiteral(" (%1)").arg(groups.size()));
+    if (outcome == Outcome::Refused)
+        fail(this, tr("Group Query Failure!"));
+}
+
+void CloudShareTabWidget::_onOpenFileDlg()
+{
+    const QString suffix = typeCombo->currentData().toString();
+    const QString filter = suffix.isEmpty() ? QStringLiteral("()") : "(*." + suffix + ')';
+    const QPointer<CloudShareTabWidget> self(this);
+    const QString path = FileDialog::getOpenFileName(
+        pSystemSettings, this, tr("Obtaining the file path"), QString(), filter, nullptr, {});
+    if (self && !path.isEmpty())
+        pathEdit->setText(path);
+}
+
+void CloudShareTabWidget::_onOpenAddressBookManageDlg()
+{
+    const QPointer<CloudShareTabWidget> self(this);
+    ScopedDialog<AddressBookManageDlg>(this, tr("Loading the address book..."), client).accepted();
+    if (self)
+        loadFriends();
+}
+
+void CloudShareTabWidget::_onOpenGroupManageDlg()
+{
+    const QPointer<CloudShareTabWidget> self(this);
+    ScopedDialog<GroupManageDlg>(this, tr("Loading the groups..."), client, clipboard, account).accepted();
+    if (self)
+        loadGroups();
+}
+
+/// The path of the file to share; empty when there is none, which the user knows then.
+QString CloudShareTabWidget::fileToShare(const QString& button)
+{
+    const QString path = pathEdit->text();
+    if (path.isEmpty()) {
+        inform(this, tr("Please select the file to share first."));
+        return QString();
+    }
+    if (QFileInfo(path).isFile())
+        return path;
+    fail(this, tr("Invalid file path!"), button);
+    return QString();
+}
+
+bool CloudShareTabWidget::chooseProject()
+{
+    CloudFileManger::ShareProjectInfo chosen;
+    return ScopedDialog<ChoiceCloudProjectDlg>(
+        this, tr("Loading the cloud projects..."), client, &chosen, currentProjectName, currentProjectId)
+        .accepted();
+}
+
+/// Uploads the file at \a path and gives its id as the shares take it.
+bool CloudShareTabWidget::upload(const QString& path, QString& fileId, const QString& button)
+{
+    const QFileInfo file(path);
+    const auto type = fileTypes.constFind(file.suffix().toLower());
+    const bool known = type != fileTypes.constEnd();
+    const QString supportType = known ? *type : QString();
+    // The platform decides on a type that the host does not know.
+    if (!known && !fail(this, tr("Could not find the server configuration table number for this file type!")))
+        return false;
+
+    int id = 0;
+    const bool uploaded = performed(
+        this, tr("Uploading %1...").arg(file.fileName()),
+        [&id, path, supportType, manager = client] {
+            return manager->UploadCloudShareFile2(typeFlag, supportType, path, id);
+        },
+        tr("File upload failed!"), button);
+    fileId = QString::number(id);
+    return uploaded;
+}
+
+void CloudShareTabWidget::_onAnonymousShare()
+{
+    const int hours = hoursOf(anonymousExpiry, 24);
+    const QString path = fileToShare();
+    QString fileId;
+    if (path.isEmpty() || !chooseProject() || !upload(path, fileId))
+        return;
+    QString code;
+    const auto share = [&, manager = client] { return manager->CloudShareAnonymous(fileId, code, hours); };
+    if (!performed(this, tr("Sharing the file..."), share, tr("Share failed!")))
+        return;
+    clipboard->setText(code);
+    if (!showBox(QMessageBox::Information, this, tr("Anonymous share"),
+            tr("Fetch Code") + ':' + code + '\n' + tr("The fetch code is copied to the clipboard.")))
+        return;
+    const auto extract = [&, manager = client] { return manager->ExtractByCode(code, QString()); };
+    if (performed(this, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
+        && inform(this, tr("Please go to my Cloud space to view the uploaded file.")))
+        emit refreshMyCloudSpace();
+}
+
+void CloudShareTabWidget::_onAccountNumberShare()
+{
+    const int hours = hoursOf(friendsExpiry, 360);
+    const QString path = fileToShare(tr("OK"));
+    if (path.isEmpty())
+        return;
+    QStringList accounts = checkedTexts(friendsTable, UserName);
+    if (accounts.isEmpty()) {
+        inform(this, tr("Choose friends"));
+        return;
+    }
+    accounts.append(account);
+    QString fileId;
+    if (!chooseProject() || !upload(path, fileId, tr("OK")))
+        return;
+    const auto share = [&, manager = client] {
+        return manager->CloudShareToAccount(accounts.join(','), fileId, hours);
+    };
+    if (performed(
+            this, tr("Sharing the file..."), share, tr("Failed to share file with specified user!"), tr("OK"))
+        && inform(this, tr("Share successfully!")))
+        emit refreshMyCloudSpace();
+}
+
+void CloudShareTabWidget::_onGroupShare()
+{
+    const int hours = hoursOf(groupsExpiry, 360);
+    const QString path = fileToShare();
+    QString fileId;
+    if (path.isEmpty() || !chooseProject() || !upload(path, fileId))
+        return;
+    // Only now: the file is in the cloud, whether a group was chosen or not.
+    const QStringList groups = checkedTexts(groupsTable, GroupId);
+    for (const QString& group : groups) {
+        const auto share = [&, manager = client] { return manager->CloudShareToGroup(group, fileId, hours); };
+        if (!performed(this, tr("Sharing the file..."), share, tr("Share failed!")))
+            return;
+    }
+    if (groups.isEmpty())
+        inform(this, tr("Please choose a group."));
+    else if (inform(this, tr("Share successfully!")))
+        emit refreshMyCloudSpace();
+}
+
+void CloudShareTabWidget::_onPasteCode()
+{
+    codeEdit->setText(clipboard->text());
+}
+
+void CloudShareTabWidget::_onConfirmExtraction()
+{
+    const QString code = codeEdit->text();
+    if (!filled(this, codeEdit, tr("The text box is empty.")))
+        return;
+    const auto extract = [&, manager = client] { return manager->ExtractByCode(code, QString()); };
+    if (performed(this, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
+        && inform(this, tr("Extraction successfully! Please go to My Cloud space to view the file")))
+        emit refreshMyCloudSpace();
+}

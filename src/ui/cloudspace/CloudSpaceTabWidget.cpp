@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/CloudSpaceTabWidget.h"
+
+#include "cloud/CloudFileManger.h"
+#include "core/ITreeElement.h"
+#include "toolkit/FileDialog.h"
+#include "toolkit/ISystemSettings.h"
+#include "ui/MessageBoxes.h"
+#include "ui/WindowNote.h"
+#include "ui/cloudspace/EnterKey.h"
+#include "ui/cloudspace/TavFileButton.h"
+#include "ui/cloudspace/TileArea.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGridLayout>
+#include <QLineEdit>
+#include <QProgressDialog>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int columns = 5;
+
+QString nameOf(const ITreeElement* element)
+{
+    return QString::fromLocal8Bit(element->name());
+}
+
+QString textOf(const ITreeElement* element, const char* key)
+{
+    return QString::fromLocal8Bit(element->properties().value(key));
+}
+
+int typeOf(const ITreeElement* element, const char* whenMissing = "")
+{
+    const char* type = element->properties().value("type");
+    return atoi(type ? type : whenMissing);
+}
+
+/// Whether \a name is one file's or folder's name and leads nowhere else. The platform chose it.
+bool isPlainFileName(const QString& name)
+{
+    const bool hasDrive = name.size() >= 2 && name[0].isLetter() && name[1] == ':';
+    return !name.isEmpty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\\')
+        && !hasDrive;
+}
+
+/// Tells that a download runs, without an end in sight and without a button.
+class DownloadProgress : public QProgressDialog
+{
+public:
+    explicit DownloadProgress(QWidget* parent)
+        : QProgressDialog(parent, Qt::CustomizeWindowHint)
+    {
+        setMinimumDuration(3);
+        setMinimumWidth(350);
+        setLabelText(CloudSpaceTabWidget::tr("Downloading") + "...");
+        setRange(0, 0);
+        setCancelButton(nullptr);
+        show();
+    }
+};
+
+} // namespace
+
+void CloudSpaceTabWidget::Release::operator()(ITreeElement* element) const
+{
+    tav_tree_element_release_instance(element);
+}
+
+CloudSpaceTabWidget::CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* board, QWidget* parent)
+    : QWidget(parent)
+    , pathEdit(new QLineEdit(this))
+    , tileGrid(new QGridLayout)
+    , tileArea(new TileArea(tileGrid, this))
+    , client(manager)
+    , clipboard(board)
+{
+    pathEdit->setReadOnly(true);
+    pathEdit->setAccessibleName(tr("Folder"));
+    auto* backButton = new QPushButton(tr("back"));
+    auto* refreshButton = new QPushButton(tr("Refresh"));
+    auto* downloadButton = new QPushButton(tr("Download"));
+    _onRefresh();
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(backButton);
+    top->addWidget(pathEdit);
+    auto* bottom = new QHBoxLayout;
+    bottom->addStretch();
+    bottom->addWidget(refreshButton);
+    bottom->addWidget(downloadButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(top);
+    layout->addWidget(tileArea);
+    layout->addLayout(bottom);
+    leaveEnterTo(this);
+    // All columns are seen.
+    const QMargins margins = tileArea->layout()->contentsMargins();
+    tileArea->setMinimumWidth(columns * TavFileButton::widthIn(this)
+        + (columns - 1) * tileGrid->horizontalSpacing() + margins.left() + margins.right()
+        + tileArea->verticalScrollBar()->sizeHint().width());
+
+    connect(backButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onGetBlack);
+    connect(refreshButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onRefresh);
+    connect(downloadButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onDownload);
+}
+
+CloudSpaceTabWidget::~CloudSpaceTabWidget() = default;
+
+void CloudSpaceTabWidget::keyPressEvent(QKeyEvent* event)
+{
+    if (isEnter(event))
+        pressFocused(this);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void CloudSpaceTabWidget::_onRefresh()
+{
+    delete note;
+    navigationStack.clear();
+    clearTiles();
+    tileArea->setEmptyText(QString());
+    tree.reset();
+
+    const QPointer<CloudSpaceTabWidget> self(this);
+    std::unique_ptr<ITreeElement, Release> fetched;
+    callPlatform(this, tr("Loading the cloud space..."), [&fetched, manager = client] {
+        fetched.reset(manager->getFileTree());
+        return true;
+    });
+    if (!self || !fetched)
+        return;
+    tree = std::move(fetched);
+    showFolder(tree.get());
+    // The tree is there all the same, with a branch empty.
+    if (!client->getLastError().isEmpty())
+        tell(tr("Not everything could be loaded: %1").arg(client->getLastError()));
+}
+
+void CloudSpaceTabWidget::showFolder(ITreeElement* element)
+{
+    if (typeOf(element) == 1)
+        return;
+    delete note;
+    clearTiles();
+    navigationStack.append(element);
+    placeTiles(element);
+    QString path;
+    for (const ITreeElement* folder : navigationStack)
+        path += nameOf(folder) + '\\';
+    pathEdit->setText(path);
+}
+
+void CloudSpaceTabWidget::placeTiles(ITreeElement* folder)
+{
+    int index = 0;
+    for (ITreeElement* child = folder->firstChild(); child; child = child->nextSibling(), ++index) {
+        auto* tile = new TavFileButton(nameOf(child), typeOf(child), nullptr);
+        connect(tile, &TavFileButton::iclicked, this, &CloudSpaceTabWidget::_onClicked);
+        connect(tile, &TavFileButton::iselected, this, &CloudSpaceTabWidget::_onSelect);
+        tileArea->addTile(tile, index / columns, index % columns);
+        tileList.append(tile);
+    }
+    tileArea->setEmptyText(tr("This folder is empty."));
+}
+
+void CloudSpaceTabWidget::clearTiles()
+{
+    for (TavFileButton* tile : tileList) {
+        tileGrid->removeWidget(tile);
+        tile->hide();
+        tile->deleteLater();
+    }
+    tileList.clear();
+    tileArea->scrollToTop();
+}
+
+void CloudSpaceTabWidget::_onSelect(QString name)
+{
+    delete note;
+    for (TavFileButton* tile : tileList) {
+        // A tile that was scrolled away is white already: thousands need no new style.
+        if (tile->getName() != name && (tile->selected || !tile->isHidden()))
+            tile->setSelected(false);
+    }
+}
+
+void CloudSpaceTabWidget::_onClicked(QString name)
+{
+    if (ITreeElement* child = childOfCurrent(name))
+        showFolder(child);
+}
+
+void CloudSpaceTabWidget::_onGetBlack()
+{
+    if (navigationStack.size() < 2)
+        return;
+    navigationStack.removeLast();
+    showFolder(navigationStack.takeLast());
+}
+
+ITreeElement* CloudSpaceTabWidget::childOfCurrent(const QString& name) const
+{
+    return navigationStack.isEmpty() ? nullptr
+                                     : navigationStack.last()->findChild(name.toLocal8Bit().constData());
+}
+
+void CloudSpaceTabWidget::_onDownload()
+{
+    QString name;
+    for (const TavFileButton* tile : tileList) {
+        if (tile->selected)
+            name = tile->getName();
+    }
+    if (name.isEmpty())
+        return;
+
+    const QPointer<CloudSpaceTabWidget> self(this);
+    // Cancelled or not: an empty directory stands for the root of the file system.
+    const QString directory = FileDialog::getExistingDirectory(
+        pSystemSettings, this, tr("Save path"), QString(), QFileDialog::ShowDirsOnly);
+    ITreeElement* element = self ? childOfCurrent(name) : nullptr;
+    if (!element)
+        return;
+
+    delete note;
+    missed.clear();
+    const QPointer<DownloadProgress> progress(new DownloadProgress(this));
+    const Outcome outcome = downloadTreeElement(element, directory);
+    delete progress;
+    if (outcome == Outcome::Done)
+        inform(this, tr("The download is complete!"), tr("OK"));
+    if (outcome == Outcome::Refused)
+        tell(tr("Not downloaded: %1").arg(missed.join(", ")));
+}
+
+/// After Outcome::Abandoned neither the tree nor this may exist any more.
+Outcome CloudSpaceTabWidget::downloadTreeElement(ITreeElement* element, const QString& directory)
+{
+    if (!QFile::exists(directory))
+        QDir().mkdir(directory);
+    const QString name = nameOf(element);
+    Outcome outcome = Outcome::Done;
+    if (!isPlainFileName(name))
+        outcome = Outcome::Refused;
+    // Other than its tile, an element without a type is a file here.
+    else if (typeOf(element, "-1") != 0)
+        outcome = downloadFile(element, directory + '/' + name);
+    else {
+        for (ITreeElement* child = element->firstChild(); child; child = child->nextSibling()) {
+            const Outcome ofChild = downloadTreeElement(child, directory + '/' + name);
+            if (ofChild == Outcome::Abandoned)
+                return ofChild;
+            if (ofChild == Outcome::Refused)
+                outcome = ofChild;
+        }
+        return outcome;
+    }
+    if (outcome == Outcome::Refused)
+        missed.append(name);
+    return outcome;
+}
+
+Outcome CloudSpaceTabWidget::downloadFile(const ITreeElement* file, const QString& target)
+{
+    const QString projectId = textOf(file, "projectId");
+    const QString fileId = textOf(file, "fileId");
+    if (projectId.isEmpty() && fileId.isEmpty())
+        return Outcome::Refused;
+
+    // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
+    const QPointer<CloudSpaceTabWidget> self(this);
+    if (QFile::exists(target)
+        && !askBox(QMessageBox::Question, this, tr("Prompt"),
+            tr("A file with the same name exists,whether or not covered?")))
+        return self ? Outcome::Refused : Outcome::Abandoned;
+
+    return callPlatform(
+        this, tr("Downloading %1...").arg(nameOf(file)), [projectId, fileId, target, manager = client] {
+            return fileId.isEmpty() ? manager->DownloadCloudProFile(projectId, target)
+                                    : manager->DownloadCloudShareFile(fileId, target);
+        });
+}
+
+/// A line on the tiles until the next step: what is no message box's affair.
+void CloudSpaceTabWidget::tell(const QString& text)
+{
+    delete note;
+    note = new WindowNote(this, text, tileArea);
+}

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/BlockingCall.h"
+
+#include <QList>
+#include <QStringList>
+#include <QWidget>
+
+#include <memory>
+
+class CloudFileManger;
+class ITreeElement;
+class QClipboard;
+class QGridLayout;
+class QLineEdit;
+class TavFileButton;
+class TileArea;
+class WindowNote;
+
+/// Shows the cloud file tree, a folder at a time, as a grid of tiles, and downloads what is selected.
+class CloudSpaceTabWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Asks the platform for the tree.
+    CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* clipboard, QWidget* parent);
+    ~CloudSpaceTabWidget() override;
+
+    // Private to everything but the dialog, which refreshes the tab when something was shared or extracted.
+    friend class DlgMyCloudSpace;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private slots:
+    void _onClicked(QString name);
+    void _onSelect(QString name);
+    void _onGetBlack();
+    void _onDownload();
+    void _onRefresh();
+
+private:
+    struct Release
+    {
+        void operator()(ITreeElement* element) const;
+    };
+
+    void showFolder(ITreeElement* element);
+    void placeTiles(ITreeElement* folder);
+    void clearTiles();
+    ITreeElement* childOfCurrent(const QString& name) const;
+    Outcome downloadTreeElement(ITreeElement* element, const QString& directory);
+    Outcome downloadFile(const ITreeElement* file, const QString& target);
+    void tell(const QString& text);
+
+    QLineEdit* pathEdit;
+    QGridLayout* tileGrid;
+    TileArea* tileArea;
+    CloudFileManger* client;
+    std::unique_ptr<ITreeElement, Release> tree;
+    QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree
+    QList<TavFileButton*> tileList;
+    QClipboard* clipboard;
+    QPointer<WindowNote> note;
+    QStringList missed; // by the download that runs
+};

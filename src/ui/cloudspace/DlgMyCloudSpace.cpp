@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/DlgMyCloudSpace.h"
+
+#include "cloud/CloudFileManger.h"
+#include "ui/BlockingCall.h"
+#include "ui/cloudspace/CloudShareTabWidget.h"
+#include "ui/cloudspace/CloudSpaceTabWidget.h"
+
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QTabWidget>
+
+DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString> fileTypeMap,
+    QString ownAccount, QString fourth, QWidget* parent)
+    : Dialog(parent)
+{
+    const BuiltApart apart(this);
+    resize(600, 400);
+    setWindowTitle(tr("Cloud space"));
+    QClipboard* clipboard = QGuiApplication::clipboard();
+
+    browser = new CloudSpaceTabWidget(manager, clipboard, nullptr);
+    // The tab takes the last two texts the other way round.
+    auto* share = new CloudShareTabWidget(manager, manager->getProjectName(), manager->getProjectId(),
+        fileTypeMap, clipboard, fourth, ownAccount, nullptr);
+    auto* tabs = new QTabWidget;
+    tabs->addTab(browser, tr("My cloud space"));
+    tabs->addTab(share, tr("Share"));
+    (new QGridLayout(this))->addWidget(tabs);
+    connect(share, &CloudShareTabWidget::refreshMyCloudSpace, this, &DlgMyCloudSpace::_onRefreshMyCloudSpace);
+}
+
+DlgMyCloudSpace::~DlgMyCloudSpace() = default;
+
+void DlgMyCloudSpace::_onRefreshMyCloudSpace()
+{
+    browser->_onRefresh();
+}

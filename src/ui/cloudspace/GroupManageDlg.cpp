@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/GroupManageDlg.h"
+
+#include "cloud/CloudFileManger.h"
+#include "core/Screen.h"
+#include "ui/ElidedLabel.h"
+#include "ui/ScopedDialog.h"
+#include "ui/cloudspace/CreateGroupDlg.h"
+#include "ui/cloudspace/JoinGroupDlg.h"
+#include "ui/cloudspace/Steps.h"
+
+#include <QClipboard>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QStandardItemModel>
+#include <QTreeView>
+
+#include <algorithm>
+
+namespace {
+
+/// What the items know besides their texts, which are names that anybody may have chosen.
+enum Role
+{
+    GroupIdRole = Qt::UserRole, ///< of a group
+    UserNameRole, ///< of a member
+    ManagerRole ///< of a member: whether it manages the group
+};
+
+using Members = QVector<CloudFileManger::CloudGroupMemberInfo>;
+
+bool isManager(const CloudFileManger::CloudGroupMemberInfo& member)
+{
+    return member.adminFlag == 1;
+}
+
+QStandardItem* newItem(const QString& text, const QString& iconFile)
+{
+    QIcon icon(iconFile);
+    // Not tinted with the colour of the selection, in which it would vanish.
+    icon.addFile(iconFile, QSize(), QIcon::Selected);
+    auto* item = new QStandardItem(icon, text);
+    item->setEditable(false);
+    item->setToolTip(plainToolTip(text));
+    return item;
+}
+
+} // namespace
+
+GroupManageDlg::GroupManageDlg(
+    CloudFileManger* manager, QClipboard* systemClipboard, QString ownAccount, QWidget* parent)
+    : Dialog(parent)
+    , client(manager)
+    , clipboard(systemClipboard)
+    , account(std::move(ownAccount))
+    , model(new QStandardItemModel(this))
+    , tree(new QTreeView(this))
+{
+    const BuiltApart apart(this);
+    setWindowTitle(tr("Group management"));
+    tree->setModel(model);
+    tree->setAccessibleName(tr("Groups"));
+    tree->setTextElideMode(Qt::ElideMiddle); // the end says whose id it is, or who manages the group
+
+    auto* operations = new QGroupBox(tr("Group operating"), this);
+    auto* operationButtons = new QVBoxLayout(operations);
+    const auto addOperation = [&](const QString& text, void (GroupManageDlg::*slot)()) {
+        auto* button = new QPushButton(text, operations);
+        operationButtons->addWidget(button);
+        connect(button, &QPushButton::clicked, this, slot);
+    };
+    addOperation(tr("Generating invitation codes"), &GroupManageDlg::_onGetInvitationCode);
+    addOperation(tr("Join the group"), &GroupManageDlg::_onJoinGroup);
+    addOperation(tr("Create group"), &GroupManageDlg::_onCreateGroup);
+    addOperation(tr("Delete the group"), &GroupManageDlg::_onDelGroup);
+    addOperation(tr("Quit the group"), &GroupManageDlg::_onExitGroup);
+    addOperation(tr("Removing a group member"), &GroupManageDlg::_onDelGroupMember);
+    operationButtons->addStretch();
+    auto* closeButton = new QPushButton(tr("Close"), this);
+    closeButton->setDefault(true);
+    connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
+
+    auto* contents = new QHBoxLayout;
+    contents->addWidget(tree, 1);
+    contents->addWidget(operations);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(contents);
+    layout->addWidget(closeButton, 0, Qt::AlignRight);
+    resize(int(dpi_scaled(620.0)), int(dpi_scaled(320.0)));
+    load();
+}
+
+void GroupManageDlg::load()
+{
+    model->clear();
+    model->setHorizontalHeaderLabels({tr("Groups")});
+    QList<CloudFileManger::CloudGroupInfo> groups;
+    if (!performed(
+            this, tr("Loading the groups..."),
+            [&groups, manager = client] { return manager->SearchGroup(groups); },
+            tr("Failed to query group information!")))
+        return;
+    auto* root = newItem(tr("My groups"), ":/tav_cloud_platform_sdk/Resources/folder.png");
+    model->appendRow(root);
+    for (const auto& group : groups) {
+        auto* item = newItem(
+            tr("%1(ID:%2)").arg(group.groupName, group.id), ":/tav_cloud_platform_sdk/Resources/202.png");
+        item->setData(group.id, GroupIdRole);
+        root->appendRow(item);
+        if (!loadMembers(item))
+            return;
+    }
+    tree->expandAll();
+}
+
+/// False when the window went meanwhile.
+bool GroupManageDlg::loadMembers(QStandardItem* group)
+{
+    Members members;
+    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
+        [&members, manager = client, id = group->data(GroupIdRole).toString()] {
+            return manager->SearchGroupMember(id, members);
+        });
+    if (outcome == Outcome::Refused)
+        return fail(this, tr("Failed to query a group member!"));
+    if (outcome == Outcome::Abandoned)
+        return false;
+    for (const auto& member : members) {
+        const bool manages = isManager(member);
+        auto* item = manages ? newItem(member.username + " - " + tr("group manager"),
+                         ":/tav_cloud_platform_sdk/Resources/201.png")
+                             : newItem(member.username, ":/tav_cloud_platform_sdk/Resources/200.png");
+        item->setData(member.username, UserNameRole);
+        item->setData(manages, ManagerRole);
+        group->appendRow(item);
+    }
+    return true;
+}
+
+/// Null when there is none.
+QStandardItem* GroupManageDlg::selectedItem() const
+{
+    const QModelIndexList selected = tree->selectionModel()->selectedIndexes();
+    return selected.isEmpty() ? nullptr : model->itemFromIndex(selected.first());
+}
+
+/// The id of the selected group; empty when something else or nothing is selected.
+QString GroupManageDlg::selectedGroup() const
+{
+    const QStandardItem* item = selectedItem();
+    return item ? item->data(GroupIdRole).toString() : QString();
+}
+
+/// Whether the user manages the group now, as far as the platform tells. Nothing when the window went
+/// meanwhile.
+std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
+{
+    Members members;
+    const Outcome outcome = callPlatform(this, tr("Looking for the group's owner..."),
+        [&members, manager = client, groupId] { return manager->SearchGroupMember(groupId, members); });
+    if (outcome == Outcome::Abandoned
+        || (outcome == Outcome::Refused && !fail(this, tr("Failed to query a group member!"))))
+        return std::nullopt;
+    return std::any_of(members.cbegin(), members.cend(),
+        [this](const auto& member) { return member.username == account && isManager(member); });
+}
+
+void GroupManageDlg::_onGetInvitationCode()
+{
+    const QString groupId = selectedGroup();
+    if (groupId.isEmpty()) {
+        inform(this,
+            tr("The group ID is invalid. Please click to select the group that needs to generate the "
+               "invitation code."));
+        return;
+    }
+    const std::optional<bool> owner = isOwner(groupId);
+    if (!owner)
+        return;
+    if (!*owner) {
+        inform(this,
+            tr("The current user is not the group owner of the group, and the invitation code cannot be "
+               "generated!"));
+        return;
+    }
+    QString code;
+    if (!performed(
+            this, tr("Generating the invitation code..."),
+            [&code, manager = client, groupId] { return manager->GetInviteCode(groupId, code); },
+            tr("Failed to generate invitation code!")))
+        return;
+    clipboard->setText(code);
+    showBox(QMessageBox::Information, this, tr("Anonymous share"),
+        tr("Invitation code:") + code + "\n" + tr("The invitation code is copied to the clipboard."));
+}
+
+void GroupManageDlg::_onJoinGroup()
+{
+    ScopedDialog<JoinGroupDlg> form(this, QString(), clipboard);
+    if (!form.accepted())
+        return;
+    const auto request = [manager = client, code = form->invitationCode()] {
+        return manager->InviteToGroup(code);
+    };
+    if (performed(this, tr("Joining the group..."), request, tr("Join the group failed!"))
+        && inform(this, tr("Join the group successfully!")))
+        load();
+}
+
+void GroupManageDlg::_onCreateGroup()
+{
+    ScopedDialog<CreateGroupDlg> form(this, QString());
+    if (!form.accepted())
+        return;
+    const auto request = [manager = client, name = form->groupName()] { return manager->CreateGroup(name); };
+    if (performed(this, tr("Creating the group..."), request, tr("Failed to create group!"))
+        && inform(this, tr("Create group successfully!")))
+        load();
+}
+
+void GroupManageDlg::_onDelGroup()
+{
+    const QString groupId = selectedGroup();
+    if (groupId.isEmpty()) {
+        inform(this, tr("The group ID is invalid. Please click to select the group to be deleted."));
+        return;
+    }
+    const std::optional<bool> owner = isOwner(groupId);
+    if (!owner)
+        return;
+    if (!*owner) {
+        inform(this, tr("No operation permission!"));
+        return;
+    }
+    if (confirm(this, tr("Do you want to delete this group?")))
+        deleteWithMembers(groupId);
+}
+
+/// The members first, the manager among them. In one go: a window that is closed in between leaves no half of
+/// a group.
+void GroupManageDlg::deleteWithMembers(const QString& groupId)
+{
+    const auto request = [self = QPointer<GroupManageDlg>(this), manager = client, groupId] {
+        Members members;
+        if (!manager->SearchGroupMember(groupId, members))
+            return false;
+        for (const auto& member : members)
+            if (!self || !manager->RemoveGroupMember(groupId, member.username))
+                return false;
+        return self && manager->deleteGroup(groupId);
+    };
+    if (performed(this, tr("Deleting the group..."), request, tr("Delete failed!"))
+        && inform(this, tr("Delete successfully!")))
+        load();
+}
+
+void GroupManageDlg::_onExitGroup()
+{
+    const QString groupId = selectedGroup();
+    if (groupId.isEmpty()) {
+        inform(this, tr("The group ID is invalid. Please click to select the group to exit!"));
+        return;
+    }
+    const std::optional<bool> owner = isOwner(groupId);
+    if (!owner)
+        return;
+    if (*owner) {
+        if (confirm(this,
+                tr("The current user is the group owner of the group. If you quit the group, you will delete "
+                   "the group. Do you want to quit the group?")))
+            deleteWithMembers(groupId);
+        return;
+    }
+    if (!confirm(this, tr("Confirm exit?")))
+        return;
+    const auto request = [manager = client, groupId] { return manager->OutGroup(groupId); };
+    if (performed(this, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
+        && inform(this, tr("Exit group successfully!")))
+        load();
+}
+
+void GroupManageDlg::_onDelGroupMember()
+{
+    const QStandardItem* member = selectedItem();
+    if (!member || !member->data(UserNameRole).isValid()) {
+        showBox(QMessageBox::Warning, this, tr("Prompt"), tr("Select a group member."));
+        return;
+    }
+    const QString groupId = member->parent()->data(GroupIdRole).toString();
+    const QString userName = member->data(UserNameRole).toString();
+    const bool manages = member->data(ManagerRole).toBool();
+    const std::optional<bool> owner = isOwner(groupId);
+    if (!owner)
+        return;
+    if (!*owner || manages) {
+        showBox(QMessageBox::Warning, this, tr("Prompt"),
+            *owner ? tr("Unable to remove group master!") : tr("No operation permission!"));
+        return;
+    }
+    const auto request = [manager = client, groupId, userName] {
+        return manager->RemoveGroupMember(groupId, userName);
+    };
+    if (performed(this, tr("Removing the group member..."), request, tr("Failed to delete a group member!")))
+        load();
+}

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "toolkit/Dialog.h"
+
+#include <QString>
+
+#include <optional>
+
+class CloudFileManger;
+class QClipboard;
+class QStandardItem;
+class QStandardItemModel;
+class QTreeView;
+
+/// The user's groups with their members, and everything that can be done with them.
+class GroupManageDlg : public Dialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the platform for the groups and the members of each.
+    /// \param manager not owned; must outlive the dialog
+    /// \param ownAccount the user's account name, which tells whose groups are the user's own
+    GroupManageDlg(
+        CloudFileManger* manager, QClipboard* systemClipboard, QString ownAccount, QWidget* parent);
+
+private slots:
+    void _onGetInvitationCode();
+    void _onJoinGroup();
+    void _onCreateGroup();
+    void _onDelGroup();
+    void _onExitGroup();
+    void _onDelGroupMember();
+
+private:
+    void load();
+    bool loadMembers(QStandardItem* group);
+    QStandardItem* selectedItem() const;
+    QString selectedGroup() const;
+    std::optional<bool> isOwner(const QString& groupId);
+    void deleteWithMembers(const QString& groupId);
+
+    CloudFileManger* client;
+    QClipboard* clipboard;
+    QString account;
+    QStandardItemModel* model;
+    QTreeView* tree;
+};

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/MycheckBox.h"
+
+#include "ui/cloudspace/CellCheckBox.h"
+
+MycheckBox::MycheckBox(int rowOfTable, QWidget* parent)
+    : QWidget(parent)
+    , box(new CellCheckBox(this))
+    , row(rowOfTable)
+{
+    connect(box, &QCheckBox::stateChanged, this, &MycheckBox::_onCheckStateChange);
+}
+
+void MycheckBox::_onCheckStateChange(int state)
+{
+    if (state != Qt::Unchecked)
+        emit boxChecked(row);
+}

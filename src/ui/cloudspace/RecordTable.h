@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QTableWidget>
+
+/// A table of records from the platform, one to a row, to be read and not edited. An empty one says so.
+class RecordTable : public QTableWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param columns the headers; an empty one is that of a column of check boxes, the first
+    /// \param emptyText what stands in the table while it has no rows
+    RecordTable(const QStringList& columns, const QString& emptyText, QWidget* parent = nullptr);
+
+    void setEmptyText(const QString& text);
+    /// Adds a row of centred texts; their number is that of the columns, less the one of \a box.
+    /// \param box a check box for the first column, named after the first text
+    void addRecord(const QStringList& texts, QWidget* box = nullptr);
+    /// Makes the columns fit what is in them now.
+    void fitColumns();
+    /// All columns' text of a row, also where the table shows less of it.
+    QString text(int row, int column) const { return item(row, column)->text(); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString textWhenEmpty;
+};

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/TavFileButton.h"
+
+#include "core/Screen.h"
+#include "ui/ElidedLabel.h"
+#include "ui/cloudspace/EnterKey.h"
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPointer>
+
+namespace {
+
+const QSize iconSize(70, 90);
+constexpr int margin = 4;
+
+/// A name of usual length fits.
+int nameWidth(const QWidget* widget)
+{
+    return qMax(int(dpi_scaled(90.0)), widget->fontMetrics().averageCharWidth() * 17);
+}
+
+/// Enter clicks it as Space does, and it shows that it has the focus, which its style sheet would hide.
+class IconButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (isEnter(event))
+            click();
+        else
+            QPushButton::keyPressEvent(event);
+    }
+
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPushButton::paintEvent(event);
+        if (!hasFocus())
+            return;
+        QPainter painter(this);
+        painter.setPen(QPen(Qt::black, 1, Qt::DotLine)); // on the tile's own colours
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+};
+
+/// Read once, and gone before the application is: thousands of tiles have these two.
+struct Icons : QObject
+{
+    Icons()
+        : QObject(qApp)
+    {
+    }
+    const QIcon folder{":/tav_cloud_platform_sdk/Resources/folder.png"};
+    const QIcon file{":/tav_cloud_platform_sdk/Resources/file.png"};
+};
+
+const QIcon& iconOf(int type)
+{
+    static QPointer<Icons> icons;
+    if (!icons)
+        icons = new Icons;
+    return type == 0 ? icons->folder : icons->file;
+}
+
+QHBoxLayout* centred(QWidget* widget)
+{
+    auto* row = new QHBoxLayout;
+    row->setSpacing(0);
+    row->addStretch();
+    row->addWidget(widget);
+    row->addStretch();
+    return row;
+}
+
+} // namespace
+
+TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* parent)
+    : QWidget(parent)
+    , icon(new IconButton(this))
+    , name(std::move(elementName))
+    , type(elementType)
+{
+    icon->setMinimumSize(int(dpi_scaled(70.0)), int(dpi_scaled(90.0)));
+    icon->setIcon(iconOf(type));
+    icon->setIconSize(iconSize);
+    icon->setStyleSheet("QPushButton{border:none;}");
+    icon->setAutoDefault(false);
+    icon->setAccessibleName(name);
+    // Names stand on the tile's own colours, in a dark palette too.
+    auto* label = new ElidedLabel(name, nameWidth(this));
+    QPalette colours = label->palette();
+    colours.setColor(QPalette::WindowText, Qt::black);
+    label->setPalette(colours);
+    // The colour of a selected tile fills all of it.
+    setAttribute(Qt::WA_StyledBackground);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, margin, margin, margin);
+    layout->addLayout(centred(icon));
+    layout->addLayout(centred(label));
+    connect(icon, &QPushButton::clicked, this, &TavFileButton::_onClicked);
+}
+
+QSize TavFileButton::sizeHint() const
+{
+    const int height =
+        qMax(icon->minimumHeight(), iconSize.height()) + layout()->spacing() + fontMetrics().height();
+    return {widthIn(this), height + 2 * margin};
+}
+
+int TavFileButton::widthIn(const QWidget* widget)
+{
+    return nameWidth(widget) + 2 * margin;
+}
+
+void TavFileButton::setSelected(bool on)
+{
+    selected = on;
+    setStyleSheet(on ? "background-color:#00ffff;" : "background-color:#ffffff;");
+}
+
+void TavFileButton::_onClicked()
+{
+    if (selected) {
+        emit iclicked(name);
+        return;
+    }
+    setSelected(true);
+    emit iselected(name);
+}

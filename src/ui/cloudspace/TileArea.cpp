@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+#include "ui/cloudspace/TileArea.h"
+
+#include "core/Screen.h"
+
+#include <QApplication>
+#include <QGridLayout>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+namespace {
+constexpr char barStyle[] = "QScrollBar{background:#ececec;border:none;}"
+                            "QScrollBar:vertical{width:14px;}"
+                            "QScrollBar:horizontal{height:14px;}"
+                            "QScrollBar::handle{background:#a8a8a8;border-radius:4px;margin:3px;}"
+                            "QScrollBar::handle:hover{background:#808080;}"
+                            "QScrollBar::handle:vertical{min-height:30px;}"
+                            "QScrollBar::handle:horizontal{min-width:30px;}"
+                            "QScrollBar::add-line,QScrollBar::sub-line{width:0;height:0;}"
+                            "QScrollBar::add-page,QScrollBar::sub-page{background:none;}";
+} // namespace
+
+/// Takes the place that the area gives it, which is not the area's own rectangle.
+class TileArea::ScrolledLayout : public QVBoxLayout
+{
+public:
+    explicit ScrolledLayout(TileArea* owner)
+        : area(owner)
+    {
+    }
+    void setGeometry(const QRect&) override { area->arrange(); }
+    void place(const QRect& rect) { QVBoxLayout::setGeometry(rect); }
+    /// A tile that is shown or hidden by scrolling changes nothing.
+    void invalidate() override
+    {
+        if (!area->scrolling)
+            QVBoxLayout::invalidate();
+    }
+
+private:
+    TileArea* area;
+};
+
+TileArea::TileArea(QGridLayout* tiles, QWidget* parent)
+    : QScrollArea(parent)
+    , grid(tiles)
+    , layer(new ScrolledLayout(this))
+{
+    setMinimumHeight(int(dpi_scaled(500.0)));
+    setStyleSheet("background-color:#ffffff;");
+    setFrameShape(NoFrame);
+    // The area's white would leave nothing of the style's own bars.
+    for (QScrollBar* bar : {horizontalScrollBar(), verticalScrollBar()})
+        bar->setStyleSheet(barStyle);
+    auto* row = new QHBoxLayout;
+    row->addLayout(grid);
+    row->addStretch();
+    layer->addLayout(row);
+    layer->addStretch();
+    setLayout(layer);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { revealFocus(now); });
+}
+
+void TileArea::addTile(QWidget* tile, int row, int column)
+{
+    QSizePolicy keepsPlace = tile->sizePolicy();
+    keepsPlace.setRetainSizeWhenHidden(true);
+    tile->setSizePolicy(keepsPlace);
+    if (isVisible()) // until it is known whether it can be seen
+        tile->hide();
+    grid->addWidget(tile, row, column);
+}
+
+void TileArea::setEmptyText(const QString& text)
+{
+    textWhenEmpty = text;
+    viewport()->update();
+}
+
+void TileArea::scrollToTop()
+{
+    verticalScrollBar()->setValue(0);
+    horizontalScrollBar()->setValue(0);
+}
+
+/// A wheel turned over a tile comes here and not to the viewport.
+bool TileArea::event(QEvent* event)
+{
+    if (event->type() != QEvent::Wheel)
+        return QScrollArea::event(event);
+    wheelEvent(static_cast<QWheelEvent*>(event));
+    return event->isAccepted();
+}
+
+void TileArea::paintEvent(QPaintEvent* event)
+{
+    QScrollArea::paintEvent(event);
+    if (grid->count() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(Qt::darkGray); // on the area's white, whatever the palette
+    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, textWhenEmpty);
+}
+
+void TileArea::resizeEvent(QResizeEvent* event)
+{
+    QScrollArea::resizeEvent(event);
+    arrange();
+}
+
+void TileArea::scrollContentsBy(int, int)
+{
+    if (!arranging)
+        scroll();
+}
+
+void TileArea::arrange()
+{
+    if (arranging) // by a scroll bar that has come or gone
+        return;
+    const QScopedValueRollback<bool> guard(arranging, true);
+    const QSize needed = layer->minimumSize();
+    const int step = grid->count() > 0 ? grid->itemAt(0)->sizeHint().height() / 2 : 1;
+    // Twice, because a scroll bar that comes takes room from the other direction.
+    for (int round = 0; round < 2; ++round) {
+        horizontalScrollBar()->setRange(0, needed.width() - viewport()->width());
+        verticalScrollBar()->setRange(0, needed.height() - viewport()->height());
+    }
+    horizontalScrollBar()->setPageStep(viewport()->width());
+    verticalScrollBar()->setPageStep(viewport()->height());
+    horizontalScrollBar()->setSingleStep(step);
+    verticalScrollBar()->setSingleStep(step);
+    layer->place(QRect(viewport()->pos(), needed.expandedTo(viewport()->size())));
+    scroll();
+}
+
+/// Moves the tiles that can be seen from where the layout has them, and hides the others. The layout, which
+/// would look at every tile again, is left alone.
+void TileArea::scroll()
+{
+    const QScopedValueRollback<bool> guard(scrolling, true);
+    const QPoint offset(horizontalScrollBar()->value(), verticalScrollBar()->value());
+    const QWidget* focused = QApplication::focusWidget();
+    for (int i = 0; i < grid->count(); ++i) {
+        QWidget* tile = grid->itemAt(i)->widget();
+        int row, column, rows, columns;
+        grid->getItemPosition(i, &row, &column, &rows, &columns);
+        const QRect place = grid->cellRect(row, column).translated(-offset);
+        // A row more on each side: the keyboard goes there next.
+        const QRect near = viewport()->geometry().adjusted(0, -2 * place.height(), 0, 2 * place.height());
+        // The focus stays where it is when it is scrolled away.
+        const bool shown = near.intersects(place) || tile->isAncestorOf(focused);
+        if (shown)
+            tile->setGeometry(place);
+        tile->setVisible(shown);
+    }
+    // Above the tiles that are half outside.
+    horizontalScrollBar()->parentWidget()->raise();
+}
+
+void TileArea::revealFocus(QWidget* focused)
+{
+    if (!focused || focused == this || !isAncestorOf(focused))
+        return;
+    QWidget* tile = focused;
+    while (tile->parentWidget() != this)
+        tile = tile->parentWidget();
+    if (grid->indexOf(tile) < 0)
+        return;
+    const QRect place = tile->geometry();
+    const QRect view = viewport()->geometry();
+    if (place.top() < view.top())
+        verticalScrollBar()->setValue(verticalScrollBar()->value() - (view.top() - place.top()));
+    else if (place.bottom() > view.bottom())
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + place.bottom() - view.bottom());
+}
