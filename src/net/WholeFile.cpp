@@ -25,10 +25,11 @@ bool synced(QFileDevice& file)
 
 } // namespace
 
-bool WholeFile::open()
+bool WholeFile::open(QFileDevice::Permissions rights)
 {
     const QFileInfo target(file.fileName());
-    good = (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    good = (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        && (!rights || file.setPermissions(rights));
     return good;
 }
 
@@ -46,8 +47,8 @@ bool WholeFile::commit()
     return false;
 }
 
-bool writeWholeFile(const QString& path, const QByteArray& bytes)
+bool writeWholeFile(const QString& path, const QByteArray& bytes, QFileDevice::Permissions rights)
 {
     WholeFile file(path);
-    return file.open() && file.write(bytes) && file.commit();
+    return file.open(rights) && file.write(bytes) && file.commit();
 }

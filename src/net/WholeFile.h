@@ -14,7 +14,9 @@ public:
         : file(path)
     {
     }
-    bool open();
+    /// \param rights those of the file; by default those of the one that it replaces, or as the process makes
+    /// files
+    bool open(QFileDevice::Permissions rights = {});
     bool write(const QByteArray& bytes);
     /// False, with an older file untouched, if anything was not written.
     bool commit();
@@ -25,4 +27,5 @@ private:
 };
 
 /// \a bytes as the file at \a path; false, with an older file untouched, if that fails.
-bool writeWholeFile(const QString& path, const QByteArray& bytes);
+/// \param rights as for WholeFile::open()
+bool writeWholeFile(const QString& path, const QByteArray& bytes, QFileDevice::Permissions rights = {});

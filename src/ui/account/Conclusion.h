@@ -5,13 +5,15 @@
 #include "ui/BlockingCall.h"
 #include "ui/MessageBoxes.h"
 
+inline constexpr char errorTitle[] = "error";
+
 /// The end of a dialog's request: told and accepted when it is \a outcome Done, the session's reason when it
 /// was refused. \a dialog is not looked at when the request was abandoned.
 template <class AccountDialog>
 void conclude(AccountDialog* dialog, Outcome outcome, const QString& success)
 {
     if (outcome == Outcome::Refused)
-        showBox(QMessageBox::Critical, dialog, AccountDialog::tr("error"),
+        showBox(QMessageBox::Critical, dialog, AccountDialog::tr(errorTitle),
             CloudAccountLogin::instance()->getLastError());
     if (outcome == Outcome::Done && inform(dialog, success))
         dialog->accept();

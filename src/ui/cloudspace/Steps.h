@@ -7,12 +7,14 @@
 /// The steps that the slots of the cloud space dialogs share. Where one of them is false, the slot ends: the
 /// window may not exist any more.
 
+inline constexpr char failureTitle[] = "Error";
+
 /// What did not work. False when \a window was destroyed meanwhile.
 /// \param button the text of the box's button; empty for Qt's own OK
 template <class Window>
 bool fail(Window* window, const QString& text, const QString& button = QString())
 {
-    return showBox(QMessageBox::Critical, window, Window::tr("Error"), text, button);
+    return showBox(QMessageBox::Critical, window, Window::tr(failureTitle), text, button);
 }
 
 /// Whether the user wants what \a question asks.
