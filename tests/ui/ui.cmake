@@ -20,6 +20,11 @@ target_compile_definitions(tst_translation PRIVATE
     TAV_CATALOGUE="${PROJECT_SOURCE_DIR}/src/translations/tav_cloud_platform_sdk_zh_CN.ts")
 
 # Not a test: renders the dialogs for the eye. See docs/pictures/tav_pictures.cpp.
-add_executable(tav-pictures ${PROJECT_SOURCE_DIR}/docs/pictures/tav_pictures.cpp)
+set(pictures ${PROJECT_SOURCE_DIR}/docs/pictures)
+add_executable(tav-pictures
+    ${pictures}/Album.cpp
+    ${pictures}/CloudSpacePictures.cpp
+    ${pictures}/tav_pictures.cpp
+)
 tav_compile_options(tav-pictures)
 target_link_libraries(tav-pictures PRIVATE tav_cloud_platform_internals tav_test_support)

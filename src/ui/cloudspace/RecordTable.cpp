@@ -53,6 +53,8 @@ void RecordTable::fitColumns()
     header->setStretchLastSection(false);
     header->setMaximumSectionSize(fontMetrics().averageCharWidth() * 30);
     resizeColumnsToContents();
+    for (int column = 0; column < columnCount(); ++column)
+        setColumnWidth(column, columnWidth(column) + padding());
     header->setMaximumSectionSize(-1);
     header->setStretchLastSection(true);
 }

@@ -19,6 +19,8 @@ public:
     void addRecord(const QStringList& texts, QWidget* box = nullptr);
     /// Makes the columns fit what is in them now.
     void fitColumns();
+    /// What a column has more than its texts need.
+    int padding() const { return fontMetrics().height(); }
     /// All columns' text of a row, also where the table shows less of it.
     QString text(int row, int column) const { return item(row, column)->text(); }
 

@@ -15,7 +15,7 @@ void resizeToColumns(QDialog* dialog, RecordTable* table)
     const int wanted = dialog->sizeHint().width();
     int atLeast = wanted - header->length();
     for (int column = 0; column < header->count(); ++column)
-        atLeast += header->sectionSizeHint(column);
+        atLeast += header->sectionSizeHint(column) + table->padding();
     const int width = qMin(wanted, dialog->screen()->availableGeometry().width() * 9 / 10);
     dialog->resize(qMax(width, qMax(atLeast, int(dpi_scaled(520.0)))), int(dpi_scaled(320.0)));
 }
