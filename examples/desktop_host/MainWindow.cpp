@@ -4,8 +4,11 @@
 #include "account/CloudAccountLogin.h"
 #include "cloud/CloudFileManger.h"
 #include "convert/CadConversion.h"
+#include "toolkit/FileDialog.h"
+#include "toolkit/ISystemSettings.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
+#include "ui/cloudspace/DlgMyCloudSpace.h"
 
 #include <QAction>
 #include <QApplication>
@@ -45,15 +48,26 @@ QString plain(const QString& text)
     return QString(text).remove(QRegularExpression(R"(\(&.\)|&|\.\.\.)"));
 }
 
-/// Where the conversion puts its result; empty for a file that it does not take. The module goes by the
-/// suffix in lower case, and would let the result take the place of a "PLAN.DGN".
+/// Where the conversion is told to put its result: beside the drawing. Empty for a file that it does not
+/// take. Of a DGN drawing's name the module keeps what stands before the first dot.
 QString convertedPath(const QFileInfo& drawing)
 {
-    if (drawing.suffix() == "dgn")
-        return drawing.filePath().replace(".dgn", ".dwg");
-    if (drawing.suffix().compare("dwg", Qt::CaseInsensitive) == 0)
+    const QString kind = drawing.suffix().toLower();
+    if (kind == "dgn")
+        return drawing.path() + '/' + drawing.baseName() + ".dwg";
+    if (kind == "dwg")
         return drawing.path() + '/' + drawing.completeBaseName() + ".dgn";
     return QString();
+}
+
+/// A client keeps the token that it was built with, so each piece of work takes a new one. A drawing's
+/// project has the name of the file, suffix and all, so its backup needs no suffix of its own. What other
+/// desktop hosts share is listed in any case.
+CloudFileManger newClient()
+{
+    const CloudAccountLogin* session = CloudAccountLogin::instance();
+    return CloudFileManger(session->getUrl(), session->getToken(), QString(), "DesktopHost", {"ConsoleHost"},
+        QString(), QString(), QString());
 }
 
 /// The id of the user's project with that title; empty when there is none.
@@ -66,12 +80,10 @@ QString projectTitled(const QString& title, const CloudFileManger& client)
     return QString();
 }
 
-/// Runs one of the module's dialogs. On the heap, because whoever deletes the parent meanwhile deletes the
-/// dialog too.
-template <class ModuleDialog>
-void run(QWidget* parent)
+/// Runs one of the module's dialogs, which is on the heap because whoever deletes the parent meanwhile
+/// deletes the dialog too.
+void run(const QPointer<QDialog>& dialog)
 {
-    const QPointer<ModuleDialog> dialog(new ModuleDialog(parent));
     dialog->exec();
     delete dialog;
 }
@@ -87,7 +99,7 @@ MainWindow::MainWindow()
     makeList();
     account->setTextFormat(Qt::PlainText); // the platform chose the name
     statusBar()->addPermanentWidget(account);
-    resize(720, 400);
+    resize(sizeHint().expandedTo({720, 400}));
     updateActions();
 }
 
@@ -104,16 +116,14 @@ void MainWindow::makeActions()
     };
     addAction =
         make(tr("&Add Drawings..."), "document-open", QKeySequence::Open, &MainWindow::chooseDrawings);
-    convertAction = make(tr("&Convert"), "view-refresh", QKeySequence("Ctrl+T"), &MainWindow::convert);
+    convertAction = make(tr("&Convert..."), "view-refresh", QKeySequence("Ctrl+T"), &MainWindow::convert);
     signInAction = make(tr("Sign &In..."), "user-available", QKeySequence("Ctrl+L"), &MainWindow::signIn);
     signOutAction =
         make(tr("Sign &Out..."), "system-log-out", QKeySequence("Ctrl+Shift+L"), &MainWindow::signOut);
     backUpAction =
         make(tr("&Back Up to the Cloud"), "document-send", QKeySequence("Ctrl+B"), &MainWindow::backUp);
-    auto* spaceAction = new QAction(QIcon::fromTheme("folder-remote"), tr("&My Cloud Space"), this);
-    spaceAction->setIconText(plain(spaceAction->text()));
-    spaceAction->setEnabled(false);
-    spaceAction->setToolTip(tr("Not in this version yet"));
+    spaceAction =
+        make(tr("&My Cloud Space"), "folder-remote", QKeySequence("Ctrl+M"), &MainWindow::openCloudSpace);
     auto* quitAction = new QAction(QIcon::fromTheme("application-exit"), tr("&Quit"), this);
     quitAction->setShortcut(QKeySequence::Quit);
     connect(quitAction, &QAction::triggered, this, &QWidget::close);
@@ -123,7 +133,6 @@ void MainWindow::makeActions()
     file->addSeparator();
     file->addAction(quitAction);
     QMenu* cloud = menuBar()->addMenu(tr("&Cloud"));
-    cloud->setToolTipsVisible(true);
     cloud->addActions({signInAction, signOutAction});
     cloud->addSeparator();
     cloud->addActions({backUpAction, spaceAction});
@@ -149,7 +158,6 @@ void MainWindow::makeList()
     drawings->header()->setSectionResizeMode(Folder, QHeaderView::Stretch);
     drawings->setContextMenuPolicy(Qt::ActionsContextMenu);
     drawings->addActions({backUpAction, convertAction});
-    connect(drawings, &QTreeWidget::itemSelectionChanged, this, &MainWindow::updateActions);
 
     auto* invitation = new QLabel(tr("Add drawings by the tool bar, or drop them here."));
     invitation->setAlignment(Qt::AlignCenter);
@@ -165,12 +173,11 @@ void MainWindow::updateActions()
 {
     const CloudAccountLogin* session = CloudAccountLogin::instance();
     const bool signedIn = session->getLoginState();
-    const QTreeWidgetItem* drawing = selected();
-    addAction->setEnabled(!busy);
+    for (QAction* action : {addAction, convertAction})
+        action->setEnabled(!busy);
+    for (QAction* action : {signOutAction, backUpAction, spaceAction})
+        action->setEnabled(!busy && signedIn);
     signInAction->setEnabled(!busy && !signedIn);
-    signOutAction->setEnabled(!busy && signedIn);
-    backUpAction->setEnabled(!busy && signedIn && drawing);
-    convertAction->setEnabled(!busy && drawing && !convertedPath(QFileInfo(pathOf(drawing))).isEmpty());
     account->setText(signedIn ? tr("Signed in as %1").arg(session->getUserName()) : tr("Not signed in"));
 }
 
@@ -209,6 +216,8 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 
 void MainWindow::dropEvent(QDropEvent* event)
 {
+    if (busy) // since the drag came in
+        return;
     QStringList paths;
     for (const QUrl& url : event->mimeData()->urls())
         paths += url.toLocalFile();
@@ -228,7 +237,7 @@ void MainWindow::chooseDrawings()
 void MainWindow::signIn()
 {
     const QPointer<MainWindow> self(this);
-    run<DlgLoginCloundPlatform>(this);
+    run(new DlgLoginCloundPlatform(this));
     // Whatever the dialog's result: the session knows.
     if (self)
         updateActions();
@@ -237,7 +246,7 @@ void MainWindow::signIn()
 void MainWindow::signOut()
 {
     const QPointer<MainWindow> self(this);
-    run<DlgLogoutCloundPlatform>(this);
+    run(new DlgLogoutCloundPlatform(this));
     if (!self)
         return;
     updateActions();
@@ -248,8 +257,36 @@ void MainWindow::signOut()
         drawings->topLevelItem(row)->setText(BackedUp, QString());
 }
 
+void MainWindow::openCloudSpace()
+{
+    const QPointer<MainWindow> self(this);
+    CloudFileManger client = newClient(); // the dialog works with it to its end
+    QPointer<DlgMyCloudSpace> dialog;
+    const auto build = [&] {
+        if (!client.getAllCloudProjectBackup())
+            return false;
+        // Without a current project the dialog could not download a backup, whichever it is.
+        const auto projects = client.getAllCloudProjects();
+        if (!projects.isEmpty())
+            client.setProjectID(projects.firstKey());
+        // The kinds of drawings, and the numbers that the platform has for them.
+        dialog = new DlgMyCloudSpace(&client, {{"dgn", "1"}, {"dwg", "2"}},
+            CloudAccountLogin::instance()->getUserName(), QString(), self);
+        return true;
+    };
+    if (perform(tr("Opening your cloud space..."), tr("Your cloud space was not opened."), build,
+            [&] { return client.getLastError(); }))
+        dialog->exec();
+    delete dialog;
+}
+
 void MainWindow::backUp()
 {
+    const QPointer<MainWindow> self(this);
+    if (!selected())
+        chooseDrawings();
+    if (!self || !selected())
+        return;
     QTreeWidgetItem* drawing = selected();
     const QString path = pathOf(drawing);
     const QString name = drawing->text(Name);
@@ -259,14 +296,12 @@ void MainWindow::backUp()
         return;
     }
 
-    // A client keeps the token that it was built with, so each piece of work takes a new one.
-    const CloudAccountLogin* session = CloudAccountLogin::instance();
-    CloudFileManger client(session->getUrl(), session->getToken(), QString(), "DesktopHost", {"DesktopHost"},
-        QString(), QString(), QString());
+    CloudFileManger client = newClient();
+    const QString work = tr("Backing up %1...").arg(name);
     const QString failure = tr("%1 was not backed up.").arg(name);
     const auto reason = [&] { return client.getLastError(); };
     if (!perform(
-            failure, [&] { return client.getAllCloudProjectBackup(); }, reason))
+            work, failure, [&] { return client.getAllCloudProjectBackup(); }, reason))
         return;
     const QString known = projectTitled(name, client);
     // What is there may come from another drawing of that name.
@@ -280,7 +315,7 @@ void MainWindow::backUp()
         return (!known.isEmpty() || client.AddCloudProInfo(name, QString()))
             && client.BackupCloudProFile(path);
     };
-    if (!perform(failure, send, reason))
+    if (!perform(work, failure, send, reason))
         return;
     drawing->setText(BackedUp, QLocale().toString(QTime::currentTime(), QLocale::ShortFormat));
     statusBar()->showMessage(tr("%1 is in the cloud.").arg(name), 5000);
@@ -288,8 +323,18 @@ void MainWindow::backUp()
 
 void MainWindow::convert()
 {
-    const QString path = pathOf(selected());
+    const QPointer<MainWindow> self(this);
+    const QTreeWidgetItem* drawing = selected();
+    const QString path = FileDialog::getOpenFileName(pSystemSettings, this, tr("Convert"),
+        drawing ? pathOf(drawing) : QString(), tr("Drawings (*.dgn *.dwg)"));
+    if (!self || path.isEmpty())
+        return;
     const QString target = convertedPath(QFileInfo(path));
+    if (target.isEmpty()) {
+        answered(
+            QMessageBox::Warning, tr("%1 is neither a DGN nor a DWG drawing.").arg(path), QMessageBox::Ok);
+        return;
+    }
     if (QFileInfo::exists(target)
         && !answered(QMessageBox::Question, tr("%1 exists already. Replace it?").arg(target),
             QMessageBox::Yes | QMessageBox::No))
@@ -299,7 +344,7 @@ void MainWindow::convert()
     const auto send = [&] {
         const QDateTime before = QFileInfo(target).lastModified();
         QString result = path;
-        if (!(path.endsWith(".dgn") ? dgn2Dwg(result, error, QString()) : dwg2Dgn(path, error, target)))
+        if (!(target.endsWith(".dwg") ? dgn2Dwg(result, error, target) : dwg2Dgn(path, error, target)))
             return false;
         // To the module, a result that could not be written is no error.
         if (QFileInfo(target).lastModified() != before)
@@ -307,7 +352,8 @@ void MainWindow::convert()
         error = tr("%1 could not be written.").arg(target);
         return false;
     };
-    if (!perform(tr("%1 was not converted.").arg(path), send, [&] { return error; }))
+    if (!perform(tr("Converting %1...").arg(path), tr("%1 was not converted.").arg(path), send,
+            [&] { return error; }))
         return;
     addDrawings({target});
     statusBar()->showMessage(tr("Converted to %1.").arg(target), 5000);
@@ -318,23 +364,25 @@ QTreeWidgetItem* MainWindow::selected() const
     return drawings->selectedItems().value(0);
 }
 
-/// Runs \a call, which blocks in an event loop of its own, where the user can see that it runs, and tells of
-/// a failure with its reason. False also when the window was closed or destroyed meanwhile: nobody waits for
+/// Runs \a call, which blocks in an event loop of its own, saying that it is at \a work, and tells of a
+/// \a failure with its reason. False also when the window was closed or destroyed meanwhile: nobody waits for
 /// an answer then, and the window may not be touched.
-bool MainWindow::perform(
-    const QString& failure, const std::function<bool()>& call, const std::function<QString()>& reason)
+bool MainWindow::perform(const QString& work, const QString& failure, const std::function<bool()>& call,
+    const std::function<QString()>& reason)
 {
     const QPointer<MainWindow> self(this);
     busy = true;
     updateActions();
+    statusBar()->showMessage(work);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool done = call();
+    QApplication::restoreOverrideCursor();
     // What was pressed meanwhile comes now, and finds its action disabled.
     QCoreApplication::processEvents();
-    QApplication::restoreOverrideCursor();
     if (!self)
         return false;
     busy = false;
+    statusBar()->clearMessage();
     updateActions();
     if (!isVisible())
         return false;

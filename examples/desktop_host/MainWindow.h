@@ -35,17 +35,19 @@ private:
     void chooseDrawings();
     void signIn();
     void signOut();
+    void openCloudSpace();
     void backUp();
     void convert();
 
     QTreeWidgetItem* selected() const;
-    bool perform(
-        const QString& failure, const std::function<bool()>& call, const std::function<QString()>& reason);
+    bool perform(const QString& work, const QString& failure, const std::function<bool()>& call,
+        const std::function<QString()>& reason);
     bool answered(QMessageBox::Icon icon, const QString& text, QMessageBox::StandardButtons buttons);
 
     QAction* signInAction;
     QAction* signOutAction;
     QAction* backUpAction;
+    QAction* spaceAction;
     QAction* convertAction;
     QAction* addAction;
     QStackedWidget* pages;

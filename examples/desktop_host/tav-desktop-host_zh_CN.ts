@@ -12,10 +12,6 @@
         <translation>添加图纸(&amp;A)...</translation>
     </message>
     <message>
-        <source>&amp;Convert</source>
-        <translation>转换(&amp;C)</translation>
-    </message>
-    <message>
         <source>Sign &amp;In...</source>
         <translation>登录(&amp;I)...</translation>
     </message>
@@ -30,10 +26,6 @@
     <message>
         <source>&amp;My Cloud Space</source>
         <translation>我的云空间(&amp;M)</translation>
-    </message>
-    <message>
-        <source>Not in this version yet</source>
-        <translation>此版本尚未提供</translation>
     </message>
     <message>
         <source>&amp;Quit</source>
@@ -130,6 +122,38 @@
     <message>
         <source>There was no usable answer.</source>
         <translation>未收到有效的应答。</translation>
+    </message>
+    <message>
+        <source>&amp;Convert...</source>
+        <translation>转换(&amp;C)...</translation>
+    </message>
+    <message>
+        <source>Opening your cloud space...</source>
+        <translation>正在打开云空间...</translation>
+    </message>
+    <message>
+        <source>Your cloud space was not opened.</source>
+        <translation>未能打开云空间。</translation>
+    </message>
+    <message>
+        <source>Backing up %1...</source>
+        <translation>正在备份 %1...</translation>
+    </message>
+    <message>
+        <source>Convert</source>
+        <translation>转换</translation>
+    </message>
+    <message>
+        <source>Drawings (*.dgn *.dwg)</source>
+        <translation>图纸 (*.dgn *.dwg)</translation>
+    </message>
+    <message>
+        <source>%1 is neither a DGN nor a DWG drawing.</source>
+        <translation>%1 不是 DGN 或 DWG 图纸。</translation>
+    </message>
+    <message>
+        <source>Converting %1...</source>
+        <translation>正在转换 %1...</translation>
     </message>
 </context>
 </TS>
