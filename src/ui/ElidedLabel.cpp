@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ui/ElidedLabel.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
 #include <QTextDocument>
+#include <QToolTip>
 
 ElidedLabel::ElidedLabel(const QString& text, int maximumWidth)
     : maximum(maximumWidth)
@@ -27,6 +29,15 @@ void ElidedLabel::paintEvent(QPaintEvent*)
     QPainter painter(this);
     style()->drawItemText(
         &painter, contentsRect(), int(alignment()), palette(), isEnabled(), fitting(), foregroundRole());
+}
+
+/// Not in the colours of a style sheet that is meant for the label.
+bool ElidedLabel::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QLabel::event(event);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTip());
+    return true;
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event)

@@ -15,6 +15,7 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    bool event(QEvent* event) override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
