@@ -23,7 +23,7 @@ public:
         watched->event(event);
         QPainter painter(widget);
         painter.setPen(QPen(widget->palette().color(QPalette::Text), 1, Qt::DotLine));
-        painter.drawRect(widget->rect().adjusted(0, 0, -1, -1));
+        painter.drawRect(QRectF(widget->rect()).adjusted(0.5, 0.5, -0.5, -0.5));
         return true;
     }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DialogFixture.h"
 
-#include "support/MultipartForm.h"
+#include "ui/account/AccountFile.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
 #include "ui/account/DlgRegisterR2V.h"
@@ -13,34 +13,70 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTabWidget>
 #include <QTest>
 
 namespace {
 
-const QByteArray tokens = R"({"access_token":"A","refresh_token":"R","user_info":{"username":"<i>u</i>"}})";
+const QByteArray tokens =
+    R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"<i>u</i>"}})";
+const QByteArray refusal = R"({"code":1,"msg":"<b>不</b>"})";
+const QByteArray helloEnciphered = "MB+o8xg7mCBZ5F7ajwRQ4w==";
+const QString phone = "13800000000";
 
-/// One of the dialogs in which a code can be asked for, and a whole request in it.
+enum KindIndex
+{
+    ByCode,
+    ByPassword,
+    Registration,
+    Reset
+};
+
+/// One of the pages with a request of its own, and what makes it whole.
 struct Kind
 {
     const char* row;
     std::function<QDialog*(QWidget*)> make;
-    QByteArray codeByPhone;
+    QByteArray codeByPhone; ///< empty where no code can be asked for
     QByteArray codeByMail;
+    QString title;
     QString proceed;
+    QString leave;
+    QString hint; ///< in the password field
     Texts filled;
+    QStringList reachedNext; ///< by the Tab key, after the fields
     QByteArray target;
+    ExpectedBox refused;
+    QString success;
 };
 
+QDialog* login(QWidget* parent, Tab tab)
+{
+    auto* dialog = new DlgLoginCloundPlatform(parent);
+    dialog->findChild<QTabWidget*>()->setCurrentIndex(tab);
+    return dialog;
+}
+
+const ExpectedBox errorBox{QMessageBox::Critical, "error", "<b>不</b>"};
+const ExpectedBox promptBox{QMessageBox::Information, "Prompt", "<b>不</b>"};
+
 const QVector<Kind> kinds{
-    {"login", [](QWidget* parent) { return new DlgLoginCloundPlatform(parent); }, "/admin/mobile/",
-        "/admin/mail/", "Login", {{account, "13800000000"}, {code, "1"}},
-        "/auth/mobile/token/sms?mobile=SMS@13800000000&code=1&grant_type=mobile"},
+    {"login by code", [](QWidget* parent) { return login(parent, CodeTab); }, "/admin/mobile/",
+        "/admin/mail/", "Login", "Login", "Exit", "", {{account, phone}, {code, "1"}}, {askForCode},
+        "/auth/mobile/token/sms?mobile=SMS@13800000000&code=1&grant_type=mobile", errorBox,
+        "login successfully!"},
+    {"login by password", [](QWidget* parent) { return login(parent, PasswordTab); }, "", "", "Login",
+        "Login", "Exit", "", {{account, "li.hua"}, {word, "hello"}},
+        {"Show or hide the password", "Remember the password"}, "/auth/oauth/token?grant_type=password",
+        errorBox, "login successfully!"},
     {"registration", [](QWidget* parent) { return new DlgRegisterR2V(parent); }, "/admin/mobile/",
-        "/admin/mail/", "User registration",
-        {{"User name", "n"}, {"Password", "p"}, {account, "13800000000"}, {code, "1"}}, "/admin/api/user"},
+        "/admin/mail/", "User registration", "User registration", "Cancel", "6-24位数字和英文字母组合",
+        {{"User name", "n"}, {word, "hello"}, {account, phone}, {code, "1"}}, {askForCode}, "/admin/api/user",
+        promptBox, "Account registration successfully!"},
     {"reset", [](QWidget* parent) { return new DlgResetPassword(parent); }, "/admin/mobile/reset/",
-        "/admin/mail/reset/", "Reset", {{account, "13800000000"}, {"New password", "p"}, {code, "1"}},
-        "/admin/api/user/resetpw"},
+        "/admin/mail/reset/", "Reset password", "Reset", "Exit", "6-24 digits and English letter combination",
+        {{account, phone}, {"New password", "hello"}, {code, "1"}}, {askForCode}, "/admin/api/user/resetpw",
+        errorBox, "Password reset successfully!"},
 };
 
 void kindRows()
@@ -50,102 +86,56 @@ void kindRows()
         QTest::newRow(kinds[i].row) << i;
 }
 
-/// How a wait may end other than with an answer that somebody still waits for.
-struct Ending
+/// A button of a filled page, and the request that it makes.
+struct Request
 {
-    const char* row;
-    std::function<void(QWidget* parent, QDialog* dialog)> happen;
-    bool dialogStays;
+    QString button;
+    QByteArray method;
+    QByteArray target;
 };
 
-const QVector<Ending> endings{
-    {"closed", [](QWidget*, QDialog* dialog) { dialog->close(); }, true},
-    {"rejected", [](QWidget*, QDialog* dialog) { dialog->reject(); }, true},
-    {"destroyed", [](QWidget*, QDialog* dialog) { delete dialog; }, false},
-    {"destroyed with its parent", [](QWidget* parent, QDialog*) { delete parent; }, false},
-};
-
-QByteArray answer(bool success)
+QVector<Request> requestsOf(const Kind& kind)
 {
-    return success ? R"({"code":0})" : R"({"code":1,"msg":"no"})";
+    QVector<Request> requests{{kind.proceed, "POST", kind.target}};
+    if (!kind.codeByPhone.isEmpty())
+        requests.append({askForCode, "GET", kind.codeByPhone + phone.toLatin1()});
+    return requests;
 }
 
-QMap<QByteArray, QByteArray> formFields(const RecordedRequest& request)
+QTestData& newRow(int index, const QString& rest)
 {
-    QString fault;
-    QMap<QByteArray, QByteArray> fields;
-    for (const FormPart& part : parseForm(request, fault)) {
-        const int begin = part.head.indexOf("name=\"") + 6;
-        fields.insert(part.head.mid(begin, part.head.indexOf('"', begin) - begin), part.body);
-    }
-    return fault.isEmpty() ? fields : QMap<QByteArray, QByteArray>{{"fault", fault.toUtf8()}};
+    return QTest::newRow(qPrintable(QString("%1, %2").arg(kinds[index].row, rest))) << index;
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(std::function<QDialog*()>)
 
 class TestAccountDialogs : public DialogTest
 {
     Q_OBJECT
 
 private slots:
-    void sayWhatTheyAreFor_data()
-    {
-        QTest::addColumn<std::function<QDialog*()>>("make");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QStringList>("labels");
-        QTest::addColumn<QStringList>("buttons");
-        QTest::addColumn<QString>("hint");
-        const auto row = [](const char* name, const std::function<QDialog*()>& make, const QString& title,
-                             const QStringList& labels, const QStringList& buttons, const QString& hint) {
-            QTest::newRow(name) << make << title << labels << buttons << hint;
-        };
-        row(
-            "registration", [] { return new DlgRegisterR2V; }, "User registration",
-            {"User name", "Password", account, code}, {askForCode, "User registration", "Cancel"},
-            QString::fromUtf8("6-24位数字和英文字母组合"));
-        row(
-            "reset", [] { return new DlgResetPassword; }, "Reset password", {account, "New password", code},
-            {askForCode, "Reset", "Exit"}, "6-24 digits and English letter combination");
-        row(
-            "logout", [] { return new DlgLogoutCloundPlatform; }, "User login status",
-            {"User name", "", "State", "Logged-in"}, {"Logout", "Close Window"}, "");
-    }
+    void canBeLeft_data() { kindRows(); }
 
-    void sayWhatTheyAreFor()
+    void canBeLeft()
     {
-        QFETCH(std::function<QDialog*()>, make);
-        QFETCH(QString, title);
-        QFETCH(QStringList, labels);
-        QFETCH(QStringList, buttons);
-        QFETCH(QString, hint);
-        const std::unique_ptr<QDialog> dialog(make());
+        QFETCH(int, index);
+        const Kind& kind = kinds[index];
+        const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
         bringUp(*dialog);
-        QCOMPARE(dialog->windowTitle(), title);
-        QStringList shown;
-        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
-            shown.append(label->text());
-            QVERIFY2(!labels.contains(label->text()) || label->buddy() || label->text() == "Logged-in"
-                    || label->text().isEmpty(),
-                qPrintable(label->text()));
-        }
-        shown.sort();
-        labels.sort();
-        QCOMPARE(shown, labels);
-        for (const QString& text : buttons)
-            QVERIFY2(button(*dialog, text), qPrintable(text));
-        QCOMPARE(dialog->findChildren<QPushButton*>().size(), buttons.size());
-        for (const QLineEdit* edit : dialog->findChildren<QLineEdit*>()) {
-            const bool secret = edit->accessibleName().contains("assword");
-            QCOMPARE(edit->echoMode(), secret ? QLineEdit::Password : QLineEdit::Normal);
-            QCOMPARE(edit->placeholderText(), secret ? hint : QString());
-        }
-        QVERIFY(button(*dialog, buttons.at(buttons.size() - 2))->isDefault());
-
-        press(*dialog, buttons.last());
+        QCOMPARE(dialog->windowTitle(), kind.title);
+        QVERIFY(dialog->isModal() && button(*dialog, kind.proceed)->isDefault());
+        fillIn(*dialog, kind.filled);
+        press(*dialog, kind.leave);
         QVERIFY(!dialog->isVisible());
         bringUp(*dialog);
+        for (const auto& [name, text] : kind.filled) {
+            const bool secret = name.contains("assword");
+            QCOMPARE(field(*dialog, name)->echoMode(), secret ? QLineEdit::Password : QLineEdit::Normal);
+            QCOMPARE(field(*dialog, name)->placeholderText(), secret ? kind.hint : QString());
+            // Nobody can show a registration again.
+            if (index != Registration)
+                QCOMPARE(field(*dialog, name)->text(), secret ? QString() : text);
+        }
         QTest::keyClick(dialog.get(), Qt::Key_Escape);
         QVERIFY(!dialog->isVisible());
         QCOMPARE(dialog->result(), int(QDialog::Rejected));
@@ -159,12 +149,16 @@ private slots:
         const Kind& kind = kinds[index];
         const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
         bringUp(*dialog);
-        QCOMPARE(dialog->focusWidget()->accessibleName(), kind.filled.first().first);
-        for (const auto& [name, text] : kind.filled) {
-            QCOMPARE(dialog->focusWidget()->accessibleName(), name);
+        QStringList expected;
+        for (const auto& entry : kind.filled)
+            expected.append(entry.first);
+        expected += kind.reachedNext;
+        field(*dialog, expected.first())->setFocus();
+        for (const QString& name : expected) {
+            const auto* button = qobject_cast<QAbstractButton*>(dialog->focusWidget());
+            QCOMPARE(button ? button->text() : dialog->focusWidget()->accessibleName(), name);
             QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
         }
-        QCOMPARE(qobject_cast<QPushButton*>(dialog->focusWidget()), button(*dialog, askForCode));
     }
 
     void checkInOrder_data()
@@ -172,26 +166,30 @@ private slots:
         QTest::addColumn<int>("index");
         QTest::addColumn<QStringList>("texts");
         QTest::addColumn<QString>("complaint");
-        const auto row = [](int index, const char* name, const QStringList& texts, const QString& complaint) {
-            QTest::addRow("%s, %s", kinds[index].row, name) << index << texts << complaint;
+        QTest::addColumn<QString>("focus");
+        const auto row = [](KindIndex index, const QStringList& texts, const QString& complaint,
+                             const QString& focus) {
+            newRow(index, texts.join('|')) << texts << complaint << focus;
         };
         const QString noName = "Username can not be empty!";
         const QString noAccount = "The phone number cannot be empty!";
         const QString noWord = "password can not be blank!";
         const QString noCode = "verification code must be filled!";
         const QString chinese = "The password cannot have Chinese characters!";
-        row(0, "nothing", {"", ""}, noAccount);
-        row(0, "no code", {"x", ""}, noCode);
-        row(1, "nothing", {"", "", "", ""}, noName);
-        row(1, "no password", {"n", "", "", ""}, noWord);
-        row(1, "first of the range", {"n", QString("a") + QChar(0x4e00), "", ""}, chinese);
-        row(1, "last of the range", {"n", QChar(0x9fa5) + QString("a"), "", ""}, chinese);
-        row(1, "before the range", {"n", QChar(0x4dff), "", ""}, noAccount);
-        row(1, "after the range", {"n", QChar(0x9fa6), "", ""}, noAccount);
-        row(1, "no code", {"n", "p", "1", ""}, noCode);
-        row(2, "nothing", {"", "", ""}, noAccount);
-        row(2, "no password", {"1", "", ""}, noWord);
-        row(2, "no code", {"1", "p", ""}, noCode);
+        row(ByCode, {"", "1"}, noAccount, account);
+        row(ByCode, {"x", ""}, noCode, code);
+        row(ByPassword, {"", "p"}, noName, account);
+        row(ByPassword, {"n", ""}, noWord, word);
+        row(Registration, {"", "", "", ""}, noName, "User name");
+        row(Registration, {"n", "", "1", "1"}, noWord, word);
+        row(Registration, {"n", QString("a") + QChar(0x4e00), "", ""}, chinese, {});
+        row(Registration, {"n", QChar(0x9fa5) + QString("a"), "", ""}, chinese, {});
+        row(Registration, {"n", QChar(0x4dff), "", ""}, noAccount, account);
+        row(Registration, {"n", QChar(0x9fa6), "", ""}, noAccount, account);
+        row(Registration, {"n", "p", "1", ""}, noCode, code);
+        row(Reset, {"", "", ""}, noAccount, account);
+        row(Reset, {"1", "", ""}, noWord, "New password");
+        row(Reset, {"1", "p", ""}, noCode, code);
     }
 
     void checkInOrder()
@@ -199,66 +197,76 @@ private slots:
         QFETCH(int, index);
         QFETCH(QStringList, texts);
         QFETCH(QString, complaint);
+        QFETCH(QString, focus);
         const Kind& kind = kinds[index];
         const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
         bringUp(*dialog);
-        for (int i = 0; i < texts.size(); ++i)
+        for (int i = texts.size() - 1; i >= 0; --i)
             type(*dialog, kind.filled[i].first, texts[i]);
         fixture->boxes().expectPrompt(complaint);
         press(*dialog, kind.proceed);
         QVERIFY(dialog->isVisible() && button(*dialog, kind.proceed)->isEnabled());
+        if (!focus.isEmpty())
+            QCOMPARE(dialog->focusWidget()->accessibleName(), focus);
     }
 
-    void registers_data()
+    void askThePlatform_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QList<QByteArray>>("fields");
-        QTest::newRow("by phone") << "1x" << QByteArray("/admin/api/user")
-                                  << QList<QByteArray>{"password", "phone", "smscode", "username"};
-        QTest::newRow("by mail") << "a@b" << QByteArray("/admin/api/user/mail/register")
-                                 << QList<QByteArray>{"mail", "mailCode", "password"};
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("who");
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QList<QByteArray>>("sent");
+        const auto row = [](KindIndex index, const QString& who, const QByteArray& target,
+                             const QList<QByteArray>& sent) { newRow(index, who) << who << target << sent; };
+        const auto formField = [](const QByteArray& name, const QByteArray& value) {
+            return "name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+        };
+        const QByteArray sms = "/auth/mobile/token/sms?mobile=";
+        row(ByCode, "12", sms + "SMS@12&code=1&grant_type=mobile", {});
+        row(ByCode, "a@b", sms + "MAIL@a@b&code=1&grant_type=mobile", {});
+        row(ByPassword, "li.hua", kinds[ByPassword].target,
+            {"username=li.hua&password=" + helloEnciphered.toPercentEncoding()});
+        const QByteArray secret = formField("password", helloEnciphered);
+        row(Registration, "1x", "/admin/api/user",
+            {formField("username", "n"), secret, formField("phone", "1x"), formField("smscode", "1")});
+        row(Registration, "a@b", "/admin/api/user/mail/register",
+            {secret, formField("mail", "a@b"), formField("mailCode", "1")});
+        row(Reset, "a@b", "/admin/api/user/resetpw",
+            {"phone=a@b&password=" + helloEnciphered.toPercentEncoding() + "&smscode=1"});
     }
 
-    void registers()
+    void askThePlatform()
     {
-        QFETCH(QString, target);
-        QFETCH(QByteArray, path);
-        QFETCH(QList<QByteArray>, fields);
-        DlgRegisterR2V dialog;
-        bringUp(dialog);
-        fillIn(dialog, {{"User name", "n"}, {"Password", "hello"}, {account, target}, {code, "4711"}});
-        fixture->expect("POST", path, R"({"code":1,"msg":"Duplicate entry"})");
-        fixture->boxes().expectPrompt("The phone number is registered");
-        press(dialog, "User registration");
-        QVERIFY(dialog.isVisible() && button(dialog, "User registration")->isEnabled());
+        QFETCH(int, index);
+        QFETCH(QString, who);
+        QFETCH(QByteArray, target);
+        QFETCH(QList<QByteArray>, sent);
+        const Kind& kind = kinds[index];
+        const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
+        bringUp(*dialog);
+        for (const auto& [name, text] : kind.filled)
+            type(*dialog, name, name == account ? who : text);
 
-        fixture->expect("POST", path, answer(true));
-        fixture->boxes().expectPrompt("Account registration successfully!");
-        QTest::keyClick(field(dialog, code), Qt::Key_Return);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        const QMap<QByteArray, QByteArray> sent = formFields(fixture->requests().value(1));
-        QCOMPARE(sent.keys(), fields);
-        QCOMPARE(sent.value("password"), QByteArray("MB+o8xg7mCBZ5F7ajwRQ4w=="));
-        QCOMPARE(sent.value(fields.contains("mail") ? "mail" : "phone"), target.toUtf8());
-    }
-
-    void resets()
-    {
-        DlgResetPassword dialog;
-        bringUp(dialog);
-        // Chinese is no matter here.
-        fillIn(dialog, {{account, "a@b"}, {"New password", QString::fromUtf8("中")}, {code, "4711"}});
-        fixture->expect("POST", "/admin/api/user/resetpw", R"({"code":1,"msg":"no"})");
-        fixture->boxes().expect({QMessageBox::Critical, "error", "no"});
-        press(dialog, "Reset");
-        QVERIFY(dialog.isVisible());
-        fixture->expect("POST", "/admin/api/user/resetpw", answer(true));
-        fixture->boxes().expectPrompt("Password reset successfully!");
-        QTest::keyClick(field(dialog, code), Qt::Key_Return);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        const QByteArray body = fixture->requests().value(1).body;
-        QVERIFY(body.startsWith("phone=a@b&password=") && body.endsWith("&smscode=4711"));
+        // Enter, in any field, presses the button.
+        for (const auto& [name, text] : kind.filled) {
+            const bool last = name == kind.filled.last().first;
+            fixture->expect("POST", target, last ? tokens : refusal);
+            if (last)
+                fixture->boxes().expectPrompt(kind.success, [&] {
+                    QVERIFY(dialog->isVisible());
+                    QCOMPARE(QFile::exists("AccountManage.bin"), index == ByPassword);
+                });
+            else
+                fixture->boxes().expect(kind.refused);
+            QVERIFY(dialog->isVisible() && button(*dialog, kind.proceed)->isEnabled());
+            QVERIFY(!QFile::exists("AccountManage.bin"));
+            field(*dialog, name)->setFocus();
+            QTest::keyClick(field(*dialog, name), Qt::Key_Return);
+        }
+        QCOMPARE(dialog->result(), int(QDialog::Accepted));
+        for (const RecordedRequest& request : fixture->requests())
+            for (const QByteArray& part : sent)
+                QVERIFY2(request.body.contains(part), request.body.constData());
     }
 
     void signsOut()
@@ -267,92 +275,106 @@ private slots:
         QVERIFY(CloudAccountLogin::instance()->userLoginAccount("u", "p"));
         DlgLogoutCloundPlatform dialog;
         bringUp(dialog);
-        QStringList shown;
-        for (const QLabel* label : dialog.findChildren<QLabel*>()) {
-            shown.append(label->text());
-            QVERIFY(label->text() != "<i>u</i>" || label->textFormat() == Qt::PlainText);
-        }
-        QVERIFY(shown.contains("<i>u</i>"));
+        QCOMPARE(dialog.windowTitle(), QString("User login status"));
+        QMap<QString, Qt::TextFormat> labels;
+        for (const QLabel* label : dialog.findChildren<QLabel*>())
+            labels.insert(label->text(), label->textFormat());
+        QCOMPARE(labels.keys(), QStringList({"<i>u</i>", "Logged-in", "State", "User name"}));
+        QCOMPARE(labels.value("<i>u</i>"), Qt::PlainText);
 
         fixture->expect("POST", "/auth/oauth/check_token", R"({"user_info":{}})");
-        fixture->expect("DELETE", "/auth/token/logout", answer(false));
-        fixture->boxes().expect({QMessageBox::Critical, "error", "no"});
+        fixture->expect("DELETE", "/auth/token/logout", refusal);
+        fixture->boxes().expect(errorBox);
         press(dialog, "Logout");
         QVERIFY(dialog.isVisible());
 
         fixture->expect("POST", "/auth/oauth/check_token", R"({"user_info":{}})");
-        fixture->expect("DELETE", "/auth/token/logout", answer(true));
+        fixture->expect("DELETE", "/auth/token/logout", tokens);
         fixture->boxes().expectPrompt("exit successfully!");
         QTest::keyClick(&dialog, Qt::Key_Return);
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QVERIFY(!CloudAccountLogin::instance()->getLoginState());
+        bringUp(dialog);
+        press(dialog, "Close Window");
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
     void askForCodes_data()
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("text");
-        for (int i = 0; i < kinds.size(); ++i)
-            QTest::addRow("%s, by mail", kinds[i].row) << i << "a@b";
-        for (int i = 1; i < kinds.size(); ++i)
-            QTest::addRow("%s, by anything else", kinds[i].row) << i << "12a";
+        QTest::addColumn<QByteArray>("path"); // empty for a text that is refused at once
+        const auto row = [](KindIndex index, const QString& text, const QByteArray& path) {
+            newRow(index, text) << text << path;
+        };
+        row(ByCode, phone, "/admin/mobile/13800000000");
+        row(ByCode, QString(11, QChar(0x0663)), "/admin/mobile/" + QByteArray("%D9%A3").repeated(11));
+        row(ByCode, "1380000000a", "");
+        row(ByCode, "138000000001", "");
+        for (const KindIndex index : {ByCode, Registration, Reset}) {
+            row(index, "", "");
+            row(index, "a@b", kinds[index].codeByMail + "a@b");
+        }
+        for (const KindIndex index : {Registration, Reset})
+            row(index, "12a", kinds[index].codeByPhone + "12a");
     }
 
     void askForCodes()
     {
         QFETCH(int, index);
         QFETCH(QString, text);
-        const bool countsAtOnce = index > 0; // the login waits for the answer
+        QFETCH(QByteArray, path);
         for (const bool granted : {true, false}) {
             const std::unique_ptr<QDialog> dialog(kinds[index].make(nullptr));
             bringUp(*dialog);
             auto* countdown = dialog->findChild<QTimer*>("countdownTimer");
-            fixture->boxes().expectPrompt("The phone number cannot be empty!");
-            press(*dialog, askForCode);
-            QVERIFY(!countdown->isActive());
-
             type(*dialog, account, text);
-            const QByteArray path = text.contains('@') ? kinds[index].codeByMail : kinds[index].codeByPhone;
-            const auto look = [&] { QCOMPARE(countdown->isActive(), countsAtOnce); };
-            fixture->expectAndHold("GET", path + text.toUtf8(), answer(granted), look);
-            if (!granted)
-                fixture->boxes().expectPrompt("no", look);
+            // The login counts once there is an answer, the others at once.
+            const auto look = [&] { QCOMPARE(countdown->isActive(), index != ByCode); };
+            if (path.isEmpty())
+                fixture->boxes().expectPrompt(text.isEmpty()
+                        ? "The phone number cannot be empty!"
+                        : "The format of the phone number is incorrect!");
+            else
+                fixture->expectAndHold("GET", path, granted ? tokens : refusal, look);
+            if (!path.isEmpty() && !granted)
+                fixture->boxes().expectPrompt("<b>不</b>", look);
             press(*dialog, askForCode);
-            QVERIFY(countdown->isActive()); // after a refusal as well
+            QCOMPARE(countdown->isActive(), !path.isEmpty()); // after a refusal as well
+            QCOMPARE(button(*dialog, askForCode)->isEnabled(), path.isEmpty());
         }
     }
 
-    void countDown_data() { kindRows(); }
-
     void countDown()
     {
-        QFETCH(int, index);
-        const std::unique_ptr<QDialog> dialog(kinds[index].make(nullptr));
-        bringUp(*dialog);
-        auto* tick = dialog->findChild<QTimer*>("tickTimer");
-        auto* countdown = dialog->findChild<QTimer*>("countdownTimer");
-        QPushButton* asking = button(*dialog, askForCode);
-        type(*dialog, account, "13800000000");
-        fixture->expect("GET", kinds[index].codeByPhone + "13800000000", answer(true));
-        asking->setFocus();
-        press(*dialog, askForCode);
-        QCOMPARE(tick->interval(), 100);
-        QCOMPARE(countdown->interval(), 120000);
-        QVERIFY(tick->isActive() && countdown->isActive() && !asking->isEnabled());
-        QCOMPARE(dialog->focusWidget()->accessibleName(), code);
-        QTRY_VERIFY(QRegularExpression("^1[01]\\d s$").match(asking->text()).hasMatch());
+        for (const KindIndex index : {ByCode, Registration, Reset}) {
+            const std::unique_ptr<QDialog> dialog(kinds[index].make(nullptr));
+            bringUp(*dialog);
+            auto* tick = dialog->findChild<QTimer*>("tickTimer");
+            auto* countdown = dialog->findChild<QTimer*>("countdownTimer");
+            QPushButton* asking = button(*dialog, askForCode);
+            type(*dialog, account, phone);
+            fixture->expect("GET", kinds[index].codeByPhone + phone.toLatin1(), tokens);
+            asking->setFocus();
+            press(*dialog, askForCode);
+            QCOMPARE(tick->interval(), 100);
+            QCOMPARE(countdown->interval(), 120000);
+            QVERIFY(tick->isActive() && countdown->isActive() && !asking->isEnabled());
+            QCOMPARE(dialog->focusWidget()->accessibleName(), code);
+            QTRY_VERIFY(QRegularExpression("^1[01]\\d s$").match(asking->text()).hasMatch());
 
-        // The rest without waiting for it: the countdown is what is left of its timer.
-        const auto tickAt = [&](int milliseconds) {
-            countdown->start(milliseconds);
-            QMetaObject::invokeMethod(tick, "timeout");
-        };
-        tickAt(1999);
-        QCOMPARE(asking->text(), QString("1 s"));
-        QVERIFY(!asking->isEnabled() && tick->isActive());
-        tickAt(999);
-        QCOMPARE(asking->text(), askForCode);
-        QVERIFY(asking->isEnabled() && !tick->isActive() && !countdown->isActive());
+            // The rest without waiting for it: the countdown is what is left of its timer.
+            const auto tickAt = [&](int milliseconds) {
+                countdown->start(milliseconds);
+                QMetaObject::invokeMethod(tick, "timeout");
+            };
+            tickAt(1999);
+            QCOMPARE(asking->text(), QString("1 s"));
+            QVERIFY(!asking->isEnabled() && tick->isActive());
+            tickAt(999);
+            QCOMPARE(asking->text(), askForCode);
+            QVERIFY(asking->isEnabled() && !tick->isActive() && !countdown->isActive());
+        }
     }
 
     void aRunningRequestIsSeenAndAlone_data() { kindRows(); }
@@ -364,84 +386,82 @@ private slots:
         const std::unique_ptr<QDialog> dialog(kind.make(nullptr));
         bringUp(*dialog);
         fillIn(*dialog, kind.filled);
-        for (const QString& text : {kind.proceed, askForCode}) {
-            QPushButton* pressed = button(*dialog, text);
-            const bool proceeding = text == kind.proceed;
-            fixture->expectAndHold(proceeding ? "POST" : "GET",
-                proceeding ? kind.target : kind.codeByPhone + "13800000000", answer(!proceeding), [&] {
-                    QVERIFY(!pressed->isEnabled());
-                    QVERIFY(QApplication::overrideCursor());
-                    QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
-                    QTest::mouseClick(pressed, Qt::LeftButton);
-                    if (proceeding)
-                        QTest::keyClick(field(*dialog, code), Qt::Key_Return);
-                });
-            if (proceeding && kind.proceed == "User registration")
-                fixture->boxes().expectPrompt("no");
-            else if (proceeding)
-                fixture->boxes().expect({QMessageBox::Critical, "error", "no"});
-            press(*dialog, text);
+        for (const Request& request : requestsOf(kind)) {
+            QPushButton* pressed = button(*dialog, request.button);
+            const bool proceeding = request.button == kind.proceed;
+            fixture->expectAndHold(request.method, request.target, proceeding ? refusal : tokens, [&] {
+                QVERIFY(!pressed->isEnabled());
+                QVERIFY(QApplication::overrideCursor());
+                QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+                QTest::mouseClick(pressed, Qt::LeftButton);
+                QTest::keyClick(field(*dialog, account), Qt::Key_Return);
+            });
+            if (proceeding)
+                fixture->boxes().expect(kind.refused);
+            press(*dialog, request.button);
             QCoreApplication::processEvents();
             QVERIFY(!QApplication::overrideCursor());
             QCOMPARE(pressed->isEnabled(), proceeding);
             if (proceeding) // the focus is where the press put it
                 QCOMPARE(dialog->focusWidget(), pressed);
         }
-        QCOMPARE(fixture->requests().size(), 2);
+        QCOMPARE(fixture->requests().size(), requestsOf(kind).size());
     }
 
     void mayGoDuringTheWait_data()
     {
         QTest::addColumn<int>("index");
-        QTest::addColumn<int>("ending");
+        QTest::addColumn<QString>("ending");
         QTest::addColumn<bool>("success");
         for (int i = 0; i < kinds.size(); ++i)
-            for (int j = 0; j < endings.size(); ++j)
+            for (const char* ending : {"closed", "destroyed", "destroyed with its parent"})
                 for (const bool success : {true, false})
-                    QTest::addRow("%s %s, %d", kinds[i].row, endings[j].row, success) << i << j << success;
+                    newRow(i, QString("%1, %2").arg(ending).arg(success)) << ending << success;
     }
 
     void mayGoDuringTheWait()
     {
         QFETCH(int, index);
-        QFETCH(int, ending);
+        QFETCH(QString, ending);
         QFETCH(bool, success);
         const Kind& kind = kinds[index];
-        for (const QString& text : {kind.proceed, askForCode}) {
+        const bool stays = ending == "closed";
+        for (const Request& request : requestsOf(kind)) {
             const QPointer<QWidget> parent(new QWidget);
             const QPointer<QDialog> dialog(kind.make(parent));
             bringUp(*dialog);
             fillIn(*dialog, kind.filled);
-            const bool proceeding = text == kind.proceed;
-            fixture->expectAndHold(proceeding ? "POST" : "GET",
-                proceeding ? kind.target : kind.codeByPhone + "13800000000", answer(success),
-                [&] { endings[ending].happen(parent, dialog); });
-            press(*dialog, text); // and no box comes up
-            QCOMPARE(!dialog.isNull(), endings[ending].dialogStays);
+            fixture->expectAndHold(request.method, request.target, success ? tokens : refusal, [&] {
+                if (stays)
+                    dialog->close();
+                else
+                    delete (ending == "destroyed" ? dialog.data() : parent.data());
+            });
+            press(*dialog, request.button); // and no box comes up
+            QCOMPARE(!dialog.isNull(), stays);
             if (dialog)
                 QCOMPARE(dialog->result(), int(QDialog::Rejected));
             delete parent;
         }
-        QVERIFY(!QFile::exists("AccountManage.bin"));
+        // Who has signed in is remembered, although nobody looks any more.
+        const bool remembered = index == ByPassword && success && stays;
+        RememberedAccounts stored;
+        readAccountFile(stored);
+        QCOMPARE(stored.passwords, remembered ? QStringList(helloEnciphered) : QStringList());
     }
-
-    void mayGoWithABoxInFront_data() { kindRows(); }
 
     void mayGoWithABoxInFront()
     {
-        QFETCH(int, index);
-        const Kind& kind = kinds[index];
-        const QPointer<QWidget> parent(new QWidget);
-        const QPointer<QDialog> dialog(kind.make(parent));
-        bringUp(*dialog);
-        fillIn(*dialog, kind.filled);
-        fixture->expect("POST", kind.target, answer(true));
-        const QString success = index == 0 ? "login successfully!"
-            : index == 1                   ? "Account registration successfully!"
-                                           : "Password reset successfully!";
-        fixture->boxes().expectPrompt(success, [&] { delete parent; });
-        press(*dialog, kind.proceed);
-        QVERIFY(!dialog);
+        for (const Kind& kind : kinds) {
+            const QPointer<QWidget> parent(new QWidget);
+            const QPointer<QDialog> dialog(kind.make(parent));
+            bringUp(*dialog);
+            fillIn(*dialog, kind.filled);
+            fixture->expect("POST", kind.target, tokens);
+            fixture->boxes().expectPrompt(kind.success, [&] { delete parent; });
+            press(*dialog, kind.proceed);
+            QVERIFY2(!dialog, kind.row);
+        }
     }
 
     void theApplicationMayQuitDuringTheWait_data() { kindRows(); }
@@ -454,7 +474,7 @@ private slots:
         QTimer::singleShot(0, dialog.get(), [&] {
             bringUp(*dialog);
             fillIn(*dialog, kind.filled);
-            fixture->expectAndHold("POST", kind.target, answer(true), [] { QCoreApplication::quit(); });
+            fixture->expectAndHold("POST", kind.target, tokens, [] { QCoreApplication::quit(); });
             press(*dialog, kind.proceed);
         });
         QCOMPARE(QCoreApplication::exec(), 0);
