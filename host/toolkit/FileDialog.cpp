@@ -4,18 +4,25 @@
 #include "toolkit/ISystemSettings.h"
 
 #include <QFileInfo>
+#include <QPointer>
 
 namespace {
 
-QString startDirectory(const ISystemSettings* settings, const QString& directory)
+/// On the heap, because it goes with its parent: Qt's own functions would then destroy it twice.
+QPointer<QFileDialog> newDialog(ISystemSettings* settings, QWidget* parent, const QString& caption,
+    const QString& directory, const QString& filter, QFileDialog::Options options)
 {
-    return directory.isEmpty() && settings ? settings->lastDirectory() : directory;
+    const QString start = directory.isEmpty() && settings ? settings->lastDirectory() : directory;
+    QPointer<QFileDialog> dialog(new QFileDialog(parent, caption, start, filter));
+    dialog->setOptions(options);
+    return dialog;
 }
 
-void remember(ISystemSettings* settings, const QString& directory)
+/// What the user chose; empty when there is nothing.
+QString answerTo(const QPointer<QFileDialog>& dialog)
 {
-    if (settings)
-        settings->setLastDirectory(directory);
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    return dialog && accepted ? dialog->selectedFiles().value(0) : QString();
 }
 
 } // namespace
@@ -23,19 +30,27 @@ void remember(ISystemSettings* settings, const QString& directory)
 QString FileDialog::getOpenFileName(ISystemSettings* settings, QWidget* parent, const QString& caption,
     const QString& directory, const QString& filter, QString* selectedFilter, QFileDialog::Options options)
 {
-    QString file = QFileDialog::getOpenFileName(
-        parent, caption, startDirectory(settings, directory), filter, selectedFilter, options);
-    if (!file.isEmpty())
-        remember(settings, QFileInfo(file).absolutePath());
+    const QPointer<QFileDialog> dialog = newDialog(settings, parent, caption, directory, filter, options);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    if (selectedFilter && !selectedFilter->isEmpty())
+        dialog->selectNameFilter(*selectedFilter);
+    QString file = answerTo(dialog);
+    if (!file.isEmpty() && selectedFilter)
+        *selectedFilter = dialog->selectedNameFilter();
+    delete dialog;
+    if (!file.isEmpty() && settings)
+        settings->setLastDirectory(QFileInfo(file).absolutePath());
     return file;
 }
 
 QString FileDialog::getExistingDirectory(ISystemSettings* settings, QWidget* parent, const QString& caption,
     const QString& directory, QFileDialog::Options options)
 {
-    QString answer =
-        QFileDialog::getExistingDirectory(parent, caption, startDirectory(settings, directory), options);
-    if (!answer.isEmpty())
-        remember(settings, answer);
+    const QPointer<QFileDialog> dialog = newDialog(settings, parent, caption, directory, QString(), options);
+    dialog->setFileMode(QFileDialog::Directory);
+    QString answer = answerTo(dialog);
+    delete dialog;
+    if (!answer.isEmpty() && settings)
+        settings->setLastDirectory(answer);
     return answer;
 }

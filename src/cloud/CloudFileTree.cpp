@@ -25,8 +25,11 @@ private:
     std::unique_ptr<AttributeDictionary, ReleaseDictionary> dictionary{dictionary_get_instance()};
 };
 
-ITreeElement* newNode(const QString& name, const Attributes& attributes)
+/// Names are zero-terminated: one with a NUL in it would pass for the part before. With a separator instead
+/// it is no file's name, and is never written.
+ITreeElement* newNode(QString name, const Attributes& attributes)
 {
+    name.replace(QChar::Null, '/');
     return tav_tree_element_create_instance(name.toLocal8Bit().constData(), attributes.get(), "");
 }
 
@@ -54,7 +57,15 @@ ITreeElement* CloudFileManger::getFileTree()
     ITreeElement* root = newNode("My space", folder);
     ITreeElement* backups = addNode(root, "My backup", folder);
 
-    if (client.getAllCloudProjectBackup()) {
+    // What failed first is what to tell the user; a request that succeeds later would empty it.
+    QString failure;
+    const auto listed = [&](bool done) {
+        if (!done && failure.isEmpty())
+            failure = client.getLastError();
+        return done;
+    };
+
+    if (listed(client.getAllCloudProjectBackup())) {
         for (const ShareProjectInfo& project : client.getAllCloudProjects())
             addNode(addNode(backups, project.projectTitle, folder),
                 project.projectTitle + client.d->backupSuffix, fileAttributes(project.id));
@@ -62,10 +73,10 @@ ITreeElement* CloudFileManger::getFileTree()
 
     // A source that fails keeps what it shared when it was asked last.
     for (const QString& source : client.getShareSourceSoft())
-        client.getShareProjectFromPlatform(source);
+        listed(client.getShareProjectFromPlatform(source));
     const QString softName = client.getSoftName();
     if (!softName.isEmpty())
-        client.getShareProjectFromPlatform(softName);
+        listed(client.getShareProjectFromPlatform(softName));
 
     const auto foreign = client.getForeignCloudProjects();
     for (auto source = foreign.begin(); source != foreign.end(); ++source) {
@@ -74,7 +85,7 @@ ITreeElement* CloudFileManger::getFileTree()
             ITreeElement* projectFolder = addNode(sourceFolder, project.projectTitle, folder);
             QMap<QString, QString> files;
             // This software's own name, not the source's: it is whose view of the project is asked for.
-            client.getShareProjectInfoById2(softName, project.id, files);
+            listed(client.getShareProjectInfoById2(softName, project.id, files));
             Attributes attributes = fileAttributes(project.id);
             for (auto file = files.begin(); file != files.end(); ++file) {
                 attributes.set("fileId", file.key());
@@ -82,5 +93,6 @@ ITreeElement* CloudFileManger::getFileTree()
             }
         }
     }
+    client.d->lastError = failure;
     return root;
 }

@@ -155,7 +155,6 @@ bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
 }
 
 /// An exchange that sends \a body by \a verb.
-/// one.
 Exchange sending(QNetworkReply* (QNetworkAccessManager::*verb)(const QNetworkRequest&, QIODevice*),
     RequestBody& body, const QString& url, const HeaderMap& headers, double timeoutMs)
 {

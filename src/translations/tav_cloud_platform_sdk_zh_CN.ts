@@ -130,6 +130,10 @@
         <source>Error</source>
         <translation>错误</translation>
     </message>
+    <message>
+        <source>The address book could not be loaded.</source>
+        <translation>无法加载通讯录。</translation>
+    </message>
 </context>
 <context>
     <name>ChoiceCloudProjectDlg</name>
@@ -447,6 +451,10 @@
         <source>Prompt</source>
         <translation>提示</translation>
     </message>
+    <message>
+        <source>Sharing with %1...</source>
+        <translation>正在分享给 %1...</translation>
+    </message>
 </context>
 <context>
     <name>CloudSpaceTabWidget</name>
@@ -509,6 +517,14 @@
     <message>
         <source>Downloading %1...</source>
         <translation>正在下载 %1...</translation>
+    </message>
+    <message>
+        <source>not a file name</source>
+        <translation>不是文件名</translation>
+    </message>
+    <message>
+        <source>no cloud project is chosen</source>
+        <translation>未选择云项目</translation>
     </message>
 </context>
 <context>
@@ -688,6 +704,10 @@
     <message>
         <source>Share</source>
         <translation>分享</translation>
+    </message>
+    <message>
+        <source>Loading the cloud space...</source>
+        <translation>正在加载云空间...</translation>
     </message>
 </context>
 <context>
@@ -1013,6 +1033,14 @@
     <message>
         <source>Error</source>
         <translation>错误</translation>
+    </message>
+    <message>
+        <source>The groups could not be loaded.</source>
+        <translation>无法加载群组。</translation>
+    </message>
+    <message>
+        <source>You are in no group yet. Create one, or join one by its invitation code.</source>
+        <translation>您还没有加入任何群组。请创建群组，或通过邀请码加入。</translation>
     </message>
 </context>
 <context>

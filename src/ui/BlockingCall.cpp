@@ -10,8 +10,6 @@
 #include <QThread>
 #include <QTimer>
 
-#include <list>
-
 namespace {
 
 class PressFilter : public QObject
@@ -130,9 +128,8 @@ Outcome callPlatform(QWidget* within, const QString& what, const std::function<b
         const Waiting waiting(window, what);
         done = request();
     }
-    if (!window || (wasOpen && !window->isVisible()))
-        return Outcome::Abandoned;
-    if (!done && applicationQuits())
+    // The window last: it may go while the application is asked.
+    if ((!done && applicationQuits()) || !window || (wasOpen && !window->isVisible()))
         return Outcome::Abandoned;
     return done ? Outcome::Done : Outcome::Refused;
 }

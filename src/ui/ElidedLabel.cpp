@@ -53,5 +53,5 @@ QString ElidedLabel::fitting() const
 
 QString plainToolTip(const QString& text)
 {
-    return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
+    return text.isEmpty() ? text : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
 }

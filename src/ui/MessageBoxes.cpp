@@ -61,15 +61,15 @@ QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, cons
     return button;
 }
 
-/// Which button was pressed; none when the box went meanwhile.
-QMessageBox::StandardButton answerTo(QPointer<QMessageBox> box)
+/// Which button was pressed; none when \a window was closed or went meanwhile.
+QMessageBox::StandardButton answerTo(QPointer<QMessageBox> box, QPointer<QWidget> window)
 {
+    const bool wasOpen = window->isVisible();
     const PlainCursor cursor;
     const int answer = box->exec();
-    if (!box)
-        return QMessageBox::NoButton;
     delete box;
-    return QMessageBox::StandardButton(answer);
+    return window && (!wasOpen || window->isVisible()) ? QMessageBox::StandardButton(answer)
+                                                       : QMessageBox::NoButton;
 }
 
 } // namespace
@@ -77,19 +77,16 @@ QMessageBox::StandardButton answerTo(QPointer<QMessageBox> box)
 bool showBox(
     QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& button)
 {
-    const QPointer<QWidget> owner(window);
     const QPointer<QMessageBox> box = newBox(icon, window, title, text);
     addButton(box, QMessageBox::Ok, button);
-    answerTo(box);
-    return owner;
+    return answerTo(box, window) != QMessageBox::NoButton;
 }
 
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& proceed, const QString& cancel)
 {
-    const QPointer<QWidget> owner(window);
     const QPointer<QMessageBox> box = newBox(icon, window, title, text);
     addButton(box, QMessageBox::Ok, proceed);
     box->setDefaultButton(addButton(box, QMessageBox::Cancel, cancel));
-    return answerTo(box) == QMessageBox::Ok && owner;
+    return answerTo(box, window) == QMessageBox::Ok;
 }

@@ -11,18 +11,18 @@
 inline constexpr char promptTitle[] = "Prompt";
 
 /// Shows a box and waits for the answer. \a text is shown as it is, never as rich text: the platform may have
-/// written it. False when \a window was destroyed meanwhile.
+/// written it. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of its one button; empty for Qt's own OK
 bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& button = QString());
 
 /// Shows a box with two buttons, of which Enter and Escape press the second, and waits for the answer.
-/// Whether the user pressed the first; false as well when \a window was destroyed meanwhile.
+/// Whether the user pressed the first; false as well when \a window was closed or destroyed meanwhile.
 /// \param proceed, cancel the texts of the buttons; empty for Qt's own OK and Cancel
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& proceed = QString(), const QString& cancel = QString());
 
-/// Guidance or success. False when \a window was destroyed meanwhile.
+/// Guidance or success. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of its button; empty for Qt's own OK
 template <class Window>
 bool inform(Window* window, const QString& text, const QString& button = QString())

@@ -32,18 +32,23 @@ public:
 
     SubDialog* operator->() const { return dialog; }
 
-    /// Runs it; whether it was accepted. False as well when it is not there to be asked any more, or its
-    /// parent was closed.
-    bool accepted()
+    /// Runs it. False when the parent was closed or went before or meanwhile: nobody waits for what follows.
+    bool run()
     {
-        if (!parent || (wasOpen && !parent->isVisible()))
+        if (!isWaitedFor())
             return false;
-        const bool result = dialog->exec() == QDialog::Accepted;
-        return dialog && result;
+        result = dialog->exec();
+        return isWaitedFor();
     }
 
+    /// Runs it; whether it was accepted, and is waited for.
+    bool accepted() { return run() && dialog && result == QDialog::Accepted; }
+
 private:
+    bool isWaitedFor() const { return parent && (!wasOpen || parent->isVisible()); }
+
     QPointer<QWidget> parent;
     bool wasOpen;
     QPointer<SubDialog> dialog;
+    int result = QDialog::Rejected;
 };

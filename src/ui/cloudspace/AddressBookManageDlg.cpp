@@ -29,8 +29,7 @@ using Friends = QList<CloudFileManger::CloudAddressBookInfo>;
 AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* parent)
     : Dialog(parent)
     , client(manager)
-    , table(new RecordTable({tr("Remark name"), tr("Account"), tr("Company")},
-          tr("There is no friend in the address book yet. Press \"Add\" to add one."), this))
+    , table(new RecordTable({tr("Remark name"), tr("Account"), tr("Company")}, QString(), this))
 {
     const BuiltApart apart(this);
     setWindowTitle(tr("Address book Management"));
@@ -39,7 +38,7 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
     auto* deleteButton = new QPushButton(tr("Delete"), this);
     auto* editButton = new QPushButton(tr("Edit"), this);
     auto* closeButton = new QPushButton(tr("Close"), this);
-    closeButton->setDefault(true);
+    editButton->setDefault(true); // of the row that Enter is pressed on
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(addButton);
@@ -65,13 +64,16 @@ void AddressBookManageDlg::load()
     Friends friends;
     const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
         [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
-    if (outcome == Outcome::Refused)
+    if (outcome == Outcome::Refused) {
+        table->setEmptyText(tr("The address book could not be loaded."));
         inform(this, tr("Failed to load address book form!"));
+    }
     if (outcome != Outcome::Done)
         return;
+    table->setEmptyText(tr("There is no friend in the address book yet. Press \"Add\" to add one."));
     table->setRowCount(0);
     for (const auto& entry : friends)
-        table->addRecord({entry.friendRemark, entry.friendUser, entry.friendUnit});
+        table->addRecord({entry.friendRemark, entry.friendPhone, entry.friendUnit});
     table->fitColumns();
 }
 
@@ -93,7 +95,7 @@ bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const 
             tr("OK")))
         return false;
     const auto found = std::find_if(
-        friends.cbegin(), friends.cend(), [&](const auto& entry) { return entry.friendUser == account; });
+        friends.cbegin(), friends.cend(), [&](const auto& entry) { return entry.friendPhone == account; });
     if (found == friends.cend())
         return false;
     id = found->id;

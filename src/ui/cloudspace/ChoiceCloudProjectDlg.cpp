@@ -33,7 +33,7 @@ ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
     , chosenProject(chosen)
     , table(new RecordTable({QString(), tr("Cloud Project Name"), tr("Cloud Project Description"),
                                 tr("Source Client"), tr("Cloud project ID")},
-          tr("There is no cloud project yet. Press \"Add\" to add one."), this))
+          QString(), this))
 {
     const BuiltApart apart(this);
     setWindowTitle(tr("Choose Cloud Project"));
@@ -85,13 +85,13 @@ bool ChoiceCloudProjectDlg::load()
 
 void ChoiceCloudProjectDlg::showProjects()
 {
+    table->setEmptyText(tr("There is no cloud project yet. Press \"Add\" to add one."));
     chosenId.clear();
     boxes.clear();
     table->setRowCount(0);
     for (const auto& project : client->getAllCloudProjects()) {
         const int row = table->rowCount();
         auto* box = new MycheckBox(row, table);
-        box->checkBox()->setFocusPolicy(Qt::NoFocus); // the row has it, and Space there checks the box
         table->addRecord({project.projectTitle, project.description, project.sourceClient, project.id}, box);
         connect(box, &MycheckBox::boxChecked, this, &ChoiceCloudProjectDlg::_onCheckChange);
         boxes.insert(row, box);
@@ -110,7 +110,7 @@ int ChoiceCloudProjectDlg::rowOf(int column, const QString& text) const
 
 void ChoiceCloudProjectDlg::_onChangCBoxCheck(int row)
 {
-    boxes[row]->checkBox()->setChecked(true);
+    boxes.value(row)->checkBox()->setChecked(true);
     _onCheckChange(row);
 }
 

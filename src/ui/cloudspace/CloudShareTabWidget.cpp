@@ -35,24 +35,22 @@ enum FriendColumn
 };
 enum GroupColumn
 {
-    GroupId = 2
+    GroupName = 1,
+    GroupId
 };
 
-struct Expiry
-{
-    int hours;
-    bool inDays;
-};
-const QVector<Expiry> anonymousExpiries = {{2, false}, {12, false}, {24, true}, {72, true}, {168, true}};
-const QVector<Expiry> sharedExpiries = {{24, true}, {72, true}, {168, true}, {360, true}, {720, true}};
+constexpr int hoursADay = 24;
+constexpr int anonymousHours[] = {2, 12, 24, 72, 168};
+constexpr int sharedHours[] = {24, 72, 168, 360, 720};
 
-QComboBox* expiryCombo(const QVector<Expiry>& choices)
+template <int Count>
+QComboBox* expiryCombo(const int (&choices)[Count])
 {
     auto* combo = new QComboBox;
-    for (const Expiry& choice : choices)
-        combo->addItem(choice.inDays ? CloudShareTabWidget::tr("%1 Days").arg(choice.hours / 24)
-                                     : CloudShareTabWidget::tr("%1 Hours").arg(choice.hours),
-            choice.hours);
+    for (const int hours : choices)
+        combo->addItem(hours >= hoursADay ? CloudShareTabWidget::tr("%1 Days").arg(hours / hoursADay)
+                                          : CloudShareTabWidget::tr("%1 Hours").arg(hours),
+            hours);
     return combo;
 }
 
@@ -201,7 +199,7 @@ QWidget* CloudShareTabWidget::makeFileBox()
 
 QWidget* CloudShareTabWidget::makeAnonymousPage()
 {
-    anonymousExpiry = expiryCombo(anonymousExpiries);
+    anonymousExpiry = expiryCombo(anonymousHours);
     auto* share = new QPushButton(tr("Share"));
     shareButtons.append(share);
     codeEdit = new QLineEdit;
@@ -225,8 +223,8 @@ QWidget* CloudShareTabWidget::makeAnonymousPage()
 
 QWidget* CloudShareTabWidget::makeFriendsPage()
 {
-    friendsExpiry = expiryCombo(sharedExpiries);
-    friendsCaption = new QLabel;
+    friendsExpiry = expiryCombo(sharedHours);
+    friendsCaption = new QLabel(tr("Friends list"));
     friendsTable = new RecordTable(
         {QString(), tr("Remark name"), tr("Account"), tr("Company"), tr("User name")}, QString());
     auto* share = new QPushButton(tr("Share"));
@@ -240,8 +238,8 @@ QWidget* CloudShareTabWidget::makeFriendsPage()
 
 QWidget* CloudShareTabWidget::makeGroupsPage()
 {
-    groupsExpiry = expiryCombo(sharedExpiries);
-    groupsCaption = new QLabel;
+    groupsExpiry = expiryCombo(sharedHours);
+    groupsCaption = new QLabel(tr("Groups"));
     groupsTable = new RecordTable({QString(), tr("Group name"), tr("Group ID")}, QString());
     auto* share = new QPushButton(tr("Share"));
     shareButtons.append(share);
@@ -259,6 +257,7 @@ void CloudShareTabWidget::showMode(int chosen)
         pages[i]->setVisible(i == mode);
 }
 
+// Each is called for the button that goes out too, which always comes before the one that goes on.
 void CloudShareTabWidget::_onChangeAnonymousShare()
 {
     showMode(0);
@@ -289,18 +288,19 @@ void CloudShareTabWidget::loadFriends()
     QList<CloudFileManger::CloudAddressBookInfo> friends;
     const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
         [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
-    if (outcome == Outcome::Abandoned)
+    if (outcome == Outcome::Refused) {
+        friendsTable->setEmptyText(tr("The address book could not be loaded."));
+        fail(this, tr("Failed to query the address book list!"));
+    }
+    if (outcome != Outcome::Done)
         return;
     friendsTable->setRowCount(0);
     for (const auto& entry : friends)
         friendsTable->addRecord({entry.friendRemark, entry.friendPhone, entry.friendUnit, entry.friendUser},
             new ItemWidget(nullptr));
     friendsTable->fitColumns();
-    friendsTable->setEmptyText(outcome == Outcome::Done ? tr("There is nobody in your address book yet.")
-                                                        : tr("The address book could not be loaded."));
+    friendsTable->setEmptyText(tr("There is nobody in your address book yet."));
     friendsCaption->setText(tr("Friends list") + QStringLiteral(" (%1)").arg(friends.size()));
-    if (outcome == Outcome::Refused)
-        fail(this, tr("Failed to query the address book list!"));
 }
 
 void CloudShareTabWidget::loadGroups()
@@ -308,17 +308,18 @@ void CloudShareTabWidget::loadGroups()
     QList<CloudFileManger::CloudGroupInfo> groups;
     const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
         [&groups, manager = client] { return manager->SearchGroup(groups); });
-    if (outcome == Outcome::Abandoned)
+    if (outcome == Outcome::Refused) {
+        groupsTable->setEmptyText(tr("The groups could not be loaded."));
+        fail(this, tr("Group Query Failure!"));
+    }
+    if (outcome != Outcome::Done)
         return;
     groupsTable->setRowCount(0);
     for (const auto& group : groups)
         groupsTable->addRecord({group.groupName, group.id}, new ItemWidget(nullptr));
     groupsTable->fitColumns();
-    groupsTable->setEmptyText(
-        outcome == Outcome::Done ? tr("You are in no group yet.") : tr("The groups could not be loaded."));
+    groupsTable->setEmptyText(tr("You are in no group yet."));
     groupsCaption->setText(tr("Groups") + QStringLiteral(" (%1)").arg(groups.size()));
-    if (outcome == Outcome::Refused)
-        fail(this, tr("Group Query Failure!"));
 }
 
 void CloudShareTabWidget::_onOpenFileDlg()
@@ -334,17 +335,13 @@ void CloudShareTabWidget::_onOpenFileDlg()
 
 void CloudShareTabWidget::_onOpenAddressBookManageDlg()
 {
-    const QPointer<CloudShareTabWidget> self(this);
-    ScopedDialog<AddressBookManageDlg>(this, tr("Loading the address book..."), client).accepted();
-    if (self)
+    if (ScopedDialog<AddressBookManageDlg>(this, tr("Loading the address book..."), client).run())
         loadFriends();
 }
 
 void CloudShareTabWidget::_onOpenGroupManageDlg()
 {
-    const QPointer<CloudShareTabWidget> self(this);
-    ScopedDialog<GroupManageDlg>(this, tr("Loading the groups..."), client, clipboard, account).accepted();
-    if (self)
+    if (ScopedDialog<GroupManageDlg>(this, tr("Loading the groups..."), client, clipboard, account).run())
         loadGroups();
 }
 
@@ -356,7 +353,7 @@ QString CloudShareTabWidget::fileToShare(const QString& button)
         inform(this, tr("Please select the file to share first."));
         return QString();
     }
-    if (QFileInfo(path).isFile())
+    if (QFileInfo(path).isFile()) // a folder cannot be shared
         return path;
     fail(this, tr("Invalid file path!"), button);
     return QString();
@@ -445,13 +442,19 @@ void CloudShareTabWidget::_onGroupShare()
     if (path.isEmpty() || !chooseProject() || !upload(path, fileId))
         return;
     // Only now: the file is in the cloud, whether a group was chosen or not.
-    const QStringList groups = checkedTexts(groupsTable, GroupId);
-    for (const QString& group : groups) {
-        const auto share = [&, manager = client] { return manager->CloudShareToGroup(group, fileId, hours); };
-        if (!performed(this, tr("Sharing the file..."), share, tr("Share failed!")))
+    int groups = 0;
+    for (int row = 0; row < groupsTable->rowCount(); ++row) {
+        if (!boxOf(groupsTable, row)->isChecked())
+            continue;
+        const auto share = [&, manager = client, group = groupsTable->text(row, GroupId)] {
+            return manager->CloudShareToGroup(group, fileId, hours);
+        };
+        const QString what = tr("Sharing with %1...").arg(groupsTable->text(row, GroupName));
+        if (!performed(this, what, share, tr("Share failed!")))
             return;
+        ++groups;
     }
-    if (groups.isEmpty())
+    if (groups == 0)
         inform(this, tr("Please choose a group."));
     else if (inform(this, tr("Share successfully!")))
         emit refreshMyCloudSpace();

@@ -76,8 +76,8 @@ private:
     QLabel* groupsCaption;
     RecordTable* friendsTable;
     RecordTable* groupsTable;
-    QList<QWidget*> pages; // one for each mode, and its button
-    QList<QPushButton*> shareButtons;
+    QList<QWidget*> pages; // one for each mode
+    QList<QPushButton*> shareButtons; // theirs
     int mode = 0;
     QPushButton* extractButton;
 };

@@ -18,6 +18,8 @@
 #include <QProgressDialog>
 #include <QScrollBar>
 
+#include <cstdlib>
+
 namespace {
 
 constexpr int columns = 5;
@@ -59,6 +61,15 @@ public:
         setRange(0, 0);
         setCancelButton(nullptr);
         show();
+    }
+
+protected:
+    /// It tells of the wait for which all else is disabled.
+    void changeEvent(QEvent* event) override
+    {
+        if (event->type() == QEvent::EnabledChange && !isEnabled())
+            setEnabled(true);
+        QProgressDialog::changeEvent(event);
     }
 };
 
@@ -145,9 +156,12 @@ void CloudSpaceTabWidget::showFolder(ITreeElement* element)
     if (typeOf(element) == 1)
         return;
     delete note;
+    const bool byKeyboard = tileArea->isAncestorOf(window()->focusWidget());
     clearTiles();
     navigationStack.append(element);
     placeTiles(element);
+    if (byKeyboard)
+        tileArea->focusFirst();
     QString path;
     for (const ITreeElement* folder : navigationStack)
         path += nameOf(folder) + '\\';
@@ -210,13 +224,14 @@ ITreeElement* CloudSpaceTabWidget::childOfCurrent(const QString& name) const
 
 void CloudSpaceTabWidget::_onDownload()
 {
-    QString name;
+    const TavFileButton* selected = nullptr;
     for (const TavFileButton* tile : tileList) {
         if (tile->selected)
-            name = tile->getName();
+            selected = tile;
     }
-    if (name.isEmpty())
+    if (!selected)
         return;
+    const QString name = selected->getName();
 
     const QPointer<CloudSpaceTabWidget> self(this);
     // Cancelled or not: an empty directory stands for the root of the file system.
@@ -234,55 +249,69 @@ void CloudSpaceTabWidget::_onDownload()
     if (outcome == Outcome::Done)
         inform(this, tr("The download is complete!"), tr("OK"));
     if (outcome == Outcome::Refused)
-        tell(tr("Not downloaded: %1").arg(missed.join(", ")));
+        tell(tr("Not downloaded: %1").arg(QStringList(missed.mid(0, 5)).join(", "))
+            + (missed.size() > 5 ? QStringLiteral(", ... (%1)").arg(missed.size()) : QString()));
 }
 
 /// After Outcome::Abandoned neither the tree nor this may exist any more.
-Outcome CloudSpaceTabWidget::downloadTreeElement(ITreeElement* element, const QString& directory)
+Outcome CloudSpaceTabWidget::downloadTreeElement(const ITreeElement* element, const QString& directory)
 {
     if (!QFile::exists(directory))
         QDir().mkdir(directory);
     const QString name = nameOf(element);
-    Outcome outcome = Outcome::Done;
     if (!isPlainFileName(name))
-        outcome = Outcome::Refused;
+        return miss(name, tr("not a file name"));
     // Other than its tile, an element without a type is a file here.
-    else if (typeOf(element, "-1") != 0)
-        outcome = downloadFile(element, directory + '/' + name);
-    else {
-        for (ITreeElement* child = element->firstChild(); child; child = child->nextSibling()) {
-            const Outcome ofChild = downloadTreeElement(child, directory + '/' + name);
-            if (ofChild == Outcome::Abandoned)
-                return ofChild;
-            if (ofChild == Outcome::Refused)
-                outcome = ofChild;
-        }
-        return outcome;
+    if (typeOf(element, "-1") != 0)
+        return downloadFile(element, directory + '/' + name);
+    Outcome outcome = Outcome::Done;
+    for (const ITreeElement* child = element->firstChild(); child; child = child->nextSibling()) {
+        const Outcome ofChild = downloadTreeElement(child, directory + '/' + name);
+        if (ofChild == Outcome::Abandoned)
+            return ofChild;
+        if (ofChild == Outcome::Refused)
+            outcome = ofChild;
     }
-    if (outcome == Outcome::Refused)
-        missed.append(name);
     return outcome;
 }
 
 Outcome CloudSpaceTabWidget::downloadFile(const ITreeElement* file, const QString& target)
 {
+    const QString name = nameOf(file);
     const QString projectId = textOf(file, "projectId");
     const QString fileId = textOf(file, "fileId");
     if (projectId.isEmpty() && fileId.isEmpty())
-        return Outcome::Refused;
+        return miss(name);
 
     // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
-    const QPointer<CloudSpaceTabWidget> self(this);
-    if (QFile::exists(target)
-        && !askBox(QMessageBox::Question, this, tr("Prompt"),
-            tr("A file with the same name exists,whether or not covered?")))
-        return self ? Outcome::Refused : Outcome::Abandoned;
+    if (QFile::exists(target)) {
+        const QPointer<CloudSpaceTabWidget> self(this);
+        const bool wasOpen = isVisible();
+        tell(QDir::toNativeSeparators(target)); // which file the question is about
+        const bool covered = askBox(QMessageBox::Question, this, tr("Prompt"),
+            tr("A file with the same name exists,whether or not covered?"));
+        if (!self || (wasOpen && !isVisible()))
+            return Outcome::Abandoned;
+        delete note;
+        if (!covered)
+            return miss(name);
+    }
 
-    return callPlatform(
-        this, tr("Downloading %1...").arg(nameOf(file)), [projectId, fileId, target, manager = client] {
-            return fileId.isEmpty() ? manager->DownloadCloudProFile(projectId, target)
-                                    : manager->DownloadCloudShareFile(fileId, target);
-        });
+    const auto request = [projectId, fileId, target, manager = client] {
+        return fileId.isEmpty() ? manager->DownloadCloudProFile(projectId, target)
+                                : manager->DownloadCloudShareFile(fileId, target);
+    };
+    const Outcome outcome = callPlatform(this, tr("Downloading %1...").arg(name), request);
+    if (outcome != Outcome::Refused)
+        return outcome;
+    const bool asked = !fileId.isEmpty() || !client->getProjectId().isEmpty();
+    return miss(name, asked ? client->getLastError() : tr("no cloud project is chosen"));
+}
+
+Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
+{
+    missed.append(reason.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, reason));
+    return Outcome::Refused;
 }
 
 /// A line on the tiles until the next step: what is no message box's affair.

@@ -51,8 +51,9 @@ private:
     void placeTiles(ITreeElement* folder);
     void clearTiles();
     ITreeElement* childOfCurrent(const QString& name) const;
-    Outcome downloadTreeElement(ITreeElement* element, const QString& directory);
+    Outcome downloadTreeElement(const ITreeElement* element, const QString& directory);
     Outcome downloadFile(const ITreeElement* file, const QString& target);
+    Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
 
     QLineEdit* pathEdit;
@@ -62,7 +63,7 @@ private:
     std::unique_ptr<ITreeElement, Release> tree;
     QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree
     QList<TavFileButton*> tileList;
-    QClipboard* clipboard;
+    QClipboard* clipboard; // not used here
     QPointer<WindowNote> note;
-    QStringList missed; // by the download that runs
+    QStringList missed; // by the last download, with the reasons
 };

@@ -12,9 +12,11 @@
 #include <QClipboard>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTreeView>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -33,6 +35,12 @@ using Members = QVector<CloudFileManger::CloudGroupMemberInfo>;
 bool isManager(const CloudFileManger::CloudGroupMemberInfo& member)
 {
     return member.adminFlag == 1;
+}
+
+/// A user name as it goes into a query: whoever chose it may have put a "&" in it, and names another group.
+QString inQuery(const QString& userName)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(userName, "@+:"));
 }
 
 QStandardItem* newItem(const QString& text, const QString& iconFile)
@@ -56,6 +64,7 @@ GroupManageDlg::GroupManageDlg(
     , account(std::move(ownAccount))
     , model(new QStandardItemModel(this))
     , tree(new QTreeView(this))
+    , hint(new QLabel(this))
 {
     const BuiltApart apart(this);
     setWindowTitle(tr("Group management"));
@@ -81,8 +90,12 @@ GroupManageDlg::GroupManageDlg(
     closeButton->setDefault(true);
     connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
 
+    hint->setWordWrap(true);
+    auto* treeAndHint = new QVBoxLayout;
+    treeAndHint->addWidget(tree, 1);
+    treeAndHint->addWidget(hint);
     auto* contents = new QHBoxLayout;
-    contents->addWidget(tree, 1);
+    contents->addLayout(treeAndHint, 1);
     contents->addWidget(operations);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(contents);
@@ -96,11 +109,17 @@ void GroupManageDlg::load()
     model->clear();
     model->setHorizontalHeaderLabels({tr("Groups")});
     QList<CloudFileManger::CloudGroupInfo> groups;
-    if (!performed(
-            this, tr("Loading the groups..."),
-            [&groups, manager = client] { return manager->SearchGroup(groups); },
-            tr("Failed to query group information!")))
+    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
+        [&groups, manager = client] { return manager->SearchGroup(groups); });
+    if (outcome == Outcome::Refused) {
+        hint->setText(tr("The groups could not be loaded."));
+        fail(this, tr("Failed to query group information!"));
+    }
+    if (outcome != Outcome::Done)
         return;
+    hint->setText(groups.isEmpty()
+            ? tr("You are in no group yet. Create one, or join one by its invitation code.")
+            : QString());
     auto* root = newItem(tr("My groups"), ":/tav_cloud_platform_sdk/Resources/folder.png");
     model->appendRow(root);
     for (const auto& group : groups) {
@@ -246,7 +265,7 @@ void GroupManageDlg::deleteWithMembers(const QString& groupId)
         if (!manager->SearchGroupMember(groupId, members))
             return false;
         for (const auto& member : members)
-            if (!self || !manager->RemoveGroupMember(groupId, member.username))
+            if (!self || !manager->RemoveGroupMember(groupId, inQuery(member.username)))
                 return false;
         return self && manager->deleteGroup(groupId);
     };
@@ -299,7 +318,7 @@ void GroupManageDlg::_onDelGroupMember()
         return;
     }
     const auto request = [manager = client, groupId, userName] {
-        return manager->RemoveGroupMember(groupId, userName);
+        return manager->RemoveGroupMember(groupId, inQuery(userName));
     };
     if (performed(this, tr("Removing the group member..."), request, tr("Failed to delete a group member!")))
         load();

@@ -9,6 +9,7 @@
 
 class CloudFileManger;
 class QClipboard;
+class QLabel;
 class QStandardItem;
 class QStandardItemModel;
 class QTreeView;
@@ -46,4 +47,5 @@ private:
     QString account;
     QStandardItemModel* model;
     QTreeView* tree;
+    QLabel* hint; // what the tree cannot say
 };

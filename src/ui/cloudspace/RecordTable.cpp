@@ -35,7 +35,9 @@ void RecordTable::addRecord(const QStringList& texts, QWidget* box)
     insertRow(row);
     int column = 0;
     if (box) {
-        box->findChild<QCheckBox*>()->setAccessibleName(texts.first());
+        auto* check = box->findChild<QCheckBox*>();
+        check->setAccessibleName(texts.first());
+        check->setFocusPolicy(Qt::NoFocus); // the row has it, and Space there is a click on the row
         setCellWidget(row, column++, box);
     }
     for (const QString& text : texts) {

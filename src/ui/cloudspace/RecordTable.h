@@ -21,7 +21,7 @@ public:
     void fitColumns();
     /// What a column has more than its texts need.
     int padding() const { return fontMetrics().height(); }
-    /// All columns' text of a row, also where the table shows less of it.
+    /// A cell's text, all of it where the table shows less.
     QString text(int row, int column) const { return item(row, column)->text(); }
 
 protected:

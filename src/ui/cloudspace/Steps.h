@@ -9,7 +9,7 @@
 
 inline constexpr char failureTitle[] = "Error";
 
-/// What did not work. False when \a window was destroyed meanwhile.
+/// What did not work. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of the box's button; empty for Qt's own OK
 template <class Window>
 bool fail(Window* window, const QString& text, const QString& button = QString())

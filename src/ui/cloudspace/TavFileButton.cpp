@@ -102,6 +102,7 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     layout->setContentsMargins(margin, margin, margin, margin);
     layout->addLayout(centred(icon));
     layout->addLayout(centred(label));
+    setFocusProxy(icon);
     connect(icon, &QPushButton::clicked, this, &TavFileButton::_onClicked);
 }
 

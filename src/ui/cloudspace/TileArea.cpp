@@ -71,6 +71,8 @@ void TileArea::addTile(QWidget* tile, int row, int column)
     tile->setSizePolicy(keepsPlace);
     if (isVisible()) // until it is known whether it can be seen
         tile->hide();
+    // After the one before, and not after all else in the window.
+    setTabOrder(grid->count() > 0 ? grid->itemAt(grid->count() - 1)->widget() : this, tile);
     grid->addWidget(tile, row, column);
 }
 
@@ -84,6 +86,15 @@ void TileArea::scrollToTop()
 {
     verticalScrollBar()->setValue(0);
     horizontalScrollBar()->setValue(0);
+}
+
+void TileArea::focusFirst()
+{
+    layer->activate(); // a tile that is not shown yet takes no focus
+    if (grid->count() > 0)
+        grid->itemAt(0)->widget()->setFocus();
+    else
+        setFocus();
 }
 
 /// A wheel turned over a tile comes here and not to the viewport.

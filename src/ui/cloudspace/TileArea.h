@@ -20,6 +20,8 @@ public:
     /// What stands in the area while the grid is empty.
     void setEmptyText(const QString& text);
     void scrollToTop();
+    /// Gives the first tile the focus, or the area when it is empty.
+    void focusFirst();
 
     bool event(QEvent* event) override;
 
