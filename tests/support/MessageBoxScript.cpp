@@ -14,6 +14,14 @@ QString named(QMessageBox::StandardButtons buttons)
 {
     return QStringLiteral("0x%1").arg(int(buttons), 0, 16);
 }
+
+QStringList textsOf(const QMessageBox& box)
+{
+    QStringList texts;
+    for (const QAbstractButton* button : box.buttons())
+        texts.append(button->text().remove('&'));
+    return texts;
+}
 } // namespace
 
 MessageBoxScript::MessageBoxScript()
@@ -66,6 +74,8 @@ void MessageBoxScript::handle(QMessageBox& box)
     compare(QStringLiteral("title"), box.windowTitle(), expected.title);
     compare(QStringLiteral("icon"), QString::number(box.icon()), QString::number(expected.icon));
     compare(QStringLiteral("buttons"), named(box.standardButtons()), named(expected.buttons));
+    if (!expected.buttonTexts.isEmpty())
+        compare(QStringLiteral("buttons' texts"), textsOf(box).join('|'), expected.buttonTexts.join('|'));
 
     const QPointer<QMessageBox> alive(&box);
     if (expected.look)

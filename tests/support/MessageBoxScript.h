@@ -18,6 +18,9 @@ struct ExpectedBox
     QMessageBox::StandardButton answer = QMessageBox::Ok;
     /// Looks around while the box is up, before the answer. May destroy the box.
     std::function<void()> look = {};
+    /// What stands on the buttons, in their order, without the marks of their shortcuts; empty to leave it
+    /// open. Buttons with texts of their own are still the standard buttons behind them.
+    QStringList buttonTexts = {};
 };
 
 /// Plays the user in front of message boxes: waits for each box of the script, checks it and answers it.

@@ -37,6 +37,10 @@ private slots:
         QCOMPARE(complaint({QMessageBox::Warning, "t", "X"}), QString("text"));
         QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok | QMessageBox::Cancel}),
             QString("buttons"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok, QMessageBox::Ok, {}, {"Ok"}}),
+            QString("buttons'"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok, QMessageBox::Ok, {}, {"OK"}}),
+            QString());
     }
 
     void complainsOfTooManyAndTooFew()

@@ -7,11 +7,20 @@ tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)
+foreach(name IN ITEMS clouddialogs cloudspace sharetab)
+    tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp
+        ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
+endforeach()
 if(TAV_WITH_LOCAL_PLATFORM)
     tav_test(tst_endtoend ui/account/tst_endtoend.cpp ui/account/DialogFixture.cpp)
     target_link_libraries(tst_endtoend PRIVATE platform_under_test)
+    tav_test(tst_journey ui/cloudspace/tst_journey.cpp
+        ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
+    target_link_libraries(tst_journey PRIVATE platform_under_test)
 else() # left out, but not forgotten
-    set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/ui/account/tst_endtoend.cpp)
+    set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES
+        ${CMAKE_CURRENT_SOURCE_DIR}/ui/account/tst_endtoend.cpp
+        ${CMAKE_CURRENT_SOURCE_DIR}/ui/cloudspace/tst_journey.cpp)
 endif()
 tav_test(tst_translation ui/tst_translation.cpp)
 target_compile_definitions(tst_translation PRIVATE

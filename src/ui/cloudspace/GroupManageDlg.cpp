@@ -91,6 +91,7 @@ GroupManageDlg::GroupManageDlg(
     connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
 
     hint->setWordWrap(true);
+    hint->hide();
     auto* treeAndHint = new QVBoxLayout;
     treeAndHint->addWidget(tree, 1);
     treeAndHint->addWidget(hint);
@@ -113,13 +114,13 @@ void GroupManageDlg::load()
         [&groups, manager = client] { return manager->SearchGroup(groups); });
     if (outcome == Outcome::Refused) {
         hint->setText(tr("The groups could not be loaded."));
+        hint->show();
         fail(this, tr("Failed to query group information!"));
     }
     if (outcome != Outcome::Done)
         return;
-    hint->setText(groups.isEmpty()
-            ? tr("You are in no group yet. Create one, or join one by its invitation code.")
-            : QString());
+    hint->setText(tr("You are in no group yet. Create one, or join one by its invitation code."));
+    hint->setVisible(groups.isEmpty());
     auto* root = newItem(tr("My groups"), ":/tav_cloud_platform_sdk/Resources/folder.png");
     model->appendRow(root);
     for (const auto& group : groups) {
