@@ -28,7 +28,7 @@ void ElidedLabel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     style()->drawItemText(
-        &painter, contentsRect(), int(alignment()), palette(), isEnabled(), fitting(), foregroundRole());
+        &painter, contentsRect(), int(alignment()), colours(), isEnabled(), fitting(), foregroundRole());
 }
 
 /// Not in the colours of a style sheet that is meant for the label.

@@ -20,6 +20,8 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    /// The colours to paint with.
+    virtual QPalette colours() const { return palette(); }
 
 private:
     QString fitting() const;

@@ -82,17 +82,17 @@ void CloudSpaceTabWidget::Release::operator()(ITreeElement* element) const
 
 CloudSpaceTabWidget::CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* board, QWidget* parent)
     : QWidget(parent)
+    , backButton(new QPushButton(tr("back"), this))
     , pathEdit(new QLineEdit(this))
     , tileGrid(new QGridLayout)
     , tileArea(new TileArea(tileGrid, this))
+    , refreshButton(new QPushButton(tr("Refresh"), this))
+    , downloadButton(new QPushButton(tr("Download"), this))
     , client(manager)
     , clipboard(board)
 {
     pathEdit->setReadOnly(true);
     pathEdit->setAccessibleName(tr("Folder"));
-    auto* backButton = new QPushButton(tr("back"));
-    auto* refreshButton = new QPushButton(tr("Refresh"));
-    auto* downloadButton = new QPushButton(tr("Download"));
     _onRefresh();
 
     auto* top = new QHBoxLayout;
@@ -179,6 +179,10 @@ void CloudSpaceTabWidget::placeTiles(ITreeElement* folder)
         tileList.append(tile);
     }
     tileArea->setEmptyText(tr("This folder is empty."));
+    // New tiles come after all else in the tab order. To move each would cost a walk along all of it.
+    if (!tileList.isEmpty())
+        setTabOrder(tileList.last()->findChild<QPushButton*>(), refreshButton);
+    setTabOrder(refreshButton, downloadButton);
 }
 
 void CloudSpaceTabWidget::clearTiles()
@@ -196,8 +200,7 @@ void CloudSpaceTabWidget::_onSelect(QString name)
 {
     delete note;
     for (TavFileButton* tile : tileList) {
-        // A tile that was scrolled away is white already: thousands need no new style.
-        if (tile->getName() != name && (tile->selected || !tile->isHidden()))
+        if (tile->getName() != name)
             tile->setSelected(false);
     }
 }

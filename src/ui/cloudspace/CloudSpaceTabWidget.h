@@ -14,6 +14,7 @@ class ITreeElement;
 class QClipboard;
 class QGridLayout;
 class QLineEdit;
+class QPushButton;
 class TavFileButton;
 class TileArea;
 class WindowNote;
@@ -56,9 +57,13 @@ private:
     Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
 
+    // In the tab order, which is that of their making.
+    QPushButton* backButton;
     QLineEdit* pathEdit;
     QGridLayout* tileGrid;
     TileArea* tileArea;
+    QPushButton* refreshButton;
+    QPushButton* downloadButton;
     CloudFileManger* client;
     std::unique_ptr<ITreeElement, Release> tree;
     QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree

@@ -21,6 +21,13 @@ int nameWidth(const QWidget* widget)
     return qMax(int(dpi_scaled(90.0)), widget->fontMetrics().averageCharWidth() * 17);
 }
 
+/// Qt styles a new widget with the next events, seen or not. One that is scrolled away can wait until it is
+/// shown: with thousands, that is much of the time that they take.
+bool isTooEarly(const QWidget* widget, const QEvent* event)
+{
+    return event->type() == QEvent::PolishRequest && !widget->isVisible();
+}
+
 /// Enter clicks it as Space does, and it shows that it has the focus, which its style sheet would hide.
 class IconButton : public QPushButton
 {
@@ -28,6 +35,8 @@ public:
     using QPushButton::QPushButton;
 
 protected:
+    bool event(QEvent* event) override { return isTooEarly(this, event) || QPushButton::event(event); }
+
     void keyPressEvent(QKeyEvent* event) override
     {
         if (isEnter(event))
@@ -66,6 +75,23 @@ const QIcon& iconOf(int type)
     return type == 0 ? icons->folder : icons->file;
 }
 
+class NameLabel : public ElidedLabel
+{
+public:
+    using ElidedLabel::ElidedLabel;
+
+protected:
+    bool event(QEvent* event) override { return isTooEarly(this, event) || ElidedLabel::event(event); }
+
+    /// Names stand on the tile's own colours, in a dark palette too.
+    QPalette colours() const override
+    {
+        QPalette black = palette();
+        black.setColor(foregroundRole(), Qt::black);
+        return black;
+    }
+};
+
 QHBoxLayout* centred(QWidget* widget)
 {
     auto* row = new QHBoxLayout;
@@ -90,11 +116,7 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setStyleSheet("QPushButton{border:none;}");
     icon->setAutoDefault(false);
     icon->setAccessibleName(name);
-    // Names stand on the tile's own colours, in a dark palette too.
-    auto* label = new ElidedLabel(name, nameWidth(this));
-    QPalette colours = label->palette();
-    colours.setColor(QPalette::WindowText, Qt::black);
-    label->setPalette(colours);
+    auto* label = new NameLabel(name, nameWidth(this));
     // The colour of a selected tile fills all of it.
     setAttribute(Qt::WA_StyledBackground);
 
@@ -116,6 +138,11 @@ QSize TavFileButton::sizeHint() const
 int TavFileButton::widthIn(const QWidget* widget)
 {
     return nameWidth(widget) + 2 * margin;
+}
+
+bool TavFileButton::event(QEvent* event)
+{
+    return isTooEarly(this, event) || QWidget::event(event);
 }
 
 void TavFileButton::setSelected(bool on)

@@ -32,6 +32,9 @@ signals:
     void iclicked(QString name);
     void iselected(QString name);
 
+protected:
+    bool event(QEvent* event) override;
+
 private slots:
     void _onClicked();
 

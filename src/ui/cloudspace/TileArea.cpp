@@ -71,8 +71,6 @@ void TileArea::addTile(QWidget* tile, int row, int column)
     tile->setSizePolicy(keepsPlace);
     if (isVisible()) // until it is known whether it can be seen
         tile->hide();
-    // After the one before, and not after all else in the window.
-    setTabOrder(grid->count() > 0 ? grid->itemAt(grid->count() - 1)->widget() : this, tile);
     grid->addWidget(tile, row, column);
 }
 
