@@ -12,9 +12,9 @@ import { dgnToDwg } from './dgn_to_dwg.mjs';
 import { dwgToDgn } from './dwg_to_dgn.mjs';
 import { readDgn, writeDgn } from './dgn.mjs';
 import { TextCodec } from './dgn_text.mjs';
-import { FULL_TURN, arcEnds, arcExtremes, arcPoint, bulgeArc, ocs, strokeSpline } from './geometry.mjs';
+import { FULL_TURN, arcEnds, arcExtremes, arcPoint, bulgeArc, strokeSpline } from './geometry.mjs';
 import { Refusal } from './outcome.mjs';
-import { colorNumber, levelsOfLayers, lineWeightOfWeight, styleOfLineType, weightOfLineWeight } from './symbology.mjs';
+import { levelsOfLayers, styleOfLineType } from './symbology.mjs';
 import { readDouble, readInt32, writeDouble, writeInt32 } from './vax.mjs';
 import * as acad from '@node-projects/acad-ts';
 
@@ -54,37 +54,27 @@ function run(...args) {
 }
 
 describe('VAX numbers', () => {
-  for (const [value, hex] of [
-    [0, '0000000000000000'], [1, '8040000000000000'], [-1, '80c0000000000000'], [0.5, '0040000000000000'],
-    [10, '2042000000000000'], [-12.5, '48c2000000000000'], [Math.PI, '4941da0f21a2c068'],
-    [46830, '364800ee00000000'],
-  ]) {
-    test(`double ${value}`, () => {
-      const buffer = Buffer.alloc(8, 0xaa);
+  test('doubles', () => {
+    const buffer = Buffer.alloc(8, 0xaa);
+    for (const [value, hex] of [[0, '0000000000000000'], [-1, '80c0000000000000'], [0.5, '0040000000000000'],
+      [-12.5, '48c2000000000000'], [Math.PI, '4941da0f21a2c068']]) {
       writeDouble(buffer, 0, value);
       assert.equal(buffer.toString('hex'), hex);
       assert.equal(readDouble(buffer, 0), value);
-    });
-  }
-
-  test('a double beyond the format is refused, one below it is 0', () => {
-    const buffer = Buffer.alloc(8, 0xaa);
+    }
     assert.throws(() => writeDouble(buffer, 0, 1e39), RangeError);
     writeDouble(buffer, 0, 1e-40);
     assert.equal(readDouble(buffer, 0), 0);
   });
 
-  for (const [value, hex] of [
-    [0, '00000000'], [1, '00000100'], [-1, 'ffffffff'], [65536, '01000000'], [0x12345678, '34127856'],
-    [2 ** 31 - 1, 'ff7fffff'], [-(2 ** 31), '00800000'],
-  ]) {
-    test(`integer ${value}`, () => {
-      const buffer = Buffer.alloc(4);
+  test('integers', () => {
+    const buffer = Buffer.alloc(4);
+    for (const [value, hex] of [[-1, 'ffffffff'], [0x12345678, '34127856'], [-(2 ** 31), '00800000']]) {
       writeInt32(buffer, 0, value);
       assert.equal(buffer.toString('hex'), hex);
       assert.equal(readInt32(buffer, 0), value);
-    });
-  }
+    }
+  });
 });
 
 const tilted = [[2 / 3, 2 / 3, 1 / 3], [-2 / 3, 1 / 3, 2 / 3]];
@@ -92,14 +82,12 @@ const FLAT = {
   line: line([0.001, -0.002, 0], [123.456, 7, 0]),
   'point, a line without length': line([5, 6, 0], [5, 6, 0]),
   'far from the origin': line([2547096.425, 583254.579, 0], [2549380.882, 585026.501, 0]),
-  'wholly negative': line([-4e6, -3e6, 0], [-4e6 + 1, -3e6 + 0.125, 0]),
   lineString: styled({ kind: 'lineString', points: [[0, 0, 0], [1, 0, 0], [1, 1, 0]] }),
   shape: styled({ kind: 'shape', filled: false, points: [[0, 0, 0], [4, 0, 0], [4, 3, 0]] }),
   'filled shape': styled({ kind: 'shape', filled: true, points: [[0, 0, 0], [4, 0, 0], [4, 3, 0]] }),
   circle: ellipse([-7.5, 3, 0], 2, 2),
   ellipse: ellipse([1, 2, 0], 5, 2),
   arc: arc([1, 2, 0], 5, 5, 0.5, 1.5),
-  'arc of an ellipse': arc([1, 2, 0], 5, 2, 0.5, 1.5),
   'arc over more than half a turn': arc([1, 2, 0], 5, 5, 4, 5),
   text: text('Room 12'),
   'turned text': text('turned', 2.5),
@@ -109,16 +97,12 @@ const FLAT = {
 
 describe('every kind there and back', () => {
   for (const [name, element] of Object.entries(FLAT)) {
-    test(`DGN: ${name}`, () => {
-      const drawing = throughDgn([element]);
-      assert.equal(drawing.is3d, false);
-      assertClose(drawing.elements, [element], 1e-7);
-      if (element.points) assert.deepEqual(drawing.elements[0].points, element.points);
-    });
-    test(`DGN to DWG to DGN: ${name}`, () => {
-      const drawing = throughDwg([element]);
-      assertClose(drawing.elements, [element], 1e-7);
-      if (element.points) assert.deepEqual(drawing.elements[0].points, element.points);
+    test(name, () => {
+      for (const drawing of [throughDgn([element]), throughDwg([element])]) {
+        assert.equal(drawing.is3d, false);
+        assertClose(drawing.elements, [element], 1e-7);
+        if (element.points) assert.deepEqual(drawing.elements[0].points, element.points);
+      }
     });
   }
 
@@ -161,7 +145,7 @@ describe('every kind there and back', () => {
     assertClose(there.members.filter((m) => m.center).map((m) => m.center), [[10, 5, 0], [0, 5, 0]], 1e-6);
   });
 
-  for (const [kind, count] of [['lineString', 101], ['lineString', 102], ['lineString', 25000], ['shape', 100], ['shape', 101]]) {
+  for (const [kind, count] of [['lineString', 101], ['lineString', 25000], ['shape', 101]]) {
     test(`${kind} of ${count} points`, () => {
       const points = Array.from({ length: count }, (_, i) => [i, i % 7, 0]);
       const elements = throughDwg([styled({ kind, points, filled: false })]).elements;
@@ -209,7 +193,6 @@ describe('geometry', () => {
       controlPoints: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
     for (const p of points) assertClose(Math.hypot(...p), 1, 1e-12);
   });
-  test('object coordinates of the flipped side', () => assertClose(ocs([0, 0, -1]).x, [-1, 0, 0], 0));
 });
 
 describe('symbology', () => {
@@ -219,14 +202,8 @@ describe('symbology', () => {
     assert.deepEqual(['0', 'Level 2', 'walls', '7', 'Level 99'].map((n) => levels.get(n)), [1, 2, 3, 7, 4]);
     assert.equal(Math.max(...levels.values()), 63);
   });
-  test('line types and weights', () => {
-    assert.deepEqual(['Continuous', 'dashed2', 'DASHEDX2', 'HIDDEN', 'PHANTOM2', 'odd'].map(styleOfLineType), [0, 2, 3, 5, 6, 0]);
-    for (let weight = 0; weight < 15; weight++) assert.equal(weightOfLineWeight(lineWeightOfWeight(weight)), weight);
-    assert.equal(weightOfLineWeight(-3), 0);
-  });
-  test('true colours take the nearest number', () => {
-    for (const [rgb, number] of [[[250, 130, 5], 6], [[5, 10, 250], 1], [[255, 255, 254], 0]]) assert.equal(colorNumber(new acad.Color(...rgb)), number);
-  });
+  test('line types', () => assert.deepEqual(
+    ['Continuous', 'dashed2', 'DASHEDX2', 'HIDDEN', 'PHANTOM2', 'odd'].map(styleOfLineType), [0, 2, 3, 5, 6, 0]));
   test('the indexed colours of DWG keep their values', () => {
     const document = new acad.CadDocument(acad.ACadVersion.AC1015);
     for (let i = 1; i <= 254; i++) {
@@ -241,17 +218,14 @@ describe('symbology', () => {
 });
 
 describe('text', () => {
-  for (const [page, bytes, expected] of [
-    ['gbk', [0xb0, 0xec, 0x41], '办A'],
-    ['gbk', [0xff, 0xfd, 0xec, 0xb0, 0x41, 0x00], '办A'],
-    ['gbk', [0x43, 0x61, 0x66, 0xe9], 'Café'],
-    ['windows-1252', [0xc4, 0xd6], 'ÄÖ'],
-    ['gbk', [...Buffer.from('\\U+00C4')], 'Ä'],
-    ['gbk', [0x41, 0, 0], 'A'],
-  ]) {
-    test(`${Buffer.from(bytes).toString('hex')} in ${page}`, () => assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected));
-  }
-  test('codes', () => assert.deepEqual([...new TextCodec('gbk').encode('办\tü🙂')],
+  test('is read in its code page', () => {
+    for (const [page, bytes, expected] of [
+      ['gbk', [0xb0, 0xec, 0x41, 0], '办A'], ['gbk', [0xff, 0xfd, 0xec, 0xb0, 0x41, 0x00], '办A'],
+      ['windows-1252', [0xc4, 0xd6], 'ÄÖ'], ['gbk', [0x43, 0x61, 0x66, 0xe9], 'Café'],
+      ['gbk', [...Buffer.from('\\U+00C4')], 'Ä'],
+    ]) assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected);
+  });
+  test('is written in its code page', () => assert.deepEqual([...new TextCodec('gbk').encode('办\tü🙂')],
     [0xb0, 0xec, 0x20, 0xa8, 0xb9, ...Buffer.from('\\U+D83D\\U+DE42')]));
 });
 
@@ -285,17 +259,13 @@ describe('what only DWG has', () => {
       const outer = block(document, 'outer', at(new acad.Insert(inner), { insertPoint: new XYZ(10, 0, 0), color: acad.Color.byBlock }));
       add(at(new acad.Insert(outer), { insertPoint: new XYZ(100, 50, 0), rotation: Math.PI / 2, xScale: 2, yScale: 3,
         color: new acad.Color(1), layer }));
+      add(at(new acad.Insert(block(document, 'row', segment(0, 0, 1, 0))), { columnCount: 2, columnSpacing: 5 }));
     });
-    assert.deepEqual(elements.map((e) => [e.kind, e.level, e.color]), [['line', 9, 3], ['ellipse', 9, 1]]);
+    assert.deepEqual(elements.slice(0, 2).map((e) => [e.kind, e.level, e.color]), [['line', 9, 3], ['ellipse', 9, 1]]);
     assertClose(elements[0].points, [[100, 70, 0], [100, 72, 0]], 1e-9);
     assertClose(elements[1], { center: [97, 72, 0], axis1: [0, 2, 0], axis2: [-3, 0, 0] }, 1e-6);
     assert.ok(elements[0].group > 0 && elements[0].group === elements[1].group);
-  });
-
-  test('rows and columns of an insert', () => {
-    const { elements } = convert((document, add) => add(at(new acad.Insert(block(document, 'b', segment(0, 0, 1, 0))),
-      { rowCount: 2, columnCount: 3, rowSpacing: 10, columnSpacing: 5 })));
-    assert.deepEqual(elements.map((e) => e.points[0].slice(0, 2)), [[0, 0], [5, 0], [10, 0], [0, 10], [5, 10], [10, 10]]);
+    assert.deepEqual(elements.slice(2).map((e) => e.points[0]), [[0, 0, 0], [5, 0, 0]]);
   });
 
   test('blocks within blocks do not run away', () => {
@@ -364,7 +334,7 @@ describe('the command', () => {
   const dwg = Buffer.from(dgnToDwg(good).bytes);
   const empty = Buffer.from(acad.DwgWriter.writeToBuffer(new acad.CadDocument(acad.ACadVersion.AC1015)));
   for (const [name, input, bytes, reason] of [
-    ['empty DGN', 'a.dgn', '', /empty/], ['empty DWG', 'a.dwg', '', /empty/],
+    ['empty DGN', 'a.dgn', '', /empty/],
     ['DGN V8', 'v8.dgn', Buffer.from('d0cf11e0a1b11ae10000', 'hex'), /DGN V8/],
     ['a cell library', 'c.dgn', Buffer.from('0805170000000000', 'hex'), /cell library/],
     ['a DWG called DGN', 'b.dgn', dwg, /not a DGN/], ['a DGN called DWG', 'b.dwg', good, /not a DWG/],
@@ -385,7 +355,7 @@ describe('the command', () => {
     });
   }
 
-  for (const args of [[], ['a.dgn'], ['a.dxf', 'a.dwg'], ['--what', 'a.dgn', 'a.dwg'], ['no-such.dgn', 'out.dwg'],
+  for (const args of [[], ['a.dxf', 'a.dwg'], ['no-such.dgn', 'out.dwg'],
     ['--codepage', 'klingon', join(scratch, 'in.dgn'), join(scratch, 'out2.dwg')],
     [join(scratch, 'in.dgn'), join(scratch, 'no-such-folder', 'out.dwg')]]) {
     test(`refuses the arguments ${args.map((a) => a.replace(scratch, '')).join(' ')}`, () => {

@@ -20,6 +20,7 @@ struct Answer
     QString msg() const { return json().value("msg").toString(); }
     QJsonValue data() const { return json().value("data"); }
     QJsonObject item(int index) const { return data().toArray().at(index).toObject(); }
+    int count() const { return data().toArray().size(); }
     bool ok() const { return status == 200 && code() == 0; }
 };
 

@@ -8,281 +8,252 @@ class TestAccounts : public QObject
     Q_OBJECT
 
 private slots:
-    void signInByNamePhoneOrMail_data();
-    void signInByNamePhoneOrMail();
-    void refusals_data();
-    void refusals();
-    void tokenLife();
-    void sendingCodes_data();
-    void sendingCodes();
-    void registration();
-    void duplicates_data();
-    void duplicates();
-    void codeSignIn();
-    void reset();
-    void codeIsForOnePurposeOneUseAndFiveTries();
-    void codeEnds();
+    void signInByNamePhoneOrMail()
+    {
+        for (const QByteArray login : {"bob", "13800000002", "bob@example.com"}) {
+            const Answer answer = m_platform.signIn(login, PlatformUnderTest::wirePassword("bob"));
+            QVERIFY2(answer.ok(), answer.body);
+            QCOMPARE(userOf(answer), QString("bob"));
+            QVERIFY(!answer.json().value("refresh_token").toString().isEmpty());
+            QVERIFY(check(answer.json().value("access_token").toString().toLatin1())
+                        .json()
+                        .contains("user_info"));
+        }
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("authorization");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("msg");
+
+        const QByteArray client = m_platform.asClient().authorization();
+        const auto row = [](const char* name, const QByteArray& authorization, const QByteArray& path,
+                             const QByteArray& body, const QString& msg) {
+            QTest::newRow(name) << "/auth/" + path << authorization << body << msg;
+        };
+        const QByteArray password = "oauth/token?grant_type=password";
+        const QByteArray refresh = "oauth/token?grant_type=refresh_token";
+        const QByteArray alice = "username=alice&password=" + PlatformUnderTest::wirePassword("alice");
+        const QString wrong = "The user name or the password is wrong";
+        row("wrong password", client, password, "username=alice&password=eA%3D%3D", wrong);
+        row("clear password", client, password, "username=alice&password=demo-alice-1", wrong);
+        row("unknown user", client, password, "username=nobody&password=eA%3D%3D", wrong);
+        row("wrong credential", "Basic eDp5", password, alice, "The client credential is wrong");
+        row("refresh by client", client, refresh, "refresh_token=x", "The refresh credential is wrong");
+        row("unknown refresh token", "Bearer tav-local-refresh", refresh, "refresh_token=x",
+            "The refresh token is unknown or has expired");
+        row("no code sent", client, "mobile/token/sms?mobile=SMS@13800000003&code=123456&grant_type=mobile",
+            {}, "There is no valid verification code; ask for a new one");
+    }
+
+    void refusals()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, authorization);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, msg);
+        const Answer answer = Client(m_platform.port(), authorization).post(path, body);
+        QVERIFY(answer.status >= 400);
+        QCOMPARE(answer.code(), 1);
+        QCOMPARE(answer.msg(), msg);
+        QVERIFY(!answer.json().contains("access_token"));
+    }
+
+    void tokenLife()
+    {
+        PlatformUnderTest platform({"--token-lifetime", "3600"});
+        const QJsonObject pair = platform.signIn("alice", PlatformUnderTest::wirePassword("alice")).json();
+        const QByteArray token = pair.value("access_token").toString().toLatin1();
+        const auto listing = [&](const QByteArray& bearer) {
+            return Client(platform.port(), "Bearer " + bearer).get("/project/cloudAddressBook/list");
+        };
+        const auto signOut = [&](const QByteArray& bearer) {
+            return Client(platform.port(), "Bearer " + bearer).del("/auth/token/logout");
+        };
+        QVERIFY(listing(token).ok());
+
+        platform.restart({"--clock-offset", "3601"});
+        const Answer late = listing(token);
+        QCOMPARE(late.status, 401);
+        QCOMPARE(late.code(), 500);
+        QCOMPARE(late.msg(), QString("Token失效"));
+        QCOMPARE(signOut(token).msg(), QString("Token失效"));
+        const Answer checked = platform.asClient().post("/auth/oauth/check_token", "token=" + token);
+        QCOMPARE(checked.json().value("error").toString(), QString("invalid_token"));
+        QCOMPARE(checked.json().value("error_description").toString(), QString("Token has expired"));
+        QVERIFY(!checked.json().contains("user_info"));
+
+        const QByteArray refreshToken = pair.value("refresh_token").toString().toLatin1();
+        const auto refreshed = [&] {
+            return Client(platform.port(), "Bearer tav-local-refresh")
+                .post("/auth/oauth/token?grant_type=refresh_token",
+                    "refresh_token=" + refreshToken + "&scope=server");
+        };
+        const Answer renewed = refreshed();
+        QVERIFY2(renewed.ok(), renewed.body);
+        QVERIFY2(!refreshed().ok(), "a refresh token works once");
+        const QByteArray newToken = renewed.json().value("access_token").toString().toLatin1();
+        QVERIFY(listing(newToken).ok());
+        QVERIFY(signOut(newToken).ok());
+        QCOMPARE(listing(newToken).msg(), QString("Token失效"));
+    }
+
+    void codesAreSentOnlyWhereTheyMayBe()
+    {
+        const QPair<QByteArray, bool> requests[]{
+            {"mail/new@example.com", true},
+            {"mobile/reset/13800000001", true},
+            {"mail/reset/nobody@example.com", false},
+            {"mail/abc", false},
+            {"mail/..%2F..%2Fx@y", false},
+        };
+        const QDir outbox(m_platform.data() + "/outbox");
+        for (const auto& [path, sent] : requests) {
+            const int before = outbox.entryList(QDir::Files).size();
+            const Answer answer = Client(m_platform.port()).get("/admin/" + path);
+            QVERIFY2((answer.ok() && answer.data().toBool()) == sent, path);
+            QCOMPARE(outbox.entryList(QDir::Files).size(), before + (sent ? 1 : 0));
+        }
+    }
+
+    void registration()
+    {
+        const Client client(m_platform.port());
+        QVERIFY(client.get("/admin/mobile/13922220000").ok());
+        QVERIFY(registerByPhone("dora", "13922220000", m_platform.sentCode("13922220000")).ok());
+        QVERIFY(m_platform.signIn("dora", "c2VjcmV0").ok());
+        QVERIFY(m_platform.signIn("13922220000", "c2VjcmV0").ok());
+
+        QVERIFY(client.get("/admin/mail/erik+tag@example.com").ok());
+        QVERIFY(registerByMail("erik+tag@example.com", m_platform.sentCode("erik+tag@example.com")).ok());
+        QCOMPARE(
+            userOf(m_platform.signIn("erik+tag@example.com", "c2VjcmV0")), QString("erik+tag@example.com"));
+    }
+
+    void duplicates()
+    {
+        const struct
+        {
+            QByteArray name; ///< empty: by mail
+            QByteArray address;
+            QString msg;
+        } refusals[]{
+            {"fred", "13800000001", "Duplicate entry"},
+            {"", "alice@example.com", "Duplicate entry"},
+            {"alice", "13933330000", "The user name is taken"},
+            {"13800000001", "13933330001", "A user name cannot look like a phone number"},
+        };
+        for (const auto& [name, address, msg] : refusals) {
+            QVERIFY(Client(m_platform.port())
+                        .get((name.isEmpty() ? "/admin/mail/" : "/admin/mobile/") + address)
+                        .ok());
+            const QByteArray code = m_platform.sentCode(address);
+            const Answer answer =
+                name.isEmpty() ? registerByMail(address, code) : registerByPhone(name, address, code);
+            QVERIFY2(answer.code() == 1 && answer.msg().startsWith(msg), answer.body);
+        }
+    }
+
+    void codeSignIn()
+    {
+        const Client client(m_platform.port());
+        QVERIFY(client.get("/admin/mail/carol@example.com").ok());
+        const Answer byMail =
+            signInByCode("MAIL@carol@example.com", m_platform.sentCode("carol@example.com"));
+        QVERIFY2(byMail.ok(), byMail.body);
+        QCOMPARE(userOf(byMail), QString("carol"));
+        QVERIFY(
+            check(byMail.json().value("access_token").toString().toLatin1()).json().contains("user_info"));
+
+        QVERIFY(client.get("/admin/mobile/13944440000").ok());
+        const Answer stranger = signInByCode("SMS@13944440000", m_platform.sentCode("13944440000"));
+        QVERIFY(!stranger.json().contains("access_token"));
+    }
+
+    void reset()
+    {
+        PlatformUnderTest platform;
+        const Client old = platform.signedIn("alice");
+        QVERIFY(Client(platform.port()).get("/admin/mobile/reset/13800000001").ok());
+        const QByteArray body =
+            "phone=13800000001&password=bmV3Kys%3D&smscode=" + platform.sentCode("13800000001");
+        QVERIFY(platform.asClient().post("/admin/api/user/resetpw", body).ok());
+        QVERIFY(!platform.signIn("alice", PlatformUnderTest::wirePassword("alice")).ok());
+        QVERIFY(platform.signIn("alice", "bmV3Kys%3D").ok());
+        QCOMPARE(old.get("/project/cloudAddressBook/list").msg(), QString("Token失效"));
+        platform.restart();
+        QVERIFY2(
+            platform.signIn("alice", "bmV3Kys%3D").ok(), "a start must not bring the demo password back");
+    }
+
+    void codeIsForOnePurposeOneUseAndFiveTries()
+    {
+        const Client client(m_platform.port());
+        const auto resetWith = [&](const QByteArray& code) {
+            return m_platform.asClient().post(
+                "/admin/api/user/resetpw", "phone=13800000002&password=eA%3D%3D&smscode=" + code);
+        };
+        QVERIFY(client.get("/admin/mobile/13800000002").ok());
+        const QByteArray code = m_platform.sentCode("13800000002");
+        QVERIFY2(!resetWith(code).ok(), "a sign-in code resets nothing");
+        QVERIFY2(!signInByCode("SMS@13800000003", code).ok(), "a code is for one number");
+        QVERIFY(signInByCode("SMS@13800000002", code).ok());
+        QVERIFY2(!signInByCode("SMS@13800000002", code).ok(), "a code works once");
+
+        QVERIFY(client.get("/admin/mobile/13800000002").ok());
+        const QByteArray next = m_platform.sentCode("13800000002");
+        const QByteArray wrong = next == "000000" ? "000001" : "000000";
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(signInByCode("SMS@13800000002", wrong).msg(), QString("The verification code is wrong"));
+        QCOMPARE(signInByCode("SMS@13800000002", next).msg(),
+            QString("Too many wrong verification codes; ask for a new one"));
+    }
+
+    void codeEnds()
+    {
+        PlatformUnderTest platform({"--code-lifetime", "600"});
+        QVERIFY(Client(platform.port()).get("/admin/mobile/13800000001").ok());
+        const QByteArray path = "/auth/mobile/token/sms?mobile=SMS@13800000001&grant_type=mobile&code="
+            + platform.sentCode("13800000001");
+        platform.restart({"--clock-offset", "601"});
+        QVERIFY(!platform.asClient().post(path).ok());
+        platform.restart({"--clock-offset", "590"});
+        QVERIFY(platform.asClient().post(path).ok());
+    }
 
 private:
-    Answer registerByPhone(const QByteArray& name, const QByteArray& phone, const QByteArray& code) const;
-    Answer registerByMail(const QByteArray& mail, const QByteArray& code) const;
-    Answer signInByCode(const QByteArray& account, const QByteArray& code) const;
-    Answer check(const QByteArray& token) const;
+    static QString userOf(const Answer& signedIn)
+    {
+        return signedIn.json().value("user_info").toObject().value("username").toString();
+    }
+
+    Answer registerByPhone(const QByteArray& name, const QByteArray& phone, const QByteArray& code) const
+    {
+        return m_platform.asClient().postForm("/admin/api/user",
+            {{"password", "c2VjcmV0"}, {"phone", phone}, {"smscode", code}, {"username", name}});
+    }
+
+    Answer registerByMail(const QByteArray& mail, const QByteArray& code) const
+    {
+        return m_platform.asClient().postForm(
+            "/admin/api/user/mail/register", {{"mail", mail}, {"mailCode", code}, {"password", "c2VjcmV0"}});
+    }
+
+    Answer signInByCode(const QByteArray& account, const QByteArray& code) const
+    {
+        return m_platform.asClient().post(
+            "/auth/mobile/token/sms?mobile=" + account + "&code=" + code + "&grant_type=mobile");
+    }
+
+    Answer check(const QByteArray& token) const
+    {
+        return m_platform.asClient().post("/auth/oauth/check_token", "token=" + token);
+    }
 
     PlatformUnderTest m_platform;
 };
-
-Answer TestAccounts::registerByPhone(
-    const QByteArray& name, const QByteArray& phone, const QByteArray& code) const
-{
-    return m_platform.asClient().postForm("/admin/api/user",
-        {{"password", "c2VjcmV0"}, {"phone", phone}, {"smscode", code}, {"username", name}});
-}
-
-Answer TestAccounts::registerByMail(const QByteArray& mail, const QByteArray& code) const
-{
-    return m_platform.asClient().postForm(
-        "/admin/api/user/mail/register", {{"mail", mail}, {"mailCode", code}, {"password", "c2VjcmV0"}});
-}
-
-Answer TestAccounts::signInByCode(const QByteArray& account, const QByteArray& code) const
-{
-    return m_platform.asClient().post(
-        "/auth/mobile/token/sms?mobile=" + account + "&code=" + code + "&grant_type=mobile");
-}
-
-Answer TestAccounts::check(const QByteArray& token) const
-{
-    return m_platform.asClient().post("/auth/oauth/check_token", "token=" + token);
-}
-
-void TestAccounts::signInByNamePhoneOrMail_data()
-{
-    QTest::addColumn<QByteArray>("login");
-    QTest::newRow("name") << QByteArray("bob");
-    QTest::newRow("phone") << QByteArray("13800000002");
-    QTest::newRow("mail") << QByteArray("bob@example.com");
-}
-
-void TestAccounts::signInByNamePhoneOrMail()
-{
-    QFETCH(QByteArray, login);
-    const Answer answer = m_platform.signIn(login, PlatformUnderTest::wirePassword("bob"));
-    QVERIFY2(answer.ok(), answer.body);
-    QCOMPARE(answer.json().value("user_info").toObject().value("username").toString(), QString("bob"));
-    const QByteArray token = answer.json().value("access_token").toString().toLatin1();
-    QVERIFY(!answer.json().value("refresh_token").toString().isEmpty());
-    QVERIFY(check(token).json().contains("user_info"));
-}
-
-void TestAccounts::refusals_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QByteArray>("authorization");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("msg");
-
-    const auto row = [client = m_platform.asClient().authorization()](const char* name,
-                         const QByteArray& path, const QByteArray& body, const QString& msg,
-                         const QByteArray& credential = {}) {
-        const QByteArray authorization = credential.isEmpty() ? client : credential;
-        QTest::newRow(name) << "/auth/" + path << authorization << body << msg;
-    };
-    const QByteArray password = "oauth/token?grant_type=password";
-    const QByteArray refresh = "oauth/token?grant_type=refresh_token";
-    const QByteArray alice = "username=alice&password=" + PlatformUnderTest::wirePassword("alice");
-    const QString wrong = "The user name or the password is wrong";
-    row("wrong password", password, "username=alice&password=eA%3D%3D", wrong);
-    row("clear password", password, "username=alice&password=demo-alice-1", wrong);
-    row("unknown user", password, "username=nobody&password=eA%3D%3D", wrong);
-    row("no password", password, "username=alice", "The field password is missing");
-    row("wrong credential", password, alice, "The client credential is wrong", "Basic eDp5");
-    row("unknown grant", "oauth/token?grant_type=magic", alice, "The grant type magic is not supported");
-    row("refresh by client credential", refresh, "refresh_token=x", "The refresh credential is wrong");
-    row("unknown refresh token", refresh, "refresh_token=x", "The refresh token is unknown or has expired",
-        "Bearer tav-local-refresh");
-    row("code sign-in without a code sent",
-        "mobile/token/sms?mobile=SMS@13800000003&code=123456&grant_type=mobile", {},
-        "There is no valid verification code; ask for a new one");
-}
-
-void TestAccounts::refusals()
-{
-    QFETCH(QByteArray, path);
-    QFETCH(QByteArray, authorization);
-    QFETCH(QByteArray, body);
-    QFETCH(QString, msg);
-    const Answer answer = Client(m_platform.port(), authorization).post(path, body);
-    QVERIFY(answer.status >= 400);
-    QCOMPARE(answer.code(), 1);
-    QCOMPARE(answer.msg(), msg);
-    QVERIFY(!answer.json().contains("access_token"));
-}
-
-void TestAccounts::tokenLife()
-{
-    PlatformUnderTest platform({"--token-lifetime", "3600"});
-    const QJsonObject pair = platform.signIn("alice", PlatformUnderTest::wirePassword("alice")).json();
-    const QByteArray token = pair.value("access_token").toString().toLatin1();
-    const auto listing = [&](const QByteArray& bearer) {
-        return Client(platform.port(), "Bearer " + bearer).get("/project/cloudAddressBook/list");
-    };
-    const auto signOut = [&](const QByteArray& bearer) {
-        return Client(platform.port(), "Bearer " + bearer).del("/auth/token/logout");
-    };
-    QVERIFY(listing(token).ok());
-
-    platform.restart({"--clock-offset", "3601"});
-    const Answer late = listing(token);
-    QCOMPARE(late.status, 401);
-    QCOMPARE(late.code(), 500);
-    QCOMPARE(late.msg(), QString("Token失效"));
-    QCOMPARE(signOut(token).msg(), QString("Token失效"));
-    const Answer checked = platform.asClient().post("/auth/oauth/check_token", "token=" + token);
-    QCOMPARE(checked.json().value("error").toString(), QString("invalid_token"));
-    QCOMPARE(checked.json().value("error_description").toString(), QString("Token has expired"));
-    QVERIFY(!checked.json().contains("user_info"));
-
-    const QByteArray refreshToken = pair.value("refresh_token").toString().toLatin1();
-    const auto refreshed = [&] {
-        return Client(platform.port(), "Bearer tav-local-refresh")
-            .post("/auth/oauth/token?grant_type=refresh_token",
-                "refresh_token=" + refreshToken + "&scope=server");
-    };
-    const Answer renewed = refreshed();
-    QVERIFY2(renewed.ok(), renewed.body);
-    QVERIFY2(!refreshed().ok(), "a refresh token works once");
-    const QByteArray newToken = renewed.json().value("access_token").toString().toLatin1();
-    QVERIFY(listing(newToken).ok());
-    QVERIFY(signOut(newToken).ok());
-    QCOMPARE(listing(newToken).msg(), QString("Token失效"));
-}
-
-void TestAccounts::sendingCodes_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<bool>("sent");
-    QTest::newRow("new mail") << QByteArray("/admin/mail/new@example.com") << true;
-    QTest::newRow("reset, known phone") << QByteArray("/admin/mobile/reset/13800000001") << true;
-    QTest::newRow("reset, unknown mail") << QByteArray("/admin/mail/reset/nobody@example.com") << false;
-    QTest::newRow("no address") << QByteArray("/admin/mail/abc") << false;
-    QTest::newRow("path as address") << QByteArray("/admin/mail/..%2F..%2Fx@y") << false;
-}
-
-void TestAccounts::sendingCodes()
-{
-    QFETCH(QByteArray, path);
-    QFETCH(bool, sent);
-    const auto messages = [&] { return QDir(m_platform.data() + "/outbox").entryList(QDir::Files).size(); };
-    const int before = messages();
-    const Answer answer = Client(m_platform.port()).get(path);
-    QCOMPARE(answer.ok() && answer.data().toBool(), sent);
-    QCOMPARE(messages(), before + (sent ? 1 : 0));
-}
-
-void TestAccounts::registration()
-{
-    const Client client(m_platform.port());
-    QVERIFY(client.get("/admin/mobile/13922220000").ok());
-    QVERIFY(registerByPhone("dora", "13922220000", m_platform.sentCode("13922220000")).ok());
-    QVERIFY(m_platform.signIn("dora", "c2VjcmV0").ok());
-    QVERIFY(m_platform.signIn("13922220000", "c2VjcmV0").ok());
-
-    QVERIFY(client.get("/admin/mail/erik+tag@example.com").ok());
-    QVERIFY(registerByMail("erik+tag@example.com", m_platform.sentCode("erik+tag@example.com")).ok());
-    const Answer answer = m_platform.signIn("erik+tag@example.com", "c2VjcmV0");
-    QCOMPARE(answer.json().value("user_info").toObject().value("username").toString(),
-        QString("erik+tag@example.com"));
-}
-
-void TestAccounts::duplicates_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<QByteArray>("address");
-    QTest::addColumn<QString>("msg");
-    QTest::newRow("phone") << QByteArray("fred") << QByteArray("13800000001") << "Duplicate entry";
-    QTest::newRow("mail") << QByteArray() << QByteArray("alice@example.com") << "Duplicate entry";
-    QTest::newRow("name") << QByteArray("alice") << QByteArray("13933330000") << "The user name is taken";
-    QTest::newRow("another's phone as name") << QByteArray("13800000001") << QByteArray("13933330001")
-                                             << "A user name cannot look like a phone number";
-}
-
-void TestAccounts::duplicates()
-{
-    QFETCH(QByteArray, name);
-    QFETCH(QByteArray, address);
-    QFETCH(QString, msg);
-    const QByteArray way = address.contains('@') ? "mail/" : "mobile/";
-    QVERIFY(Client(m_platform.port()).get("/admin/" + way + address).ok());
-    const QByteArray code = m_platform.sentCode(address);
-    const Answer answer =
-        name.isEmpty() ? registerByMail(address, code) : registerByPhone(name, address, code);
-    QVERIFY2(answer.code() == 1 && answer.msg().startsWith(msg), answer.body);
-}
-
-void TestAccounts::codeSignIn()
-{
-    const Client client(m_platform.port());
-    QVERIFY(client.get("/admin/mail/carol@example.com").ok());
-    const Answer byMail = signInByCode("MAIL@carol@example.com", m_platform.sentCode("carol@example.com"));
-    QVERIFY2(byMail.ok(), byMail.body);
-    QCOMPARE(byMail.json().value("user_info").toObject().value("username").toString(), QString("carol"));
-    QVERIFY(check(byMail.json().value("access_token").toString().toLatin1()).json().contains("user_info"));
-
-    QVERIFY(client.get("/admin/mobile/13944440000").ok());
-    QVERIFY(
-        !signInByCode("SMS@13944440000", m_platform.sentCode("13944440000")).json().contains("access_token"));
-}
-
-void TestAccounts::reset()
-{
-    PlatformUnderTest platform;
-    const Client old = platform.signedIn("alice");
-    QVERIFY(Client(platform.port()).get("/admin/mobile/reset/13800000001").ok());
-    const QByteArray body =
-        "phone=13800000001&password=bmV3Kys%3D&smscode=" + platform.sentCode("13800000001");
-    QVERIFY(platform.asClient().post("/admin/api/user/resetpw", body).ok());
-    QVERIFY(!platform.signIn("alice", PlatformUnderTest::wirePassword("alice")).ok());
-    QVERIFY(platform.signIn("alice", "bmV3Kys%3D").ok());
-    QCOMPARE(old.get("/project/cloudAddressBook/list").msg(), QString("Token失效"));
-    platform.restart();
-    QVERIFY2(platform.signIn("alice", "bmV3Kys%3D").ok(), "a start must not bring the demo password back");
-}
-
-void TestAccounts::codeIsForOnePurposeOneUseAndFiveTries()
-{
-    const Client client(m_platform.port());
-    const auto resetWith = [&](const QByteArray& code) {
-        return m_platform.asClient().post(
-            "/admin/api/user/resetpw", "phone=13800000002&password=eA%3D%3D&smscode=" + code);
-    };
-    QVERIFY(client.get("/admin/mobile/13800000002").ok());
-    const QByteArray code = m_platform.sentCode("13800000002");
-    QVERIFY2(!resetWith(code).ok(), "a sign-in code resets nothing");
-    QVERIFY2(!signInByCode("SMS@13800000003", code).ok(), "a code is for one number");
-    QVERIFY(signInByCode("SMS@13800000002", code).ok());
-    QVERIFY2(!signInByCode("SMS@13800000002", code).ok(), "a code works once");
-
-    QVERIFY(client.get("/admin/mobile/13800000002").ok());
-    const QByteArray next = m_platform.sentCode("13800000002");
-    const QByteArray wrong = next == "000000" ? "000001" : "000000";
-    for (int i = 0; i < 5; ++i)
-        QCOMPARE(signInByCode("SMS@13800000002", wrong).msg(), QString("The verification code is wrong"));
-    QCOMPARE(signInByCode("SMS@13800000002", next).msg(),
-        QString("Too many wrong verification codes; ask for a new one"));
-}
-
-void TestAccounts::codeEnds()
-{
-    PlatformUnderTest platform({"--code-lifetime", "600"});
-    QVERIFY(Client(platform.port()).get("/admin/mobile/13800000001").ok());
-    const QByteArray path = "/auth/mobile/token/sms?mobile=SMS@13800000001&grant_type=mobile&code="
-        + platform.sentCode("13800000001");
-    platform.restart({"--clock-offset", "601"});
-    QVERIFY(!platform.asClient().post(path).ok());
-    platform.restart({"--clock-offset", "590"});
-    QVERIFY(platform.asClient().post(path).ok());
-}
 
 QTEST_GUILESS_MAIN(TestAccounts)
 #include "TestAccounts.moc"

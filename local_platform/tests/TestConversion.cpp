@@ -26,13 +26,12 @@ if (text === 'refuse') {
 }
 )";
 
-QByteArray request(const QByteArray& operation, const QByteArray& base64, const QByteArray& prefix = {})
+QByteArray request(const QByteArray& operation, const QByteArray& base64)
 {
-    const QByteArray p = prefix.isEmpty() ? prefix : prefix + ":";
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<soap:Envelope xmlns:soap = "
            "\"http://schemas.xmlsoap.org/soap/envelope/\">\n<soap:Body>\n<"
-        + p + operation + " xmlns=\"http://tempuri.org/\">\n<" + p + "file>" + base64 + "</" + p + "file>\n</"
-        + p + operation + ">\n</soap:Body>\n</soap:Envelope>";
+        + operation + " xmlns=\"http://tempuri.org/\">\n<file>" + base64 + "</file>\n</" + operation
+        + ">\n</soap:Body>\n</soap:Envelope>";
 }
 
 /// The text of the first element with this name; null when there is none or the answer is not XML to its end.
@@ -53,124 +52,102 @@ class TestConversion : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void converts_data();
-    void converts();
-    void faults_data();
-    void faults();
-    void converterSeesOnlyItsFolder();
-    void nothingIsLeftBehind();
+    void initTestCase()
+    {
+        QFile script(m_scripts.filePath("converter.mjs"));
+        QVERIFY(script.open(QIODevice::WriteOnly) && script.write(converterScript) > 0);
+        script.close();
+        m_platform = std::make_unique<PlatformUnderTest>(QStringList{"--converter", script.fileName(),
+            "--max-drawing-size", "3000000", "--conversion-time-limit", "3", "--log-level", "off"});
+    }
+
+    void converts_data()
+    {
+        QTest::addColumn<QByteArray>("operation");
+        QTest::addColumn<QByteArray>("drawing");
+        QTest::newRow("to DGN") << QByteArray("ConDwg2Dgn") << QByteArray("AC1015\0x", 8);
+        QTest::newRow("largest") << QByteArray("ConDgn2Dwg") << QByteArray(3000000, '\x7f');
+    }
+
+    void converts()
+    {
+        QFETCH(QByteArray, operation);
+        QFETCH(QByteArray, drawing);
+        QByteArray base64 = drawing.toBase64();
+        for (int at = 76; at < base64.size(); at += 1000)
+            base64.insert(at, "\r\n");
+        const Answer answer = post(operation, request(operation, base64));
+        QCOMPARE(answer.status, 200);
+        const QString result = elementText(answer.body, operation + "Result");
+        const QByteArray way = operation == "ConDgn2Dwg" ? "in.dgn>out.dwg:" : "in.dwg>out.dgn:";
+        QCOMPARE(QByteArray::fromBase64(result.toLatin1()), way + drawing);
+    }
+
+    void faults_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QByteArray>("action");
+        QTest::addColumn<QString>("reason");
+
+        const auto drawing = [](const QByteArray& text) { return request("ConDgn2Dwg", text.toBase64()); };
+        const auto row = [](const char* name, const QByteArray& body, const QString& reason,
+                             const QByteArray& action = {}) {
+            QTest::newRow(name) << body << action << reason;
+        };
+        const QString none = "The request holds no drawing to convert";
+        const QString noBase64 = "The drawing is not valid Base64";
+        row("refused", drawing("refuse"), "no <drawing> & no hope");
+        row("hangs", drawing("hang"), "The drawing takes too long to convert");
+        row("bursts", drawing("burst"), "The drawing needs too much memory or space to convert");
+        row("makes nothing", drawing("make nothing"), "The conversion failed; the platform's log says why");
+        row("no XML", QByteArray(200000, 'x'), none);
+        row("other operation", request("ConDgn2Pdf", "eA=="), none);
+        row("empty", drawing(""), "The drawing is empty");
+        row("cut Base64", request("ConDgn2Dwg", "eHh4e"), noBase64);
+        row("too large", drawing(QByteArray(3000001, 'x')),
+            "The drawing is too large; at most 3000000 bytes are taken");
+        row("other action", drawing("dgn"),
+            "The SOAPAction \"http://tempuri.org/ConDwg2Dgn\" does not fit the request",
+            "http://tempuri.org/ConDwg2Dgn");
+    }
+
+    void faults()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QByteArray, action);
+        QFETCH(QString, reason);
+        const Answer answer = post("ConDgn2Dwg", body, action);
+        QCOMPARE(answer.status, 500);
+        QCOMPARE(elementText(answer.body, "faultstring"), reason);
+        QVERIFY(!answer.body.contains("Result"));
+    }
+
+    void converterSeesOnlyItsFolder()
+    {
+        const Answer answer = post("ConDgn2Dwg", request("ConDgn2Dwg", QByteArray("look around").toBase64()));
+        const QByteArray seen =
+            QByteArray::fromBase64(elementText(answer.body, "ConDgn2DwgResult").toLatin1());
+        QVERIFY2(seen.contains("\"cwd\":\"" + m_platform->data().toUtf8() + "/scratch/"), seen);
+        QVERIFY2(seen.contains("\"env\":[\"PATH\"]"), seen);
+    }
+
+    void nothingIsLeftBehind()
+    {
+        const QDir scratch(m_platform->data() + "/scratch");
+        QCOMPARE(scratch.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    }
 
 private:
-    Answer post(const QByteArray& operation, const QByteArray& body, const QByteArray& action = {}) const;
+    Answer post(const QByteArray& operation, const QByteArray& body, const QByteArray& action = {}) const
+    {
+        return Client(m_platform->port())
+            .post("/NrvConRnx.asmx", body, "text/xml; charset=utf-8",
+                {{"SOAPAction", action.isEmpty() ? "http://tempuri.org/" + operation : action}});
+    }
 
     QTemporaryDir m_scripts;
     std::unique_ptr<PlatformUnderTest> m_platform;
 };
-
-void TestConversion::initTestCase()
-{
-    QFile script(m_scripts.filePath("converter.mjs"));
-    QVERIFY(script.open(QIODevice::WriteOnly) && script.write(converterScript) > 0);
-    script.close();
-    m_platform = std::make_unique<PlatformUnderTest>(QStringList{"--converter", script.fileName(),
-        "--max-drawing-size", "3000000", "--conversion-time-limit", "3", "--log-level", "off"});
-}
-
-Answer TestConversion::post(
-    const QByteArray& operation, const QByteArray& body, const QByteArray& action) const
-{
-    return Client(m_platform->port())
-        .post("/NrvConRnx.asmx", body, "text/xml; charset=utf-8",
-            {{"SOAPAction", action.isEmpty() ? "http://tempuri.org/" + operation : action}});
-}
-
-void TestConversion::converts_data()
-{
-    QTest::addColumn<QByteArray>("operation");
-    QTest::addColumn<QByteArray>("drawing");
-    QTest::addColumn<QByteArray>("lineBreak");
-    QTest::addColumn<QByteArray>("prefix");
-    const auto row = [](const char* name, const QByteArray& operation, const QByteArray& drawing,
-                         const QByteArray& lineBreak = {}, const QByteArray& prefix = {}) {
-        QTest::newRow(name) << operation << drawing << lineBreak << prefix;
-    };
-    row("to DGN", "ConDwg2Dgn", QByteArray("AC1015\0x", 8));
-    row("largest", "ConDgn2Dwg", QByteArray(3000000, '\x7f'));
-    row("line breaks", "ConDgn2Dwg", QByteArray(100001, '\xfe'), "\r\n");
-    row("prefixes", "ConDgn2Dwg", "dgn", {}, "t");
-}
-
-void TestConversion::converts()
-{
-    QFETCH(QByteArray, operation);
-    QFETCH(QByteArray, drawing);
-    QFETCH(QByteArray, lineBreak);
-    QFETCH(QByteArray, prefix);
-    QByteArray base64 = drawing.toBase64();
-    if (!lineBreak.isEmpty())
-        for (int at = 76; at < base64.size(); at += 76 + lineBreak.size())
-            base64.insert(at, lineBreak);
-    const Answer answer = post(operation, request(operation, base64, prefix));
-    QCOMPARE(answer.status, 200);
-    const QString result = elementText(answer.body, operation + "Result");
-    const QByteArray way = operation == "ConDgn2Dwg" ? "in.dgn>out.dwg:" : "in.dwg>out.dgn:";
-    QCOMPARE(QByteArray::fromBase64(result.toLatin1()), way + drawing);
-    QCOMPARE(answer.body.count(operation + "Result"), 2);
-}
-
-void TestConversion::faults_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QByteArray>("action");
-    QTest::addColumn<QString>("reason");
-
-    const auto drawing = [](const QByteArray& text) { return request("ConDgn2Dwg", text.toBase64()); };
-    const auto row = [](const char* name, const QByteArray& body, const QString& reason,
-                         const QByteArray& action = {}) { QTest::newRow(name) << body << action << reason; };
-    const QString none = "The request holds no drawing to convert";
-    const QString noBase64 = "The drawing is not valid Base64";
-    row("refused", drawing("refuse"), "no <drawing> & no hope");
-    row("hangs", drawing("hang"), "The drawing takes too long to convert");
-    row("bursts", drawing("burst"), "The drawing needs too much memory or space to convert");
-    row("makes nothing", drawing("make nothing"), "The conversion failed; the platform's log says why");
-    row("no XML", QByteArray(200000, 'x'), none);
-    row("unfinished", drawing("dgn").split('/').first(), none);
-    row("other operation", request("ConDgn2Pdf", "eA=="), none);
-    row("empty", drawing(""), "The drawing is empty");
-    row("cut Base64", request("ConDgn2Dwg", "eHh4e"), noBase64);
-    row("Base64 after its end", request("ConDgn2Dwg", "eA==eA=="), noBase64);
-    row("too large", drawing(QByteArray(3000001, 'x')),
-        "The drawing is too large; at most 3000000 bytes are taken");
-    row("other action", drawing("dgn"),
-        "The SOAPAction \"http://tempuri.org/ConDwg2Dgn\" does not fit the request",
-        "http://tempuri.org/ConDwg2Dgn");
-}
-
-void TestConversion::faults()
-{
-    QFETCH(QByteArray, body);
-    QFETCH(QByteArray, action);
-    QFETCH(QString, reason);
-    const Answer answer = post("ConDgn2Dwg", body, action);
-    QCOMPARE(answer.status, 500);
-    QCOMPARE(elementText(answer.body, "faultstring"), reason);
-    QVERIFY(!answer.body.contains("Result"));
-}
-
-void TestConversion::converterSeesOnlyItsFolder()
-{
-    const Answer answer = post("ConDgn2Dwg", request("ConDgn2Dwg", QByteArray("look around").toBase64()));
-    const QByteArray seen = QByteArray::fromBase64(elementText(answer.body, "ConDgn2DwgResult").toLatin1());
-    QVERIFY2(seen.contains("\"cwd\":\"" + m_platform->data().toUtf8() + "/scratch/"), seen);
-    QVERIFY2(seen.contains("\"env\":[\"PATH\"]"), seen);
-}
-
-void TestConversion::nothingIsLeftBehind()
-{
-    const QDir scratch(m_platform->data() + "/scratch");
-    QCOMPARE(scratch.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
-}
 
 QTEST_GUILESS_MAIN(TestConversion)
 #include "TestConversion.moc"

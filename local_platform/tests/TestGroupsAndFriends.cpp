@@ -38,163 +38,136 @@ class TestGroupsAndFriends : public QObject
     Q_OBJECT
 
 private slots:
-    void lifeOfAGroup();
-    void removingMembers();
-    void whatOnlyTheOwnerMay_data();
-    void whatOnlyTheOwnerMay();
-    void refusedGroupNames_data();
-    void refusedGroupNames();
-    void addressBook();
-    void refusedFriends_data();
-    void refusedFriends();
+    void lifeOfAGroup()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const Client bob = m_platform.signedIn("bob");
+        const QByteArray group = addGroup(alice, "Team");
+        const QJsonObject listed = groupsOf(alice).last().toObject();
+        QCOMPARE(idText(listed.value("id")), group);
+        QCOMPARE(listed.value("groupName").toString(), QString("Team"));
+        QCOMPARE(listed.value("createUser").toString(), QString("alice"));
+        QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
+
+        const QByteArray code = inviteCode(alice, group);
+        QCOMPARE(inviteCode(alice, group), code);
+        QCOMPARE(join(bob, "WRONG").msg(), QString("The invitation code is wrong"));
+        QVERIFY(join(bob, code).ok());
+        QCOMPARE(join(bob, code).msg(), QString("You are in this group already"));
+        QCOMPARE(membersOf(bob, group), (QStringList{"alice*", "bob"}));
+        QCOMPARE(groupsOf(bob).last().toObject().value("inviteCode").toString(), QString());
+
+        QVERIFY(bob.get(members + "outGroup?groupId=" + group).ok());
+        QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
+        QCOMPARE(
+            bob.get(members + "listGroupUsers?groupId=" + group).msg(), QString("The group does not exist"));
+        QVERIFY2(!alice.get(members + "outGroup?groupId=" + group).ok(), "the owner stays");
+
+        QVERIFY(alice.del("/project/cloudProjectGroup/delete?id=" + group).ok());
+        QVERIFY2(!join(bob, code).ok(), "the code ended with the group");
+    }
+
+    void removingMembers()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const Client bob = m_platform.signedIn("bob");
+        const QByteArray group = addGroup(alice, "Crew");
+        const QByteArray code = inviteCode(alice, group);
+        QVERIFY(join(bob, code).ok());
+        QVERIFY(join(m_platform.signedIn("carol"), code).ok());
+        const auto remove = [&](const QByteArray& names) {
+            return alice.del(members + "removeGroupMember?groupId=" + group + "&usernames=" + names);
+        };
+
+        QCOMPARE(remove("bob,nobody").msg(), QString("The member nobody does not exist"));
+        QCOMPARE(membersOf(alice, group).size(), 3);
+        QVERIFY(remove("bob,carol").ok());
+        QVERIFY2(!join(bob, code).ok(), "who was sent away does not come back by the old code");
+        QVERIFY(join(bob, inviteCode(alice, group)).ok());
+        const QJsonArray left = alice.get(members + "listGroupUsers?groupId=" + group).data().toArray();
+        QVERIFY(remove(idText(left.at(1).toObject().value("id"))).ok());
+        QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
+
+        // Emptied before it is deleted: the owner keeps hold of it.
+        QVERIFY(remove("alice").ok());
+        QVERIFY(alice.del("/project/cloudProjectGroup/delete?id=" + group).ok());
+    }
+
+    void whatOnlyTheOwnerMay()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const Client bob = m_platform.signedIn("bob");
+        const QByteArray group = addGroup(alice, "Mine");
+        QVERIFY(join(bob, inviteCode(alice, group)).ok());
+        for (const Answer& answer : {bob.get(members + "getInviteCode?groupId=" + group),
+                 bob.del(members + "removeGroupMember?usernames=alice&groupId=" + group),
+                 bob.del("/project/cloudProjectGroup/delete?id=" + group)}) {
+            QCOMPARE(answer.status, 403);
+            QCOMPARE(answer.msg(), QString("Only the owner of the group can do this"));
+        }
+        QCOMPARE(membersOf(alice, group), (QStringList{"alice*", "bob"}));
+    }
+
+    void refusedGroupNames()
+    {
+        const Client carol = m_platform.signedIn("carol");
+        for (const QByteArray& body : {QByteArray(R"({"groupName":""})"), QByteArray("groupName=x"),
+                 QByteArray("{\"groupName\":\"\xff\"}"), QByteArray(60000, '[')}) {
+            const Answer answer =
+                carol.post("/project/cloudProjectGroup/saveOrUpdate", body, "application/json");
+            QCOMPARE(answer.status, 400);
+            QCOMPARE(answer.msg(), QString("The group needs a name"));
+        }
+    }
+
+    void addressBook()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const auto add = [&](const QByteArray& phone) {
+            return alice.postForm(book + "add",
+                {{"friendPhone", phone}, {"friendRemark", "\xe9\xb2\x8d"}, {"friendUnit", "Unit & Co"}});
+        };
+        QVERIFY(add("13800000002").ok());
+        QVERIFY(add("carol").ok());
+        const Answer list = alice.get(book + "list");
+        QCOMPARE(list.count(), 2);
+        QCOMPARE(list.item(0).value("friendUser").toString(), QString("bob"));
+        QCOMPARE(list.item(0).value("friendPhone").toString(), QString("13800000002"));
+        QCOMPARE(list.item(0).value("friendRemark").toString(), QString::fromUtf8("鲍"));
+        QCOMPARE(list.item(0).value("friendUnit").toString(), QString("Unit & Co"));
+        QVERIFY2(list.item(1).value("friendPhone").toString() == "carol",
+            "a number that alice did not know stays untold");
+        QCOMPARE(m_platform.signedIn("bob").get(book + "list").count(), 0);
+
+        QVERIFY(alice.del(book + "delete?id=" + idText(list.item(0).value("id"))).ok());
+        QCOMPARE(alice.get(book + "list").count(), 1);
+    }
+
+    void refusedFriends()
+    {
+        const Client carol = m_platform.signedIn("carol");
+        const auto add = [&](const QByteArray& phone) {
+            return carol.postForm(
+                book + "add", {{"friendPhone", phone}, {"friendRemark", ""}, {"friendUnit", ""}});
+        };
+        QVERIFY(add("bob").ok());
+        const QPair<QByteArray, QString> refusals[]{
+            {"13999999999", "The account 13999999999 does not exist"},
+            {"13800000003", "This is your own account"},
+            {"bob", "This friend is in the address book already"},
+            {"", "The field friendPhone is empty"},
+        };
+        for (const auto& [phone, msg] : refusals) {
+            const Answer answer = add(phone);
+            QVERIFY(answer.status >= 400);
+            QCOMPARE(answer.msg(), msg);
+        }
+        QCOMPARE(carol.get(book + "list").count(), 1);
+    }
 
 private:
     PlatformUnderTest m_platform;
 };
-
-void TestGroupsAndFriends::lifeOfAGroup()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const Client bob = m_platform.signedIn("bob");
-    const QByteArray group = addGroup(alice, "Team");
-    const QJsonObject listed = groupsOf(alice).last().toObject();
-    QCOMPARE(idText(listed.value("id")), group);
-    QCOMPARE(listed.value("groupName").toString(), QString("Team"));
-    QCOMPARE(listed.value("createUser").toString(), QString("alice"));
-    QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
-
-    const QByteArray code = inviteCode(alice, group);
-    QCOMPARE(inviteCode(alice, group), code);
-    QCOMPARE(join(bob, "WRONG").msg(), QString("The invitation code is wrong"));
-    QVERIFY(join(bob, code).ok());
-    QCOMPARE(join(bob, code).msg(), QString("You are in this group already"));
-    QCOMPARE(membersOf(bob, group), (QStringList{"alice*", "bob"}));
-    QCOMPARE(groupsOf(bob).last().toObject().value("inviteCode").toString(), QString());
-
-    QVERIFY(bob.get(members + "outGroup?groupId=" + group).ok());
-    QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
-    QCOMPARE(bob.get(members + "listGroupUsers?groupId=" + group).msg(), QString("The group does not exist"));
-    QVERIFY2(!alice.get(members + "outGroup?groupId=" + group).ok(), "the owner stays");
-
-    QVERIFY(alice.del("/project/cloudProjectGroup/delete?id=" + group).ok());
-    QVERIFY2(!join(bob, code).ok(), "the code ended with the group");
-}
-
-void TestGroupsAndFriends::removingMembers()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const Client bob = m_platform.signedIn("bob");
-    const QByteArray group = addGroup(alice, "Crew");
-    const QByteArray code = inviteCode(alice, group);
-    QVERIFY(join(bob, code).ok());
-    QVERIFY(join(m_platform.signedIn("carol"), code).ok());
-    const auto remove = [&](const QByteArray& names) {
-        return alice.del(members + "removeGroupMember?groupId=" + group + "&usernames=" + names);
-    };
-
-    QCOMPARE(remove("bob,nobody").msg(), QString("The member nobody does not exist"));
-    QCOMPARE(membersOf(alice, group).size(), 3);
-    QVERIFY(remove("bob,carol").ok());
-    QVERIFY2(!join(bob, code).ok(), "who was sent away does not come back by the old code");
-    QVERIFY(join(bob, inviteCode(alice, group)).ok());
-    const QJsonArray left = alice.get(members + "listGroupUsers?groupId=" + group).data().toArray();
-    QVERIFY(remove(idText(left.at(1).toObject().value("id"))).ok());
-    QCOMPARE(membersOf(alice, group), QStringList{"alice*"});
-
-    // Emptied before it is deleted: the owner keeps hold of it.
-    QVERIFY(remove("alice").ok());
-    QVERIFY(alice.del("/project/cloudProjectGroup/delete?id=" + group).ok());
-}
-
-void TestGroupsAndFriends::whatOnlyTheOwnerMay_data()
-{
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("path");
-    QTest::newRow("code") << QByteArray("GET") << members + "getInviteCode?groupId=";
-    QTest::newRow("remove") << QByteArray("DELETE") << members + "removeGroupMember?usernames=alice&groupId=";
-    QTest::newRow("delete") << QByteArray("DELETE") << QByteArray("/project/cloudProjectGroup/delete?id=");
-}
-
-void TestGroupsAndFriends::whatOnlyTheOwnerMay()
-{
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, path);
-    const Client alice = m_platform.signedIn("alice");
-    const Client bob = m_platform.signedIn("bob");
-    const QByteArray group = addGroup(alice, "Mine");
-    QVERIFY(join(bob, inviteCode(alice, group)).ok());
-    const Answer answer = method == "GET" ? bob.get(path + group) : bob.del(path + group);
-    QCOMPARE(answer.status, 403);
-    QCOMPARE(answer.msg(), QString("Only the owner of the group can do this"));
-    QCOMPARE(membersOf(alice, group), (QStringList{"alice*", "bob"}));
-}
-
-void TestGroupsAndFriends::refusedGroupNames_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::newRow("empty") << QByteArray(R"({"groupName":""})");
-    QTest::newRow("no JSON") << QByteArray("groupName=x");
-    QTest::newRow("not UTF-8") << QByteArray("{\"groupName\":\"\xff\"}");
-    QTest::newRow("deep") << QByteArray(60000, '[');
-}
-
-void TestGroupsAndFriends::refusedGroupNames()
-{
-    QFETCH(QByteArray, body);
-    const Answer answer = m_platform.signedIn("carol").post(
-        "/project/cloudProjectGroup/saveOrUpdate", body, "application/json");
-    QCOMPARE(answer.status, 400);
-    QCOMPARE(answer.msg(), QString("The group needs a name"));
-}
-
-void TestGroupsAndFriends::addressBook()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const auto add = [&](const QByteArray& phone) {
-        return alice.postForm(book + "add",
-            {{"friendPhone", phone}, {"friendRemark", "\xe9\xb2\x8d"}, {"friendUnit", "Unit & Co"}});
-    };
-    QVERIFY(add("13800000002").ok());
-    QVERIFY(add("carol").ok());
-    const Answer list = alice.get(book + "list");
-    QCOMPARE(list.data().toArray().size(), 2);
-    QCOMPARE(list.item(0).value("friendUser").toString(), QString("bob"));
-    QCOMPARE(list.item(0).value("friendPhone").toString(), QString("13800000002"));
-    QCOMPARE(list.item(0).value("friendRemark").toString(), QString::fromUtf8("鲍"));
-    QCOMPARE(list.item(0).value("friendUnit").toString(), QString("Unit & Co"));
-    QVERIFY2(list.item(1).value("friendPhone").toString() == "carol",
-        "a number that alice did not know stays untold");
-    QCOMPARE(m_platform.signedIn("bob").get(book + "list").data().toArray().size(), 0);
-
-    QVERIFY(alice.del(book + "delete?id=" + idText(list.item(0).value("id"))).ok());
-    QCOMPARE(alice.get(book + "list").data().toArray().size(), 1);
-}
-
-void TestGroupsAndFriends::refusedFriends_data()
-{
-    QTest::addColumn<QByteArray>("phone");
-    QTest::addColumn<QString>("msg");
-    QTest::newRow("unknown") << QByteArray("13999999999") << "The account 13999999999 does not exist";
-    QTest::newRow("oneself") << QByteArray("13800000003") << "This is your own account";
-    QTest::newRow("twice") << QByteArray("bob") << "This friend is in the address book already";
-    QTest::newRow("empty") << QByteArray() << "The field friendPhone is empty";
-}
-
-void TestGroupsAndFriends::refusedFriends()
-{
-    QFETCH(QByteArray, phone);
-    QFETCH(QString, msg);
-    const Client carol = m_platform.signedIn("carol");
-    const auto add = [&](const QByteArray& friendPhone) {
-        return carol.postForm(
-            book + "add", {{"friendPhone", friendPhone}, {"friendRemark", ""}, {"friendUnit", ""}});
-    };
-    add("bob");
-    const Answer answer = add(phone);
-    QVERIFY(answer.status >= 400);
-    QCOMPARE(answer.msg(), msg);
-    QCOMPARE(carol.get(book + "list").data().toArray().size(), 1);
-}
 
 QTEST_GUILESS_MAIN(TestGroupsAndFriends)
 #include "TestGroupsAndFriends.moc"

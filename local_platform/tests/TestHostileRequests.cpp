@@ -12,171 +12,157 @@ class TestHostileRequests : public QObject
     Q_OBJECT
 
 private slots:
-    void garbageIsAnsweredOrDropped_data();
-    void garbageIsAnsweredOrDropped();
-    void refusedFormIsReadToItsEnd();
-    void manyClientsAtOnce();
-    void startsThatCannotSucceed_data();
-    void startsThatCannotSucceed();
-    void stopsWhenAsked();
+    void garbageIsAnsweredOrDropped_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("status"); ///< empty: any, even no answer
+
+        const QByteArray client = "Host: x\r\nConnection: close\r\n"
+                                  "Authorization: "
+            + m_platform.asClient().authorization() + "\r\n";
+        const auto post = [&](const QByteArray& path, const QByteArray& type, const QByteArray& body) {
+            return "POST " + path + " HTTP/1.1\r\n" + client + "Content-Type: " + type
+                + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+        };
+        const QByteArray sign = "/auth/oauth/token?grant_type=password";
+        const QByteArray registration = "/admin/api/user";
+        const auto row = [](const char* name, const QByteArray& request, const QByteArray& status) {
+            QTest::newRow(name) << request << status;
+        };
+        const FormFields manyFields(5000, {"name", "value"});
+        const FormFields longField = {{"username", QByteArray(1 << 20, 'x')}};
+        const FormFields zero = {{"phone", QByteArray("1\0002", 3)}, {"username", "u"}};
+
+        row("no HTTP", "\x16\x03\x01 hello\r\n\r\n", "400");
+        row("climbing path", "GET /../../etc/passwd HTTP/1.1\r\n" + client + "\r\n", "404");
+        row("broken percent", "GET /admin/mobile/%zz%4 HTTP/1.1\r\n" + client + "\r\n", "400");
+        row("long path", "GET /" + QByteArray(100000, 'x') + " HTTP/1.1\r\n" + client + "\r\n", "414");
+        row("bad chunk",
+            "POST " + sign + " HTTP/1.1\r\n" + client + "Transfer-Encoding: chunked\r\n\r\nnonsense\r\n\r\n",
+            "400");
+        row("bad length", "POST " + sign + " HTTP/1.1\r\n" + client + "Content-Length: -1\r\n\r\n", {});
+        row("long form", post(sign, "application/x-www-form-urlencoded", QByteArray(1 << 20, 'x')), "413");
+        row("many fields", post(registration, multipartType(), multipart(manyFields)), "400");
+        row("long field", post(registration, multipartType(), multipart(longField)), "400");
+        row("zero in a field", post(registration, multipartType(), multipart(zero)), "400");
+        row("gzip that is none",
+            post(registration, multipartType() + "\r\nContent-Encoding: gzip", "nonsense"), "400");
+    }
+
+    void garbageIsAnsweredOrDropped()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(QByteArray, status);
+        QTcpSocket socket;
+        QVERIFY(open(socket));
+        if (status.isEmpty()) {
+            socket.write(request);
+            socket.waitForBytesWritten();
+        } else {
+            const QByteArray reply = exchange(socket, request);
+            QVERIFY2(reply.startsWith("HTTP/1.1 " + status), reply.left(200));
+            QVERIFY2(reply.contains("\"msg\":\""), reply);
+        }
+        QVERIFY2(
+            m_platform.signedIn("alice").get("/project/cloudAddressBook/list").ok(), "the platform goes on");
+    }
+
+    void refusedFormIsReadToItsEnd()
+    {
+        // One connection, a refused upload, then a good request: nothing of the first may be taken for the
+        // second.
+        const QByteArray body = multipart({},
+            "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\nGET /evil HTTP/1.1\r\n\r\n"
+                + QByteArray(300000, 'x'));
+        QTcpSocket socket;
+        QVERIFY(open(socket));
+        const QByteArray refused = exchange(socket,
+            "POST /project/cloudProjectBackup/upload HTTP/1.1\r\nHost: x\r\nContent-Type: " + multipartType()
+                + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+        QVERIFY2(refused.contains("Token失效"), refused);
+        const QByteArray next = exchange(socket, "GET /admin/mobile/abc HTTP/1.1\r\nHost: x\r\n\r\n");
+        QVERIFY2(next.contains("This is not a phone number"), next);
+    }
+
+    void manyClientsAtOnce()
+    {
+        std::atomic<int> good{0};
+        std::vector<std::thread> clients(200);
+        for (int i = 0; i < 200; ++i)
+            clients[i] = std::thread([&, i] {
+                const Client client = m_platform.signedIn("alice");
+                const QByteArray content = QByteArray::number(i) + QByteArray(100000, 'x');
+                const QByteArray file = uploadSharedFile(client, addProject(client), "x.dwg", content);
+                good += client.get("/project/cloudProjectShare/download?logicalId=" + file).body == content
+                    ? 1
+                    : 0;
+            });
+        for (std::thread& client : clients)
+            client.join();
+        QCOMPARE(good.load(), 200);
+    }
+
+    void startsThatCannotSucceed_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("reason");
+
+        const QString own = "127.0.0.1:" + QString::number(m_platform.port());
+        const QString data = m_platform.data() + "/another";
+        const QString none = m_platform.data() + "/lock";
+        QTest::newRow("port in use") << QStringList{"--listen", own, "--data", data}
+                                     << "Cannot listen at " + own;
+        QTest::newRow("data in use") << QStringList{"--listen", "127.0.0.1:0", "--data", m_platform.data()}
+                                     << "in use by another platform";
+        QTest::newRow("certificate is none") << QStringList{"--listen", "127.0.0.1:0", "--data", data,
+            "--tls-certificate", none, "--tls-key", none}
+                                             << "TLS certificate";
+        QTest::newRow("short key") << QStringList{"--cipher-key", "short"} << "16 bytes";
+        QTest::newRow("unknown option") << QStringList{"--nonsense"} << "--nonsense";
+    }
+
+    void startsThatCannotSucceed()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, reason);
+        QProcess process;
+        process.start(PlatformUnderTest::program(), options);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QVERIFY(process.exitCode() != 0);
+        QCOMPARE(process.readAllStandardOutput(), QByteArray());
+        const QString said = QString::fromLocal8Bit(process.readAllStandardError());
+        QVERIFY2(said.contains(reason), qPrintable(said));
+    }
+
+    void stopsWhenAsked()
+    {
+        PlatformUnderTest platform;
+        QTcpSocket idle;
+        idle.connectToHost("127.0.0.1", static_cast<quint16>(platform.port()));
+        QVERIFY(idle.waitForConnected());
+        QCOMPARE(platform.stop(), 0);
+    }
 
 private:
-    bool open(QTcpSocket& socket) const;
+    bool open(QTcpSocket& socket) const
+    {
+        socket.connectToHost("127.0.0.1", static_cast<quint16>(m_platform.port()));
+        return socket.waitForConnected();
+    }
+
     /// The reply to its last brace: every reply here is an envelope.
-    QByteArray exchange(QTcpSocket& socket, const QByteArray& request) const;
+    QByteArray exchange(QTcpSocket& socket, const QByteArray& request) const
+    {
+        socket.write(request);
+        QByteArray reply;
+        while (!reply.endsWith('}') && socket.waitForReadyRead(20000))
+            reply += socket.readAll();
+        return reply;
+    }
 
     PlatformUnderTest m_platform;
 };
-
-bool TestHostileRequests::open(QTcpSocket& socket) const
-{
-    socket.connectToHost("127.0.0.1", static_cast<quint16>(m_platform.port()));
-    return socket.waitForConnected();
-}
-
-QByteArray TestHostileRequests::exchange(QTcpSocket& socket, const QByteArray& request) const
-{
-    socket.write(request);
-    QByteArray reply;
-    while (!reply.endsWith('}') && socket.waitForReadyRead(20000))
-        reply += socket.readAll();
-    return reply;
-}
-
-void TestHostileRequests::garbageIsAnsweredOrDropped_data()
-{
-    QTest::addColumn<QByteArray>("request");
-    QTest::addColumn<QByteArray>("status"); ///< empty: any, even no answer
-
-    const QByteArray client = "Host: x\r\nConnection: close\r\n"
-                              "Authorization: "
-        + m_platform.asClient().authorization() + "\r\n";
-    const auto post = [&](const QByteArray& path, const QByteArray& type, const QByteArray& body) {
-        return "POST " + path + " HTTP/1.1\r\n" + client + "Content-Type: " + type
-            + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
-    };
-    const QByteArray sign = "/auth/oauth/token?grant_type=password";
-    const QByteArray registration = "/admin/api/user";
-    const auto row = [](const char* name, const QByteArray& request, const QByteArray& status) {
-        QTest::newRow(name) << request << status;
-    };
-    const FormFields manyFields(5000, {"name", "value"});
-    const FormFields longField = {{"username", QByteArray(1 << 20, 'x')}};
-    const FormFields zero = {{"phone", QByteArray("1\0002", 3)}, {"username", "u"}};
-
-    row("no HTTP", "\x16\x03\x01 hello\r\n\r\n", "400");
-    row("unknown path", "GET /nothing HTTP/1.1\r\n" + client + "\r\n", "404");
-    row("climbing path", "GET /../../etc/passwd HTTP/1.1\r\n" + client + "\r\n", "404");
-    row("line break in path", "GET /a%0d%0aX:y HTTP/1.1\r\n" + client + "\r\n", "404");
-    row("broken percent", "GET /admin/mobile/%zz%4 HTTP/1.1\r\n" + client + "\r\n", "400");
-    row("long path", "GET /" + QByteArray(100000, 'x') + " HTTP/1.1\r\n" + client + "\r\n", "414");
-    row("long header", "GET / HTTP/1.1\r\nX: " + QByteArray(100000, 'x') + "\r\n\r\n", {});
-    row("POST without length", "POST " + sign + " HTTP/1.1\r\n" + client + "\r\n", "400");
-    row("bad chunk",
-        "POST " + sign + " HTTP/1.1\r\n" + client + "Transfer-Encoding: chunked\r\n\r\nnonsense\r\n\r\n",
-        "400");
-    row("bad length", "POST " + sign + " HTTP/1.1\r\n" + client + "Content-Length: -1\r\n\r\n", {});
-    row("long form", post(sign, "application/x-www-form-urlencoded", QByteArray(1 << 20, 'x')), "413");
-    row("many fields", post(registration, multipartType(), multipart(manyFields)), "400");
-    row("long field", post(registration, multipartType(), multipart(longField)), "400");
-    row("zero in a field", post(registration, multipartType(), multipart(zero)), "400");
-    row("gzip that is none", post(registration, multipartType() + "\r\nContent-Encoding: gzip", "nonsense"),
-        "400");
-}
-
-void TestHostileRequests::garbageIsAnsweredOrDropped()
-{
-    QFETCH(QByteArray, request);
-    QFETCH(QByteArray, status);
-    QTcpSocket socket;
-    QVERIFY(open(socket));
-    if (status.isEmpty()) {
-        socket.write(request);
-        socket.waitForBytesWritten();
-    } else {
-        const QByteArray reply = exchange(socket, request);
-        QVERIFY2(reply.startsWith("HTTP/1.1 " + status), reply.left(200));
-        QVERIFY2(reply.contains("\"msg\":\""), reply);
-    }
-    QVERIFY2(m_platform.signedIn("alice").get("/project/cloudAddressBook/list").ok(), "the platform goes on");
-}
-
-void TestHostileRequests::refusedFormIsReadToItsEnd()
-{
-    // One connection, a refused upload, then a good request: nothing of the first may be taken for the
-    // second.
-    const QByteArray body = multipart({},
-        "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\nGET /evil HTTP/1.1\r\n\r\n"
-            + QByteArray(300000, 'x'));
-    QTcpSocket socket;
-    QVERIFY(open(socket));
-    const QByteArray refused = exchange(socket,
-        "POST /project/cloudProjectBackup/upload HTTP/1.1\r\nHost: x\r\nContent-Type: " + multipartType()
-            + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
-    QVERIFY2(refused.contains("Token失效"), refused);
-    const QByteArray next = exchange(socket, "GET /admin/mobile/abc HTTP/1.1\r\nHost: x\r\n\r\n");
-    QVERIFY2(next.contains("This is not a phone number"), next);
-}
-
-void TestHostileRequests::manyClientsAtOnce()
-{
-    std::atomic<int> good{0};
-    std::vector<std::thread> clients(200);
-    for (int i = 0; i < 200; ++i)
-        clients[i] = std::thread([&, i] {
-            const Client client = m_platform.signedIn("alice");
-            const QByteArray content = QByteArray::number(i) + QByteArray(100000, 'x');
-            const QByteArray file = uploadSharedFile(client, addProject(client), "x.dwg", content);
-            good +=
-                client.get("/project/cloudProjectShare/download?logicalId=" + file).body == content ? 1 : 0;
-        });
-    for (std::thread& client : clients)
-        client.join();
-    QCOMPARE(good.load(), 200);
-}
-
-void TestHostileRequests::startsThatCannotSucceed_data()
-{
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QString>("reason");
-
-    const QString own = "127.0.0.1:" + QString::number(m_platform.port());
-    const QString data = m_platform.data() + "/another";
-    const QString none = m_platform.data() + "/lock";
-    QTest::newRow("port in use") << QStringList{"--listen", own, "--data", data} << "Cannot listen at " + own;
-    QTest::newRow("port too high") << QStringList{"--listen", "127.0.0.1:65536", "--data", data}
-                                   << "Not an address to listen at";
-    QTest::newRow("data in use") << QStringList{"--listen", "127.0.0.1:0", "--data", m_platform.data()}
-                                 << "in use by another platform";
-    QTest::newRow("certificate is none") << QStringList{"--listen", "127.0.0.1:0", "--data", data,
-        "--tls-certificate", none, "--tls-key", none}
-                                         << "TLS certificate";
-    QTest::newRow("short key") << QStringList{"--cipher-key", "short"} << "16 bytes";
-    QTest::newRow("unknown option") << QStringList{"--nonsense"} << "--nonsense";
-}
-
-void TestHostileRequests::startsThatCannotSucceed()
-{
-    QFETCH(QStringList, options);
-    QFETCH(QString, reason);
-    QProcess process;
-    process.start(PlatformUnderTest::program(), options);
-    QVERIFY(process.waitForFinished(20000));
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QVERIFY(process.exitCode() != 0);
-    QCOMPARE(process.readAllStandardOutput(), QByteArray());
-    const QString said = QString::fromLocal8Bit(process.readAllStandardError());
-    QVERIFY2(said.contains(reason), qPrintable(said));
-}
-
-void TestHostileRequests::stopsWhenAsked()
-{
-    PlatformUnderTest platform;
-    QTcpSocket idle;
-    idle.connectToHost("127.0.0.1", static_cast<quint16>(platform.port()));
-    QVERIFY(idle.waitForConnected());
-    QCOMPARE(platform.stop(), 0);
-}
 
 QTEST_GUILESS_MAIN(TestHostileRequests)
 #include "TestHostileRequests.moc"

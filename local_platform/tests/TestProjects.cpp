@@ -8,6 +8,7 @@
 namespace {
 
 const QByteArray uploadPath = "/project/cloudProjectBackup/upload";
+const QByteArray filePart = "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\n";
 const QByteArray downloadPath = "/project/cloudProjectBackup/downloadProject?projectId=";
 
 Answer backUp(const Client& client, const QByteArray& project, const QByteArray& content,
@@ -23,234 +24,197 @@ class TestProjects : public QObject
     Q_OBJECT
 
 private slots:
-    void listingIsByOwnerAndSoftware();
-    void fileNamesAreOnlyData_data();
-    void fileNamesAreOnlyData();
-    void refusedUploadsLeaveNothing_data();
-    void refusedUploadsLeaveNothing();
-    void cutUploadKeepsTheOldBackup_data();
-    void cutUploadKeepsTheOldBackup();
-    void replacement();
-    void whatWasAcknowledgedOutlivesAKill();
-    void softwareTables();
+    void listingIsByOwnerAndSoftware()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const Client bob = m_platform.signedIn("bob");
+        const QByteArray first = addProject(alice, "Vermessung \xc3\xbc", "List+Soft");
+        const QByteArray second = addProject(alice, "\xe6\xb5\x8b\xe9\x87\x8f", "List+Soft");
+        addProject(alice, "other", "OtherSoft");
+        addProject(bob, "his", "List+Soft");
+
+        const Answer answer = alice.get("/project/cloudProjectBackup/getProjectList?sourceClient=List+Soft");
+        QCOMPARE(answer.count(), 2);
+        QCOMPARE(idText(answer.item(0).value("id")), first);
+        QCOMPARE(answer.item(0).value("projectTitle").toString(), QString::fromUtf8("Vermessung ü"));
+        QCOMPARE(idText(answer.item(1).value("id")), second);
+        const Answer none = alice.get("/project/cloudProjectBackup/getProjectList?sourceClient=Nothing");
+        QVERIFY(none.ok() && none.data().isArray() && none.data().toArray().isEmpty());
+    }
+
+    void fileNamesAreOnlyData()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const QByteArray project = addProject(alice);
+        for (const QByteArray& name : {QByteArray(), QByteArray("../../../../etc/x"),
+                 QByteArray("\xff\xfe\xb2\xe2.dat"), QByteArray(5000, 'x')}) {
+            const QByteArray content = "content of " + name + '\0' + "\r\n--boundary";
+            QVERIFY2(backUp(alice, project, content, name).ok(), name);
+            QCOMPARE(alice.get(downloadPath + project).body, content);
+        }
+    }
+
+    void refusedUploadsLeaveNothing_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("msg");
+
+        const QByteArray file = filePart;
+        const FormFields project = {{"projectId", "PROJECT"}};
+        const QString malformed = "The request was cut short or is malformed";
+        const auto row = [](const char* name, int status, const QString& msg, const QByteArray& body,
+                             const QByteArray& type = multipartType()) {
+            QTest::newRow(name) << body << type << status << msg;
+        };
+        const QByteArray two = file + "1\r\n--boundary_of_tests\r\n" + file + "2";
+        row("empty file", 400, "The uploaded file is empty", multipart(project, file));
+        row("two files", 400, "An upload holds one file", multipart(project, two));
+        row("no project", 400, "The field projectId is missing", multipart({}, file + "x"));
+        row("garbage project", 404, "所选项目不存在",
+            multipart({{"projectId", "1;drop table users"}}, file + "x"));
+        row("too large", 413, "The file is too large; at most 20000000 bytes are taken",
+            multipart(project, file + QByteArray(20000001, 'x')));
+        row("far too large", 413, "The request is too large; at most 90527064 bytes are taken",
+            multipart(project, file + QByteArray(110000000, 'x')));
+        row("no last boundary", 400, malformed, multipart(project, file + "x").chopped(6));
+        row("no boundary", 400, malformed, multipart(project, file + "x"), "multipart/form-data");
+    }
+
+    void refusedUploadsLeaveNothing()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QByteArray, type);
+        QFETCH(int, status);
+        QFETCH(QString, msg);
+        const Client alice = m_platform.signedIn("alice");
+        const QByteArray project = addProject(alice);
+        QVERIFY(backUp(alice, project, "old").ok());
+        const QStringList before = m_platform.storedFiles();
+
+        const Answer answer = alice.post(uploadPath, body.replace("PROJECT", project), type);
+        QCOMPARE(answer.msg(), msg);
+        QCOMPARE(answer.status, status);
+        QVERIFY(answer.code() != 0);
+        QCOMPARE(m_platform.storedFiles(), before);
+        QCOMPARE(alice.get(downloadPath + project).body, QByteArray("old"));
+    }
+
+    void cutUploadKeepsTheOldBackup()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const QByteArray project = addProject(alice);
+        QVERIFY(backUp(alice, project, "old").ok());
+        const QStringList before = m_platform.storedFiles();
+
+        const QByteArray body = multipart({{"projectId", project}}, filePart + QByteArray(500000, 'n'));
+        const QByteArray size = QByteArray::number(body.size(), 16);
+        for (const QByteArray& start : {"Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n",
+                 "Transfer-Encoding: chunked\r\n\r\n" + size + "\r\n"}) {
+            QTcpSocket socket;
+            socket.connectToHost("127.0.0.1", static_cast<quint16>(m_platform.port()));
+            QVERIFY(socket.waitForConnected());
+            socket.write("POST " + uploadPath + " HTTP/1.1\r\nHost: x\r\nAuthorization: "
+                + alice.authorization() + "\r\nContent-Type: " + multipartType() + "\r\n" + start);
+            socket.write(body.left(400000));
+            while (socket.bytesToWrite() > 0)
+                QVERIFY(socket.waitForBytesWritten());
+            QTRY_VERIFY2(m_platform.storedFiles().size() > before.size(), "the upload is on its way");
+            socket.abort();
+            QTRY_COMPARE(m_platform.storedFiles(), before);
+            QCOMPARE(alice.get(downloadPath + project).body, QByteArray("old"));
+        }
+    }
+
+    void replacement()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const QByteArray project = addProject(alice);
+        const Answer missing = alice.get(downloadPath + project);
+        QCOMPARE(missing.status, 404);
+        QCOMPARE(missing.msg(), QString("The project has no backup yet"));
+
+        // Readers meet one backup or the other, never a mixture, while a writer replaces them.
+        const QByteArray versions[] = {QByteArray(300000, 'a'), QByteArray(200000, 'b')};
+        QVERIFY(backUp(alice, project, versions[0]).ok());
+        const int files = m_platform.storedFiles().size();
+        bool written = true;
+        std::thread writer([&] {
+            for (int i = 1; i <= 20; ++i)
+                written = backUp(alice, project, versions[i % 2]).ok() && written;
+        });
+        bool whole = true;
+        for (int i = 0; i < 40; ++i) {
+            const QByteArray body = alice.get(downloadPath + project).body;
+            whole = (body == versions[0] || body == versions[1]) && whole;
+        }
+        writer.join();
+        QVERIFY(written);
+        QVERIFY(whole);
+        QCOMPARE(m_platform.storedFiles().size(), files);
+    }
+
+    void whatWasAcknowledgedOutlivesAKill()
+    {
+        PlatformUnderTest platform;
+        for (int round = 0; round < 3; ++round) {
+            const Client alice = platform.signedIn("alice");
+            std::atomic<int> acknowledged{0};
+            QVector<QByteArray> projects;
+            std::thread uploading([&] {
+                for (int i = 1; i <= 1000; ++i) {
+                    const QByteArray project = addProject(alice, "kill");
+                    if (!backUp(alice, project, project + QByteArray(200000, 'x')).ok())
+                        return;
+                    projects.append(project);
+                    ++acknowledged;
+                }
+            });
+            QTRY_VERIFY(acknowledged >= 5);
+            platform.kill();
+            uploading.join();
+
+            platform.restart();
+            const Client again = platform.signedIn("alice");
+            for (const QByteArray& project : qAsConst(projects))
+                QVERIFY(again.get(downloadPath + project).body == project + QByteArray(200000, 'x'));
+            // Nothing half-done is left: each file belongs to a backup that can be downloaded.
+            int downloadable = 0;
+            const Answer list = again.get("/project/cloudProjectBackup/getProjectList?sourceClient=SoftA");
+            for (const auto& item : list.data().toArray())
+                downloadable +=
+                    again.get(downloadPath + idText(item.toObject().value("id"))).status == 200 ? 1 : 0;
+            QCOMPARE(platform.storedFiles().size(), downloadable);
+        }
+    }
+
+    void softwareTables()
+    {
+        const Client alice = m_platform.signedIn("alice");
+        const QByteArray savePath = "/project/softwareAdaptationType/saveOrUpdate";
+        const auto saveSupport = [&](const QByteArray& title) {
+            return alice.postForm(savePath,
+                {{"sourceSoftwareNameEn", "SoftT"}, {"title", title}, {"typeDescription", "D"},
+                    {"typeFlag", "7"}, {"typeSuffix", "dgn"}});
+        };
+        QVERIFY(saveSupport("first").ok() && saveSupport("second").ok());
+        const FormFields adaptation = {
+            {"sourceClient", "SoftT"}, {"supportTypeId", "7"}, {"targetClient", "SoftU"}};
+        QVERIFY(alice.postForm(savePath, adaptation).ok() && alice.postForm(savePath, adaptation).ok());
+
+        const Answer support = alice.get("/project/softwareSupportType/list");
+        QCOMPARE(support.count(), 1);
+        QCOMPARE(support.item(0).value("title").toString(), QString("second"));
+        const Answer accepted =
+            alice.get("/project//softwareAdaptationType/listSupportClient?sourceClient=SoftT");
+        QCOMPARE(accepted.count(), 1);
+        QCOMPARE(accepted.item(0).value("targetClient").toString(), QString("SoftU"));
+    }
 
 private:
     PlatformUnderTest m_platform{{"--max-file-size", "20000000"}};
 };
-
-void TestProjects::listingIsByOwnerAndSoftware()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const Client bob = m_platform.signedIn("bob");
-    const QByteArray first = addProject(alice, "Vermessung \xc3\xbc", "List+Soft");
-    const QByteArray second = addProject(alice, "\xe6\xb5\x8b\xe9\x87\x8f", "List+Soft");
-    addProject(alice, "other", "OtherSoft");
-    addProject(bob, "his", "List+Soft");
-
-    const Answer answer = alice.get("/project/cloudProjectBackup/getProjectList?sourceClient=List+Soft");
-    QCOMPARE(answer.data().toArray().size(), 2);
-    QCOMPARE(idText(answer.item(0).value("id")), first);
-    QCOMPARE(answer.item(0).value("projectTitle").toString(), QString::fromUtf8("Vermessung ü"));
-    QCOMPARE(idText(answer.item(1).value("id")), second);
-    const Answer none = alice.get("/project/cloudProjectBackup/getProjectList?sourceClient=Nothing");
-    QVERIFY(none.ok() && none.data().isArray() && none.data().toArray().isEmpty());
-}
-
-void TestProjects::fileNamesAreOnlyData_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("climbing") << QByteArray("../../../../etc/x");
-    QTest::newRow("percent-encoded") << QByteArray("a%22b%0D%0Ac.dat");
-    QTest::newRow("not UTF-8") << QByteArray("\xff\xfe\xb2\xe2.dat");
-    QTest::newRow("long") << QByteArray(5000, 'x');
-}
-
-void TestProjects::fileNamesAreOnlyData()
-{
-    QFETCH(QByteArray, name);
-    const Client alice = m_platform.signedIn("alice");
-    const QByteArray project = addProject(alice);
-    const QByteArray content = "content of " + name + '\0' + "\r\n--boundary";
-    const Answer answer = backUp(alice, project, content, name);
-    QVERIFY2(answer.ok(), answer.body);
-    QCOMPARE(alice.get(downloadPath + project).body, content);
-}
-
-void TestProjects::refusedUploadsLeaveNothing_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QByteArray>("type");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("msg");
-
-    const QByteArray file = "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\n";
-    const FormFields project = {{"projectId", "PROJECT"}};
-    const QString malformed = "The request was cut short or is malformed";
-    const auto row = [](const char* name, int status, const QString& msg, const QByteArray& body,
-                         const QByteArray& type = multipartType()) {
-        QTest::newRow(name) << body << type << status << msg;
-    };
-    const QByteArray two = file + "1\r\n--boundary_of_tests\r\n" + file + "2";
-    row("no body", 400, malformed, {});
-    row("no file part", 400, "The upload has no file", multipart(project));
-    row("empty file", 400, "The uploaded file is empty", multipart(project, file));
-    row("two files", 400, "An upload holds one file", multipart(project, two));
-    row("no project", 400, "The field projectId is missing", multipart({}, file + "x"));
-    row("garbage project", 404, "所选项目不存在",
-        multipart({{"projectId", "1;drop table users"}}, file + "x"));
-    row("too large", 413, "The file is too large; at most 20000000 bytes are taken",
-        multipart(project, file + QByteArray(20000001, 'x')));
-    row("far too large", 413, "The request is too large; at most 90527064 bytes are taken",
-        multipart(project, file + QByteArray(110000000, 'x')));
-    row("no last boundary", 400, malformed, multipart(project, file + "x").chopped(6));
-    row("no boundary", 400, malformed, multipart(project, file + "x"), "multipart/form-data");
-    row("no form", 400, "The upload has no file", multipart(project, file + "x"), "text/plain");
-}
-
-void TestProjects::refusedUploadsLeaveNothing()
-{
-    QFETCH(QByteArray, body);
-    QFETCH(QByteArray, type);
-    QFETCH(int, status);
-    QFETCH(QString, msg);
-    const Client alice = m_platform.signedIn("alice");
-    const QByteArray project = addProject(alice);
-    QVERIFY(backUp(alice, project, "old").ok());
-    const QStringList before = m_platform.storedFiles();
-
-    const Answer answer = alice.post(uploadPath, body.replace("PROJECT", project), type);
-    QCOMPARE(answer.msg(), msg);
-    QCOMPARE(answer.status, status);
-    QVERIFY(answer.code() != 0);
-    QCOMPARE(m_platform.storedFiles(), before);
-    QCOMPARE(alice.get(downloadPath + project).body, QByteArray("old"));
-}
-
-void TestProjects::cutUploadKeepsTheOldBackup_data()
-{
-    QTest::addColumn<bool>("chunked");
-    QTest::newRow("by length") << false;
-    QTest::newRow("in chunks") << true;
-}
-
-void TestProjects::cutUploadKeepsTheOldBackup()
-{
-    QFETCH(bool, chunked);
-    const Client alice = m_platform.signedIn("alice");
-    const QByteArray project = addProject(alice);
-    QVERIFY(backUp(alice, project, "old").ok());
-    const QStringList before = m_platform.storedFiles();
-
-    const QByteArray body = multipart({{"projectId", project}},
-        "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\n" + QByteArray(500000, 'n'));
-    const QByteArray length = chunked ? QByteArray("Transfer-Encoding: chunked")
-                                      : "Content-Length: " + QByteArray::number(body.size());
-    QTcpSocket socket;
-    socket.connectToHost("127.0.0.1", static_cast<quint16>(m_platform.port()));
-    QVERIFY(socket.waitForConnected());
-    socket.write("POST " + uploadPath + " HTTP/1.1\r\nHost: x\r\nAuthorization: " + alice.authorization()
-        + "\r\nContent-Type: " + multipartType() + "\r\n" + length + "\r\n\r\n");
-    if (chunked)
-        socket.write(QByteArray::number(body.size(), 16) + "\r\n");
-    socket.write(body.left(400000));
-    while (socket.bytesToWrite() > 0)
-        QVERIFY(socket.waitForBytesWritten());
-    QTRY_VERIFY2(m_platform.storedFiles().size() > before.size(), "the upload is on its way");
-    socket.abort();
-
-    QTRY_COMPARE(m_platform.storedFiles(), before);
-    QCOMPARE(alice.get(downloadPath + project).body, QByteArray("old"));
-}
-
-void TestProjects::replacement()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const QByteArray project = addProject(alice);
-    const Answer missing = alice.get(downloadPath + project);
-    QCOMPARE(missing.status, 404);
-    QCOMPARE(missing.msg(), QString("The project has no backup yet"));
-
-    // Readers meet one backup or the other, never a mixture, while a writer replaces them.
-    const QByteArray versions[] = {QByteArray(300000, 'a'), QByteArray(200000, 'b')};
-    QVERIFY(backUp(alice, project, versions[0]).ok());
-    const int files = m_platform.storedFiles().size();
-    bool written = true;
-    std::thread writer([&] {
-        for (int i = 1; i <= 20; ++i)
-            written = backUp(alice, project, versions[i % 2]).ok() && written;
-    });
-    bool whole = true;
-    for (int i = 0; i < 40; ++i) {
-        const QByteArray body = alice.get(downloadPath + project).body;
-        whole = (body == versions[0] || body == versions[1]) && whole;
-    }
-    writer.join();
-    QVERIFY(written);
-    QVERIFY(whole);
-    QCOMPARE(m_platform.storedFiles().size(), files);
-}
-
-void TestProjects::whatWasAcknowledgedOutlivesAKill()
-{
-    PlatformUnderTest platform;
-    for (int round = 0; round < 3; ++round) {
-        const Client alice = platform.signedIn("alice");
-        std::atomic<int> acknowledged{0};
-        QVector<QByteArray> projects;
-        std::thread uploading([&] {
-            for (int i = 1; i <= 1000; ++i) {
-                const QByteArray project = addProject(alice, "kill");
-                if (!backUp(alice, project, project + QByteArray(200000, 'x')).ok())
-                    return;
-                projects.append(project);
-                ++acknowledged;
-            }
-        });
-        QTRY_VERIFY(acknowledged >= 5);
-        platform.kill();
-        uploading.join();
-
-        platform.restart();
-        const Client again = platform.signedIn("alice");
-        for (const QByteArray& project : qAsConst(projects))
-            QVERIFY(again.get(downloadPath + project).body == project + QByteArray(200000, 'x'));
-        // Nothing half-done is left: each file belongs to a backup that can be downloaded.
-        int downloadable = 0;
-        const Answer list = again.get("/project/cloudProjectBackup/getProjectList?sourceClient=SoftA");
-        for (const auto& item : list.data().toArray())
-            downloadable +=
-                again.get(downloadPath + idText(item.toObject().value("id"))).status == 200 ? 1 : 0;
-        QCOMPARE(platform.storedFiles().size(), downloadable);
-    }
-}
-
-void TestProjects::softwareTables()
-{
-    const Client alice = m_platform.signedIn("alice");
-    const QByteArray savePath = "/project/softwareAdaptationType/saveOrUpdate";
-    const auto saveSupport = [&](const QByteArray& title) {
-        return alice.postForm(savePath,
-            {{"sourceSoftwareNameEn", "SoftT"}, {"title", title}, {"typeDescription", "D"}, {"typeFlag", "7"},
-                {"typeSuffix", "dgn"}});
-    };
-    QVERIFY(saveSupport("first").ok());
-    QVERIFY(saveSupport("second").ok());
-    const FormFields adaptation = {
-        {"sourceClient", "SoftT"}, {"supportTypeId", "7"}, {"targetClient", "SoftU"}};
-    QVERIFY(alice.postForm(savePath, adaptation).ok());
-    QVERIFY(alice.postForm(savePath, adaptation).ok());
-    m_platform.restart();
-
-    const Client bob = m_platform.signedIn("bob");
-    const Answer support = bob.get("/project/softwareSupportType/list");
-    QCOMPARE(support.data().toArray().size(), 1);
-    QCOMPARE(support.item(0).value("title").toString(), QString("second"));
-    QCOMPARE(support.item(0).value("typeSuffix").toString(), QString("dgn"));
-    const Answer accepted = bob.get("/project//softwareAdaptationType/listSupportClient?sourceClient=SoftT");
-    QCOMPARE(accepted.data().toArray().size(), 1);
-    QCOMPARE(accepted.item(0).value("targetClient").toString(), QString("SoftU"));
-}
 
 QTEST_GUILESS_MAIN(TestProjects)
 #include "TestProjects.moc"

@@ -21,85 +21,45 @@ const QByteArray expired = R"({"error":"invalid_token","error_description":"Toke
 struct Operation
 {
     const char* name;
-    const char* row;
     std::function<bool(CloudAccountLogin&)> call;
     QByteArray method;
     QByteArray target;
     QByteArray body;
     QVector<QPair<QByteArray, QByteArray>> fields; ///< of a multipart form, as they go over the wire
     QByteArray success;
-    /// mobile, user name, token, refresh token
-    QStringList state;
+    QStringList state{"", "", "", ""}; ///< mobile, user name, token, refresh token
 };
 
-// "pa ss&=%2" and "pa ss&=%16" as another cipher program enciphers them have "+", "/" and "=" in their
-// Base64.
+// "pa ss&=%2" as another cipher program enciphers it has "+", "/" and "=" in its Base64.
 const QVector<Operation> operations{
-    {"userLoginAccount", "", [](CloudAccountLogin& s) { return s.userLoginAccount("user", "pa ss&=%2"); },
-        "POST", "/auth/oauth/token?grant_type=password",
-        "username=user&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", {}, tokens,
-        {"user", "server-name", "A1", "R1"}},
-    {"userLoginAccount", "with code 0",
-        [](CloudAccountLogin& s) { return s.userLoginAccount("user", "hello"); }, "POST",
+    {"userLoginAccount",
+        [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%2"); }, "POST",
         "/auth/oauth/token?grant_type=password",
-        "username=user&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&scope=server", {},
-        R"({"code":0,"access_token":"A","refresh_token":"R","user_info":{"username":"中"}})",
-        {"user", "中", "A", "R"}},
-    {"userLoginAccount", "of a name that is sent as it is",
-        [](CloudAccountLogin& s) { return s.userLoginAccount("用 户&a=b%20+@x", "pa ss&=%16"); }, "POST",
-        "/auth/oauth/token?grant_type=password",
-        "username=用 户&a=b%20+@x&password=T%2B2qGxO4ut1Dam%2F9r%2Bn9Dw%3D%3D&scope=server", {}, tokens,
+        "username=用 户&a=b%20+@x&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&scope=server", {}, tokens,
         {"用 户&a=b%20+@x", "server-name", "A1", "R1"}},
-    {"userLoginAccount", "of nothing", [](CloudAccountLogin& s) { return s.userLoginAccount("", ""); },
-        "POST", "/auth/oauth/token?grant_type=password", "username=&password=&scope=server", {}, "{}",
-        {"", "", "", ""}},
-    {"userLoginAccount", "of null pointers",
-        [](CloudAccountLogin& s) { return s.userLoginAccount(nullptr, nullptr); }, "POST",
-        "/auth/oauth/token?grant_type=password", "username=&password=&scope=server", {}, "{}",
-        {"", "", "", ""}},
-    {"resetPassword", "",
+    {"resetPassword",
         [](CloudAccountLogin& s) { return s.resetPassword("13800000000", "pa ss&=%2", "1234"); }, "POST",
         "/admin/api/user/resetpw", "phone=13800000000&password=slH%2BTXrP5NkUVM%2FFYKVtbw%3D%3D&smscode=1234",
-        {}, R"({"code":0})", {"", "", "", ""}},
-    {"resetPassword", "by e-mail", [](CloudAccountLogin& s) { return s.resetPassword("a@b.c", "hello", ""); },
-        "POST", "/admin/api/user/resetpw", "phone=a@b.c&password=MB%2Bo8xg7mCBZ5F7ajwRQ4w%3D%3D&smscode=", {},
-        "{}", {"", "", "", ""}},
-    {"resetPassword", "of null pointers",
-        [](CloudAccountLogin& s) { return s.resetPassword(nullptr, nullptr, nullptr); }, "POST",
-        "/admin/api/user/resetpw", "phone=&password=&smscode=", {}, "{}", {"", "", "", ""}},
-    {"mobileVerify", "", [](CloudAccountLogin& s) { return s.mobileVerify("13800000000"); }, "GET",
-        "/admin/mobile/13800000000", "", {}, R"({"code":0,"data":true})", {"", "", "", ""}},
-    {"mobileVerify2", "", [](CloudAccountLogin& s) { return s.mobileVerify2("13800000000"); }, "GET",
-        "/admin/mobile/reset/13800000000", "", {}, R"({"code":0})", {"", "", "", ""}},
-    {"emailVerify", "", [](CloudAccountLogin& s) { return s.emailVerify("a+b@c.d"); }, "GET",
-        "/admin/mail/a+b@c.d", "", {}, R"({"code":0,"data":"sent"})", {"", "", "", ""}},
-    {"emailVerify2", "", [](CloudAccountLogin& s) { return s.emailVerify2("a+b@c.d"); }, "GET",
-        "/admin/mail/reset/a+b@c.d", "", {}, R"({"code":"0","data":1})", {"", "", "", ""}},
-    {"mobileVerify", "of a null pointer", [](CloudAccountLogin& s) { return s.mobileVerify(nullptr); }, "GET",
-        "/admin/mobile/", "", {}, R"({"code":0})", {"", "", "", ""}},
-    {"phoneLoginAccount", "of null pointers",
-        [](CloudAccountLogin& s) { return s.phoneLoginAccount(nullptr, nullptr); }, "POST",
-        "/auth/mobile/token/sms?mobile=SMS@&code=&grant_type=mobile", "", {}, "{}", {"", "", "", ""}},
-    {"registerUser", "of null pointers",
-        [](CloudAccountLogin& s) { return s.registerUser(nullptr, nullptr, nullptr, nullptr); }, "POST",
-        "/admin/api/user", "", {{"password", ""}, {"phone", ""}, {"smscode", ""}, {"username", ""}}, "{}",
-        {"", "", "", ""}},
-    {"phoneLoginAccount", "by phone",
-        [](CloudAccountLogin& s) { return s.phoneLoginAccount("138", "12 34"); }, "POST",
+        {}, R"({"code":0})"},
+    {"mobileVerify", [](CloudAccountLogin& s) { return s.mobileVerify("13800000000"); }, "GET",
+        "/admin/mobile/13800000000", "", {}, R"({"code":0,"data":true})"},
+    {"mobileVerify2", [](CloudAccountLogin& s) { return s.mobileVerify2("13800000000"); }, "GET",
+        "/admin/mobile/reset/13800000000", "", {}, R"({"code":0})"},
+    {"emailVerify", [](CloudAccountLogin& s) { return s.emailVerify("a+b@c.d"); }, "GET",
+        "/admin/mail/a+b@c.d", "", {}, R"({"code":0,"data":"sent"})"},
+    {"emailVerify2", [](CloudAccountLogin& s) { return s.emailVerify2("a+b@c.d"); }, "GET",
+        "/admin/mail/reset/a+b@c.d", "", {}, R"({"code":"0","data":1})"},
+    {"phoneLoginAccount", [](CloudAccountLogin& s) { return s.phoneLoginAccount("138", "12 34"); }, "POST",
         "/auth/mobile/token/sms?mobile=SMS@138&code=12%2034&grant_type=mobile", "", {}, tokens,
         {"138", "server-name", "A1", "R1"}},
-    {"phoneLoginAccount", "by e-mail", [](CloudAccountLogin& s) { return s.phoneLoginAccount("a@b.c", "1"); },
-        "POST", "/auth/mobile/token/sms?mobile=MAIL@a@b.c&code=1&grant_type=mobile", "", {}, tokens,
-        {"a@b.c", "server-name", "A1", "R1"}},
-    {"registerUser", "", [](CloudAccountLogin& s) { return s.registerUser("用户", "pa ss&=%2", "138", "1"); },
+    {"registerUser", [](CloudAccountLogin& s) { return s.registerUser("用户", "pa ss&=%2", "138", "1"); },
         "POST", "/admin/api/user", "",
         {{"password", "slH+TXrP5NkUVM/FYKVtbw=="}, {"phone", "138"}, {"smscode", "1"}, {"username", "用户"}},
-        "{}", {"", "", "", ""}},
-    {"registerUserByMail", "",
+        "{}"},
+    {"registerUserByMail",
         [](CloudAccountLogin& s) { return s.registerUserByMail("u", "hello", "a@b.c", "1"); }, "POST",
         "/admin/api/user/mail/register", "",
-        {{"mail", "a@b.c"}, {"mailCode", "1"}, {"password", "MB+o8xg7mCBZ5F7ajwRQ4w=="}}, R"({"code":0})",
-        {"", "", "", ""}},
+        {{"mail", "a@b.c"}, {"mailCode", "1"}, {"password", "MB+o8xg7mCBZ5F7ajwRQ4w=="}}, R"({"code":0})"},
 };
 
 QVector<QPair<QByteArray, QByteArray>> fieldsOf(const RecordedRequest& request)
@@ -151,7 +111,7 @@ private slots:
         QCOMPARE(CloudAccountLogin::instance(), session);
         QCOMPARE(session->getUrl(), peer->address());
         QCOMPARE(stateOf(*session), QStringList({"", "", "", ""}));
-        QVERIFY(!session->getLoginState() && session->getLastError().isEmpty());
+        QVERIFY(!session->getLoginState() && !session->logout() && session->getLastError().isEmpty());
     }
 
     void sends_data() { rows(); }
@@ -180,6 +140,26 @@ private slots:
         QCOMPARE(session->getLastError(), QString());
     }
 
+    void anEMailAddressSignsInByCodeToo()
+    {
+        peer->expect("POST", "/auth/mobile/token/sms?mobile=MAIL@a@b.c&code=1&grant_type=mobile",
+            behaviour::answer(tokens));
+        QVERIFY(session->phoneLoginAccount("a@b.c", "1"));
+        QCOMPARE(stateOf(*session), QStringList({"a@b.c", "server-name", "A1", "R1"}));
+    }
+
+    void nullPointersAreEmptyTexts()
+    {
+        const Behaviour good = behaviour::answer(R"({"code":0})");
+        peer->expect("GET", "/admin/mobile/", good);
+        QVERIFY(session->mobileVerify(nullptr));
+        peer->expect("POST", "/auth/oauth/token?grant_type=password", good);
+        QVERIFY(session->userLoginAccount(nullptr, nullptr));
+        peer->expect("POST", "/admin/api/user/resetpw", good);
+        QVERIFY(session->resetPassword(nullptr, nullptr, nullptr));
+        QCOMPARE(peer->requests().last().body, QByteArray("phone=&password=&smscode="));
+    }
+
     void refusalsChangeNothingElse_data() { rows(); }
 
     void refusalsChangeNothingElse()
@@ -188,7 +168,6 @@ private slots:
         const Operation& operation = operations[index];
         const QVector<QPair<QByteArray, QString>> refusals{
             {R"({"code":1,"msg":"不"})", "不"},
-            {R"({"code":200,"msg":"m"})", "m"},
             {R"({"code":401,"msg":"m"})", "m"},
             {R"({"code":1})", ""},
             {"[]", replyUnusable()},
@@ -208,51 +187,35 @@ private slots:
 
     void aCodeIsSentOnlyWhenTheReplySaysSo_data()
     {
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<bool>("good");
         QTest::addColumn<QString>("error");
-        const auto row = [](const char* reply, bool good, const char* error) {
-            QTest::newRow(reply) << QByteArray(reply) << good << QString(error);
-        };
-        row(R"({"code":0})", true, "");
-        row(R"({"code":0,"data":true})", true, "");
-        row(R"({"code":0,"data":false,"msg":"wait"})", false, "wait");
-        row(R"({"code":0,"data":"false"})", false, "");
-        row(R"({"data":true,"msg":"m"})", false, "m");
-        row(R"({})", false, "");
-        row(R"({"code":1,"data":true,"msg":"m"})", false, "m");
+        QTest::newRow(R"({"code":0,"data":false,"msg":"wait"})") << QString("wait");
+        QTest::newRow(R"({"code":0,"data":"false"})") << QString();
+        QTest::newRow(R"({"data":true,"msg":"m"})") << QString("m");
+        QTest::newRow(R"({})") << QString();
     }
 
     void aCodeIsSentOnlyWhenTheReplySaysSo()
     {
-        QFETCH(QByteArray, reply);
-        peer->expect("GET", "/admin/mobile/1", behaviour::answer(reply));
-        QTEST(session->mobileVerify("1"), "good");
+        peer->expect("GET", "/admin/mobile/1", behaviour::answer(QTest::currentDataTag()));
+        QVERIFY(!session->mobileVerify("1"));
         QTEST(session->getLastError(), "error");
-    }
-
-    void aTakenNumberHasAReadableText_data()
-    {
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("taken") << "x: Duplicate entry '138'"
-                               << "The phone number is registered";
-        QTest::newRow("other case") << "duplicate entry"
-                                    << "duplicate entry";
-        QTest::newRow("another reason") << "wrong code"
-                                        << "wrong code";
     }
 
     void aTakenNumberHasAReadableText()
     {
-        QFETCH(QString, message);
-        const Behaviour refuse = behaviour::answer("{\"code\":1,\"msg\":\"" + message.toUtf8() + "\"}");
-        peer->expect("POST", "/admin/api/user", refuse);
-        QVERIFY(!session->registerUser("u", "p", "138", "1"));
-        QTEST(session->getLastError(), "error");
-        peer->expect("POST", "/admin/api/user/mail/register", refuse);
-        QVERIFY(!session->registerUserByMail("u", "p", "a@b.c", "1"));
-        QTEST(session->getLastError(), "error");
+        const QPair<QByteArray, QString> refusals[]{
+            {"x: Duplicate entry '138'", "The phone number is registered"},
+            {"duplicate entry", "duplicate entry"},
+        };
+        for (const auto& [message, text] : refusals) {
+            const Behaviour refuse = behaviour::answer("{\"code\":1,\"msg\":\"" + message + "\"}");
+            peer->expect("POST", "/admin/api/user", refuse);
+            QVERIFY(!session->registerUser("u", "p", "138", "1"));
+            QCOMPARE(session->getLastError(), text);
+            peer->expect("POST", "/admin/api/user/mail/register", refuse);
+            QVERIFY(!session->registerUserByMail("u", "p", "a@b.c", "1"));
+            QCOMPARE(session->getLastError(), text);
+        }
     }
 
     void aSuccessKeepsTheLastError()
@@ -271,21 +234,17 @@ private slots:
         QTest::addColumn<QString>("error");
         QTest::addColumn<QStringList>("tokens");
 
-        using Replies = QList<QByteArray>;
         const QStringList first{"A1", "R1"};
         const QStringList second{"A2", "R2"};
-        const auto row = [](const char* name, const Replies& replies, bool good, const char* error,
+        const auto row = [](const char* name, const QList<QByteArray>& replies, bool good, const char* error,
                              const QStringList& tokens) {
             QTest::newRow(name) << replies << good << QString::fromUtf8(error) << tokens;
         };
         row("check passes", {known, R"({"code":0})"}, true, "", first);
-        row("reply without a code", {known, "{}"}, true, "", first);
         row("refused", {known, R"({"code":1,"msg":"no"})"}, false, "no", first);
         row("unusable", {known, "<html>"}, false, "返回值解析失败", first);
         row("refreshed", {expired, newTokens, "{}"}, true, "invalid_token:Token失效", second);
         row("check says nothing", {"{}", newTokens, "{}"}, true, ":", second);
-        row("check unusable", {"[]", newTokens, "{}"}, true, "返回值解析失败", second);
-        row("refreshed, then refused", {expired, newTokens, R"({"code":1,"msg":"no"})"}, false, "no", second);
         row("refresh refused", {expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again",
             first);
         row("refresh unusable", {expired, "1"}, false, "返回值解析失败", first);
@@ -323,28 +282,13 @@ private slots:
         }
     }
 
-    void aSignedOutSessionHasNothingToLogOut()
-    {
-        QVERIFY(!session->logout());
-        QCOMPARE(session->getLastError(), QString());
-        signIn();
-        peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(known));
-        peer->expect("DELETE", "/auth/token/logout", behaviour::answer("{}"));
-        QVERIFY(session->logout());
-        QVERIFY(!session->logout());
-    }
-
     void aRefusedPlatformHasItsText()
     {
-        QString error;
-        QString token = "t";
-        QString refresh = "r";
+        QString error, token = "t", refresh = "r";
         const QString nowhere = ScriptedPeer::refusedAddress();
-        QVERIFY(!checkToken(nowhere, token, error));
-        QCOMPARE(error, replyUnusable());
+        QVERIFY(!checkToken(nowhere, token, error) && error == replyUnusable());
         error.clear();
-        QVERIFY(!refreshAccessToken(nowhere, refresh, token, error));
-        QCOMPARE(error, replyUnusable());
+        QVERIFY(!refreshAccessToken(nowhere, refresh, token, error) && error == replyUnusable());
         QCOMPARE(token + refresh, QString("tr"));
     }
 
@@ -361,7 +305,7 @@ private:
     {
         QTest::addColumn<int>("index");
         for (int i = 0; i < operations.size(); ++i)
-            QTest::newRow((QByteArray(operations[i].name) + ' ' + operations[i].row).trimmed()) << i;
+            QTest::newRow(operations[i].name) << i;
     }
 
     void signIn()

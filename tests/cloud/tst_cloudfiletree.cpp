@@ -143,9 +143,8 @@ private slots:
     {
         QFETCH(int, failing);
         QFETCH(bool, secondTime);
-        const Behaviour failures[]{behaviour::answer(R"({"code":1,"msg":"no"})"),
-            behaviour::answer("<html>", 502), behaviour::answer("")};
-        for (const Behaviour& failure : failures) {
+        for (const Behaviour& failure :
+            {behaviour::answer(R"({"code":1,"msg":"no"})"), behaviour::answer("<html>", 502)}) {
             ScriptedPeer peer;
             const auto made = clientOf(peer.address());
             if (secondTime) {
@@ -173,28 +172,20 @@ private slots:
     void asksForItsOwnSharesOnlyByName()
     {
         ScriptedPeer peer;
-        CloudFileManger made(peer.address(), "token", "", "", {"A"}, "", "", "");
-        peer.expect("GET", "/project/cloudProjectBackup/getProjectList?sourceClient=",
-            behaviour::answer(R"({"data":[{"id":1,"sourceClient":"","projectTitle":"T"}]})"));
-        peer.expect("GET", "/project/cloudProjectShare/getProjectBySoftId?sourceClient=A&targetClient=",
-            behaviour::answer("{}"));
+        CloudFileManger made(peer.address(), "token", "", "", {}, "", "", "");
+        peer.expect(
+            "GET", "/project/cloudProjectBackup/getProjectList?sourceClient=", behaviour::answer("{}"));
         const Tree tree(made.getFileTree());
-        QCOMPARE(linesOf(tree.get()),
-            QStringList({"My space | type=0", " My backup | type=0", "  T | type=0",
-                "   T | type=1 projectId=1", " A | type=0"}));
+        QCOMPARE(linesOf(tree.get()), QStringList({"My space | type=0", " My backup | type=0"}));
     }
 
     void namesMayHoldAnything_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("empty") << "";
         QTest::newRow("slashes") << "../../etc/a\\b/";
-        QTest::newRow("line breaks") << "a\r\nb\n";
-        QTest::newRow("quotes") << "\"a' `b`";
+        QTest::newRow("control characters") << "a\r\nb\n\x01\x1b[31m";
         QTest::newRow("HTML") << "<b onclick=x>&amp;</b>%20%s%1";
         QTest::newRow("not Latin") << "测量 \xF0\x9F\x97\xBA עברית";
-        QTest::newRow("control characters") << "\x01\t\x1b[31m\x7f";
-        QTest::newRow("bidirectional mark") << QString("gwd.") + QChar(0x202e) + "gwd";
         QTest::newRow("long") << QString(1 << 20, 'n');
         QTest::newRow("a NUL") << QString("a") + QChar(0) + "b";
     }
@@ -216,36 +207,26 @@ private slots:
         QVERIFY(linesOf(tree.get()) == expected);
     }
 
-    void idsMayHoldAnything_data()
-    {
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<QByteArray>("query");
-        const auto row = [](const char* title, const QString& id, const QByteArray& query) {
-            QTest::newRow(title) << id << query;
-        };
-        row("empty", "", "&sourceClient=Soft%201");
-        row("another query", "1&sourceClient=X", "1&sourceClient=X&sourceClient=Soft%201");
-        row("another header", "1 HTTP/1.1\r\nX: y\r\n",
-            "1%20HTTP/1.1%0D%0AX:%20y%0D%0A&sourceClient=Soft%201");
-        row("not Latin", "图", "%E5%9B%BE&sourceClient=Soft%201");
-        row("a fragment", "1#2", "1");
-    }
-
     void idsMayHoldAnything()
     {
-        QFETCH(QString, id);
-        QFETCH(QByteArray, query);
-        const Behaviour answer =
-            behaviour::answer(replyWith({{"id", id}, {"sourceClient", "S"}, {"originalName", "f"}}));
-        ScriptedPeer peer;
-        const auto made = clientOf(peer.address(), {});
-        peer.expect("GET", requests[Backups].target, behaviour::answer("{}"));
-        peer.expect("GET", sharesOf("Soft%201"), answer);
-        peer.expect("GET", "/project/cloudProjectShare/getByProject?projectId=" + query, answer);
-        const Tree tree(made->getFileTree());
-        QCOMPARE(linesOf(tree.get()),
-            QStringList({"My space | type=0", " My backup | type=0", " Soft 1 | type=0", "   | type=0",
-                "   f | type=1 projectId=" + id + " fileId=" + id}));
+        const QPair<QString, QByteArray> ids[]{
+            {"", "&sourceClient=Soft%201"},
+            {"图 HTTP/1.1\r\nX: y\r\n", "%E5%9B%BE%20HTTP/1.1%0D%0AX:%20y%0D%0A&sourceClient=Soft%201"},
+            {"1#2", "1"},
+        };
+        for (const auto& [id, query] : ids) {
+            const Behaviour answer =
+                behaviour::answer(replyWith({{"id", id}, {"sourceClient", "S"}, {"originalName", "f"}}));
+            ScriptedPeer peer;
+            const auto made = clientOf(peer.address(), {});
+            peer.expect("GET", requests[Backups].target, behaviour::answer("{}"));
+            peer.expect("GET", sharesOf("Soft%201"), answer);
+            peer.expect("GET", "/project/cloudProjectShare/getByProject?projectId=" + query, answer);
+            const Tree tree(made->getFileTree());
+            QCOMPARE(linesOf(tree.get()),
+                QStringList({"My space | type=0", " My backup | type=0", " Soft 1 | type=0", "   | type=0",
+                    "   f | type=1 projectId=" + id + " fileId=" + id}));
+        }
     }
 
     void theClientMayBeDestroyedMeanwhile_data()
@@ -260,29 +241,25 @@ private slots:
         QFETCH(int, during);
         ScriptedPeer peer;
         auto made = clientOf(peer.address());
-        for (int i = 0; i < requests.size(); ++i) {
-            const Behaviour answer = behaviour::answer(requests[i].reply);
-            peer.expect(
-                "GET", requests[i].target, i != during ? answer : [&made, answer](PeerConnection& c) {
-                    QMetaObject::invokeMethod(
-                        QCoreApplication::instance(), [&made] { made.reset(); },
-                        Qt::BlockingQueuedConnection);
-                    answer(c);
-                });
-        }
+        expectAll(peer, during, nothing, [&](PeerConnection& c) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(), [&made] { made.reset(); }, Qt::BlockingQueuedConnection);
+            behaviour::answer(requests[during].reply)(c);
+        });
         const Tree tree(made->getFileTree());
         QVERIFY(!made);
         QCOMPARE(linesOf(tree.get()), treeWithout(nothing));
     }
 
 private:
-    /// The requests in their order; those that the branch \a missing would cause are not expected.
-    static void expectAll(ScriptedPeer& peer, int failing, int missing, const Behaviour& failure)
+    /// The requests in their order, \a special answered \a otherwise; those that the branch \a missing would
+    /// cause are not expected.
+    static void expectAll(ScriptedPeer& peer, int special, int missing, const Behaviour& otherwise)
     {
         for (int i = 0; i < requests.size(); ++i)
             if (requests[i].cause == nothing || requests[i].cause != missing)
-                peer.expect(
-                    "GET", requests[i].target, i == failing ? failure : behaviour::answer(requests[i].reply));
+                peer.expect("GET", requests[i].target,
+                    i == special ? otherwise : behaviour::answer(requests[i].reply));
     }
 };
 

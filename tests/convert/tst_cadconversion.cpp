@@ -2,13 +2,12 @@
 #include "convert/CadConversion.h"
 #include "core/Log.h"
 #include "net/ReplyEnvelope.h"
-#include "support/ScriptedPeer.h"
+#include "net/Runners.h"
 #include "support/TestConstants.h"
 
 #include <QApplication>
 #include <QDirIterator>
 #include <QElapsedTimer>
-#include <QProgressDialog>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -53,26 +52,10 @@ QByteArray answerWith(Direction direction, const QByteArray& text)
         + name + "Response></soap:Body></soap:Envelope>";
 }
 
-/// Bytes in which no place is like another.
-QByteArray pattern(int size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    quint32 x = 1;
-    for (char& byte : bytes)
-        byte = char((x = x * 1664525 + 1013904223) >> 24);
-    return bytes;
-}
-
 QByteArray read(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void write(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
 }
 
 QStringList logged;
@@ -121,7 +104,7 @@ private slots:
     {
         QTest::addColumn<int>("size");
         QTest::addColumn<Direction>("direction");
-        for (const int size : {0, 1, 2, 3, block - 1, block, block + 1, 2 * block + 2})
+        for (const int size : {0, 1, 2, block, 2 * block + 2})
             for (const auto direction : {ToDwg, ToDgn})
                 QTest::addRow("%d bytes, %s", size, operationOf(direction).constData()) << size << direction;
     }
@@ -162,10 +145,8 @@ private slots:
         row("drawing", "", "drawing");
         row("x.v8.dgn", "out/any.dwg", "%/out/x.dwg");
         row("图 1.dgn", "%/out/", "%/out/图 1.dwg");
-        row("x.dgn", "%/out", "%/x.dwg");
         row("a.dgn.d/x.dgn", "other.dwg", "%/x.dwg");
         row("x.dwg", "out/y", "out/y", ToDgn);
-        row("x.dwg", "out/y.dwg.DGN", "out/y.dwg.DGN", ToDgn);
         row("x.dwg", "x.dwg", "x.dwg", ToDgn);
     }
 
@@ -200,37 +181,21 @@ private slots:
         const QByteArray none;
         row("a namespace prefix", tagged("ns:" + name, "ns:" + name), "ABC");
         row("attributes", tagged(name + " xmlns=\"http://tempuri.org/\" a='1'", name), "ABC");
-        row("prefix and attributes", tagged("n:" + name + "\n xmlns:n=\"u\"", "n:" + name), "ABC");
         row("space before the end of a tag", tagged(name + " ", name + " "), "ABC");
-        row("the other operation's name", answerWith(ToDgn, "QUJD"), "ABC");
         row("line breaks", text("QU\r\nJD\nREVG\r\n"), "ABCDEF");
-        row("indented", text("\n\t  QUI=\n  "), "AB");
-        row("one padding", text("QUI="), "AB");
         row("two paddings", text("QQ=="), "A");
         row("an error status with a result", text("QUJD"), "ABC", 500);
-        row("empty result", text(""), none);
         row("blank result", text(" \r\n "), none);
-        row("result without an end tag", "<" + name + " xsi:nil=\"true\"/>", none);
-        row("SOAP fault", "<soap:Fault><faultstring>DGN V8</faultstring></soap:Fault>", none, 500);
         row("SOAP fault that quotes the element",
             "<faultstring>no " + name + " for QUJD " + name + "</faultstring>", none, 500);
-        row("HTML error page", "<html><body><a href=\"" + name + "\">" + name + "</a></body></html>", none,
-            500);
-        row("nothing", "", none);
-        row("cut within the Base64", text("QUJD").left(text("QUJD").indexOf("QUJD") + 4), none);
         row("cut within the end tag", tagged(name, name).chopped(8), none);
         row("padding missing", text("QUI"), none);
         row("one character too many", text("QUJDR"), none);
-        row("padding too long", text("QUJD="), none);
         row("padding inside", text("QQ==QUJD"), none);
-        row("nothing but padding", text("===="), none);
-        row("other characters", text("QU*D"), none);
         row("URL alphabet", text("-_-_"), none);
-        row("not Latin", text("QUJD图图"), none);
         row("an element in it", text("<file>QUJD</file>"), none);
         QTest::newRow("cut by the connection")
             << behaviour::closeAfter(behaviour::response(text("QUJDREVG")).chopped(90)) << none;
-        QTest::newRow("closed") << behaviour::closeAfter() << none;
     }
 
     void takesTheRightFileOrNone()
@@ -259,69 +224,40 @@ private slots:
         QVERIFY(!QFile::exists("out.dgn"));
     }
 
-    void anUnreadableDrawingIsSentAsNothing_data()
-    {
-        QTest::addColumn<QString>("in");
-        QTest::addColumn<Direction>("direction");
-        for (const auto direction : {ToDwg, ToDgn}) {
-            QTest::addRow("missing, %d", direction) << "missing/x.dgn" << direction;
-            QTest::addRow("a folder, %d", direction) << "out" << direction;
-            QTest::addRow("no name, %d", direction) << "" << direction;
-        }
-    }
-
     void anUnreadableDrawingIsSentAsNothing()
     {
-        QFETCH(Direction, direction);
-        QFETCH(QString, in);
-        expect(behaviour::answer("<soap:Fault/>", 500));
-        const Conversion done = convert(direction, in, "out/x");
-        QVERIFY(!done.ok && done.error == replyUnusable());
-        QCOMPARE(peer->onlyRequest().body, requestFor(direction, QByteArray()));
-        QCOMPARE(filesHere(), 0);
-    }
-
-    void aResultThatCannotBeWrittenIsNotReported_data()
-    {
-        QTest::addColumn<QString>("out");
-        QTest::newRow("no such folder") << "missing/x.dgn";
-        QTest::newRow("a folder") << "out";
-        QTest::newRow("below a file") << "old/x.dgn";
-        QTest::newRow("name too long") << QString(300, 'n');
-        QTest::newRow("no name") << "";
+        for (const QString in : {"missing/x.dgn", "out", ""}) {
+            expect(behaviour::answer("<soap:Fault/>", 500));
+            QVERIFY(!convert(ToDwg, in, "out/x").ok);
+            QCOMPARE(peer->requests().last().body, requestFor(ToDwg, QByteArray()));
+            QCOMPARE(filesHere(), 0);
+        }
     }
 
     void aResultThatCannotBeWrittenIsNotReported()
     {
-        QFETCH(QString, out);
         write("in.dwg", "drawing");
         write("old", old);
-        expect(behaviour::answer(answerWith(ToDgn, "bmV3")));
-        const Conversion done = convert(ToDgn, "in.dwg", out);
-        QVERIFY(done.ok && done.error == earlier && logged.isEmpty());
-        QCOMPARE(read("old"), old);
-        QCOMPARE(filesHere(), 2);
+        for (const QString out : {"missing/x.dgn", "out", "old/x.dgn", ""}) {
+            expect(behaviour::answer(answerWith(ToDgn, "bmV3")));
+            const Conversion done = convert(ToDgn, "in.dwg", out);
+            QVERIFY(done.ok && done.error == earlier && logged.isEmpty());
+            QCOMPARE(read("old"), old);
+            QCOMPARE(filesHere(), 2);
+        }
     }
 
-    void aWaitingDialogCanBeEndedByEscape()
+    void theWaitCanBeEndedByEscape()
     {
         write("in.dgn", "drawing");
         expect(behaviour::silent());
-        bool seen = false;
-        QTimer::singleShot(300, [&] {
-            const auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
-            QVERIFY(dialog && dialog->isVisible());
-            QCOMPARE(dialog->windowTitle(), QString("Waiting"));
-            seen = true;
-            QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
-        });
+        QTimer::singleShot(300, [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); });
         QElapsedTimer watch;
         watch.start();
         const Conversion done = convert(ToDwg, "in.dgn", QString());
-        QVERIFY(seen && watch.elapsed() < 20000); // without Escape it takes the whole 30 seconds
+        QVERIFY(watch.elapsed() < 20000); // without Escape it takes the whole 30 seconds
         QVERIFY(!done.ok && done.error == connectionTimedOut());
         QCOMPARE(done.path, QString("in.dgn"));
-        QVERIFY(!QApplication::activeModalWidget());
     }
 
     void cleanup()
