@@ -117,6 +117,8 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setAutoDefault(false);
     icon->setAccessibleName(name);
     auto* label = new NameLabel(name, nameWidth(this));
+    // Its stretches would else take all the room that there is in a row of few.
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     // The colour of a selected tile fills all of it.
     setAttribute(Qt::WA_StyledBackground);
 
