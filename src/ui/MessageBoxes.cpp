@@ -43,11 +43,15 @@ public:
 };
 
 /// On the heap, because the box goes when its window goes. While a window is being built, its box stands on
-/// the one that the user has in front.
+/// the one below, or that the user has in front.
 QPointer<QMessageBox> newBox(
     QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text)
 {
-    QWidget* parent = window->isVisible() ? window : QApplication::activeWindow();
+    QWidget* parent = window;
+    while (parent && !parent->isVisible())
+        parent = parent->parentWidget();
+    if (!parent)
+        parent = QApplication::activeWindow();
     QPointer<QMessageBox> box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
     box->setTextFormat(Qt::PlainText);
     return box;
@@ -61,15 +65,16 @@ QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, cons
     return button;
 }
 
-/// Which button was pressed; none when \a window was closed or went meanwhile.
-QMessageBox::StandardButton answerTo(QPointer<QMessageBox> box, QPointer<QWidget> window)
+/// Runs and deletes \a box. Whether \a window is still waited for: not when it was closed or went meanwhile,
+/// nor when the application quits, which ends a box without closing it. \a answer becomes the button pressed.
+bool isAnswered(QPointer<QMessageBox> box, QPointer<QWidget> window, int& answer)
 {
     const bool wasOpen = window->isVisible();
     const PlainCursor cursor;
-    const int answer = box->exec();
+    answer = box->exec();
+    const bool quits = box && box->isVisible();
     delete box;
-    return window && (!wasOpen || window->isVisible()) ? QMessageBox::StandardButton(answer)
-                                                       : QMessageBox::NoButton;
+    return !quits && window && (!wasOpen || window->isVisible());
 }
 
 } // namespace
@@ -79,7 +84,8 @@ bool showBox(
 {
     const QPointer<QMessageBox> box = newBox(icon, window, title, text);
     addButton(box, QMessageBox::Ok, button);
-    return answerTo(box, window) != QMessageBox::NoButton;
+    int answer = 0;
+    return isAnswered(box, window, answer);
 }
 
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
@@ -88,5 +94,6 @@ bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const
     const QPointer<QMessageBox> box = newBox(icon, window, title, text);
     addButton(box, QMessageBox::Ok, proceed);
     box->setDefaultButton(addButton(box, QMessageBox::Cancel, cancel));
-    return answerTo(box, window) == QMessageBox::Ok;
+    int answer = 0;
+    return isAnswered(box, window, answer) && answer == QMessageBox::Ok;
 }

@@ -57,6 +57,12 @@ QStringList readTexts(QDataStream& stream)
     quint32 count = 0;
     if (!readSize(stream, count))
         return {};
+    // We write five. So many that a list of them would take minutes to show are no accounts.
+    constexpr quint32 limit = 1000;
+    if (count > limit) {
+        stream.setStatus(QDataStream::ReadCorruptData);
+        return {};
+    }
     QStringList texts;
     for (quint32 i = 0; i < count; ++i) {
         QString text;

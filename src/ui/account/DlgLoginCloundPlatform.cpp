@@ -67,7 +67,6 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     , tabs(new QTabWidget(this))
     , phonePage(new PhoneLoginWidget)
     , passwordPage(new UserNameLoginWidget)
-    , loginButton(new QPushButton(tr("Login")))
 {
     setWindowTitle(tr("Login"));
     setMinimumSize(int(dpi_scaled(350.0)), int(dpi_scaled(240.0)));
@@ -77,6 +76,7 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
 
     auto* registerButton = new LinkButton(tr("User registration"), this);
     auto* forgottenButton = new LinkButton(tr("Forget the password"), this);
+    auto* loginButton = new QPushButton(tr("Login"));
     auto* exitButton = new QPushButton(tr("Exit"));
     loginButton->setDefault(true);
 
@@ -95,8 +95,7 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
     connect(loginButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_login);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
-    // The host may keep the dialog, and show it again.
-    connect(this, &QDialog::finished, passwordPage, &UserNameLoginWidget::forgetPassword);
+    connect(this, &QDialog::accepted, phonePage->codeField(), &QLineEdit::clear); // it is used up
 }
 
 /// Once fonts and style are known: no smaller than the texts need, whatever the language.
@@ -106,6 +105,14 @@ void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
     if (!event->spontaneous())
         passwordPage->fillInRemembered();
     Dialog::showEvent(event);
+}
+
+/// The host may keep the dialog, and show it again.
+void DlgLoginCloundPlatform::hideEvent(QHideEvent* event)
+{
+    if (!event->spontaneous())
+        passwordPage->forgetPassword();
+    Dialog::hideEvent(event);
 }
 
 void DlgLoginCloundPlatform::_register()
@@ -148,7 +155,7 @@ void DlgLoginCloundPlatform::loginByPassword()
         || !filled(this, passwordPage->passwordField(), tr("password can not be blank!")))
         return;
     const QString userName = passwordPage->userNameField()->text();
-    const QString password = passwordPage->passwordField()->text();
+    QString password = passwordPage->passwordField()->text();
     const QPointer<UserNameLoginWidget> page(passwordPage);
     bool signedIn = false;
     const Outcome outcome = callPlatform(this, tr("Signing in..."), [&] {
@@ -159,5 +166,6 @@ void DlgLoginCloundPlatform::loginByPassword()
     // Also when the dialog was closed meanwhile: the user has signed in with it.
     if (signedIn && page)
         page->saveRememberedAccount(userName, password);
+    password.clear(); // before the box, which may stand for long
     conclude(this, outcome, tr("login successfully!"));
 }

@@ -36,6 +36,7 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private slots:
     void _register();
@@ -49,5 +50,4 @@ private:
     QTabWidget* tabs;
     PhoneLoginWidget* phonePage;
     UserNameLoginWidget* passwordPage;
-    QPushButton* loginButton;
 };

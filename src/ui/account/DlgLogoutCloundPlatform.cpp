@@ -10,9 +10,9 @@
 
 DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
     : Dialog(parent)
-    , logoutButton(new QPushButton(tr("Logout"), this))
 {
     setWindowTitle(tr("User login status"));
+    auto* logoutButton = new QPushButton(tr("Logout"), this);
     auto* closeButton = new QPushButton(tr("Close Window"), this);
 
     auto* fields = new FieldGrid;

@@ -5,11 +5,9 @@
 
 #include "toolkit/Dialog.h"
 
-class QPushButton;
-
-/// Shows who is signed in, as of when the dialog was built, and offers to sign out. The result is Accepted
-/// when the user has signed out; a dialog closed during the request gives Rejected all the same, so ask
-/// CloudAccountLogin::getLoginState().
+/// Shows who is signed in, as of when the dialog was built, and offers to sign out: for while somebody is.
+/// The result is Accepted when the user has signed out; a dialog closed during the request gives Rejected all
+/// the same, so ask CloudAccountLogin::getLoginState().
 ///
 /// GUI thread only. Signing out blocks for up to three requests of at most 5000 ms each: the dialog is
 /// disabled, painting and timers go on, and presses and keys meanwhile are dropped. The dialog, its parent
@@ -24,7 +22,4 @@ public:
 
 private slots:
     void _logout();
-
-private:
-    QPushButton* logoutButton;
 };

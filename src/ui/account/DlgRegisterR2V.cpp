@@ -14,11 +14,11 @@ DlgRegisterR2V::DlgRegisterR2V(QWidget* parent)
     , userName(new QLineEdit(this))
     , password(new QLineEdit(this))
     , verification(this, tr("Obtaining verification code"))
-    , registerButton(new QPushButton(tr("User registration"), this))
 {
     setWindowTitle(tr("User registration"));
     password->setEchoMode(QLineEdit::Password);
     password->setPlaceholderText(tr("6-24位数字和英文字母组合"));
+    auto* registerButton = new QPushButton(tr("User registration"), this);
     auto* cancelButton = new QPushButton(tr("Cancel"), this);
 
     auto* fields = new FieldGrid;

@@ -23,5 +23,4 @@ private:
     QLineEdit* userName;
     QLineEdit* password;
     VerificationCode verification;
-    QPushButton* registerButton;
 };

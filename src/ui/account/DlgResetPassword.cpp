@@ -5,6 +5,7 @@
 #include "ui/account/Conclusion.h"
 #include "ui/account/VerificationCode.h"
 
+#include <QHideEvent>
 #include <QPushButton>
 #include <QTimer>
 
@@ -12,11 +13,11 @@ DlgResetPassword::DlgResetPassword(QWidget* parent)
     : Dialog(parent)
     , verification(std::make_unique<VerificationCode>(this, tr("Obtaining verification code")))
     , password(new QLineEdit(this))
-    , resetButton(new QPushButton(tr("Reset"), this))
 {
     setWindowTitle(tr("Reset password"));
     password->setEchoMode(QLineEdit::Password);
     password->setPlaceholderText(tr("6-24 digits and English letter combination"));
+    auto* resetButton = new QPushButton(tr("Reset"), this);
     auto* exitButton = new QPushButton(tr("Exit"), this);
 
     auto* fields = new FieldGrid;
@@ -31,11 +32,17 @@ DlgResetPassword::DlgResetPassword(QWidget* parent)
     connect(verification->button, &QPushButton::clicked, this, &DlgResetPassword::_slotGetVerifyCode);
     connect(resetButton, &QPushButton::clicked, this, &DlgResetPassword::_resetPassword);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
-    // The host may keep the dialog. Unlike clear(), this leaves nothing to undo either.
-    connect(this, &QDialog::finished, password, [this] { password->setText(QString()); });
 }
 
 DlgResetPassword::~DlgResetPassword() = default;
+
+/// The host may keep the dialog. Unlike clear(), this leaves nothing to undo either.
+void DlgResetPassword::hideEvent(QHideEvent* event)
+{
+    if (!event->spontaneous())
+        password->setText(QString());
+    Dialog::hideEvent(event);
+}
 
 void DlgResetPassword::_updateTimeOut()
 {

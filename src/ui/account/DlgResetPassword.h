@@ -8,7 +8,6 @@
 #include <memory>
 
 class QLineEdit;
-class QPushButton;
 class VerificationCode;
 
 /// Sets a new password for the account of a phone number or e-mail address, with a code that the platform
@@ -26,6 +25,9 @@ public:
     explicit DlgResetPassword(QWidget* parent = nullptr);
     ~DlgResetPassword() override;
 
+protected:
+    void hideEvent(QHideEvent* event) override;
+
 private slots:
     void _updateTimeOut();
     void _slotGetVerifyCode();
@@ -34,5 +36,4 @@ private slots:
 private:
     std::unique_ptr<VerificationCode> verification;
     QLineEdit* password;
-    QPushButton* resetButton;
 };

@@ -141,7 +141,8 @@ QString UserNameLoginWidget::remembered(int index) const
 void UserNameLoginWidget::fillInRemembered()
 {
     const int index = userName->currentIndex();
-    if (password->text().isEmpty() && userName->currentText() == accounts.userNames.value(index))
+    if (std::exchange(forgotten, false) && remember->isChecked()
+        && userName->currentText() == accounts.userNames.value(index))
         password->setText(remembered(index));
 }
 
@@ -149,6 +150,7 @@ void UserNameLoginWidget::forgetPassword()
 {
     password->setText(QString()); // unlike clear(), this leaves nothing to undo either
     showPassword(false);
+    forgotten = true;
 }
 
 void UserNameLoginWidget::_userNameIndexChanged(int index)

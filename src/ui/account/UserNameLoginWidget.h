@@ -47,4 +47,5 @@ private:
 
     RememberedAccounts accounts; ///< as in the file: the passwords are enciphered
     QString currentFlag;
+    bool forgotten = false; // the password field was emptied when the dialog went from the screen
 };
