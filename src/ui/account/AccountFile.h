@@ -19,5 +19,6 @@ void readAccountFile(RememberedAccounts& accounts);
 
 /// Writes "./AccountManage.bin", for its owner's eyes only, whoever could read it before. A symbolic link of
 /// that name stays, and the file that it leads to is written. A file that cannot be written whole stays as it
-/// was, silently; of two writers at once, the later one's file remains.
+/// was, silently; so does one in a folder that takes no new file, or on a file system without owners' rights.
+/// Of two writers at once, the later one's file remains.
 void writeAccountFile(const RememberedAccounts& accounts);
