@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/cloudspace/MycheckBox.h"
+
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QTest>
+
+/// What a window shows in its table or tree, and a hand for it.
+
+/// The one that can be seen; null when it has none.
+inline QAbstractItemView* viewIn(const QWidget& window)
+{
+    for (auto* view : window.findChildren<QAbstractItemView*>())
+        if (view->isVisibleTo(&window))
+            return view;
+    return nullptr;
+}
+
+inline QModelIndex indexOf(const QAbstractItemModel& model, const QString& text)
+{
+    QModelIndexList found;
+    for (int column = 0; column < model.columnCount() && found.isEmpty(); ++column)
+        found = model.match(model.index(0, column), Qt::DisplayRole, text, 1,
+            Qt::MatchExactly | Qt::MatchCaseSensitive | Qt::MatchRecursive);
+    return found.value(0);
+}
+
+inline QStringList rowsBelow(const QModelIndex& parent, const QAbstractItemView& view, const QString& indent)
+{
+    const QAbstractItemModel& model = *view.model();
+    QStringList rows;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        QStringList texts;
+        for (int column = 0; column < model.columnCount(parent); ++column) {
+            const QModelIndex cell = model.index(row, column, parent);
+            const auto* check = qobject_cast<MycheckBox*>(view.indexWidget(cell));
+            texts.append(!check ? cell.data().toString() : check->checkBox()->isChecked() ? "[x]" : "[ ]");
+        }
+        rows << indent + texts.join(" | ") << rowsBelow(model.index(row, 0, parent), view, indent + "  ");
+    }
+    return rows;
+}
+
+/// All rows, a line to each: the texts of its columns, in a tree behind its indentation.
+inline QStringList rowsOf(const QWidget& window)
+{
+    return rowsBelow({}, *viewIn(window), {});
+}
+
+/// Clicks the row in which \a text stands.
+inline void clickRow(const QWidget& window, const QString& text)
+{
+    QAbstractItemView* view = viewIn(window);
+    const QModelIndex index = indexOf(*view->model(), text);
+    QVERIFY2(index.isValid(), qPrintable(text));
+    view->scrollTo(index);
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+}

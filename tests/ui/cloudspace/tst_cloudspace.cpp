@@ -1,0 +1,460 @@
+// SPDX-License-Identifier: MIT
+#include "CloudSpaceFixture.h"
+
+#include "ui/WindowNote.h"
+#include "ui/cloudspace/CloudShareTabWidget.h"
+#include "ui/cloudspace/DlgMyCloudSpace.h"
+#include "ui/cloudspace/MycheckBox.h"
+#include "ui/cloudspace/TavFileButton.h"
+#include "ui/cloudspace/TileArea.h"
+
+#include <QCheckBox>
+#include <QDirIterator>
+#include <QGridLayout>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLineEdit>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+/// What is in the cloud's two folders. Each project is "id=title", then its files as "|id=name", all listed
+/// in the order of their ids.
+struct Cloud
+{
+    QStringList soft;
+    QStringList backups = {};
+};
+
+QByteArray listOf(const QStringList& items)
+{
+    QJsonArray list;
+    for (const QString& item : items) {
+        const QString name = item.section('|', 0, 0).section('=', 1);
+        list.append(QJsonObject{{"id", item.section('=', 0, 0)}, {"projectTitle", name},
+            {"originalName", name}, {"sourceClient", "Soft"}});
+    }
+    return reply(QJsonDocument(list).toJson());
+}
+
+/// A folder with \a count files in it.
+Cloud wide(int count)
+{
+    QString project = "1=P";
+    for (int i = 0; i < count; ++i)
+        project += QString("|%1=f%2").arg(1000 + i).arg(i);
+    return {{project}};
+}
+
+const Cloud one{{"1=P|11=a.dwg"}};
+const Cloud three{{"1=P|11=a.dwg|12=%1 <i>.dwg|13=c.dwg"}};
+const Cloud nested{{"1=a|11=x.dwg|12=x.dwg|13=y.dwg", "2=<b>b"}};
+
+QList<TavFileButton*> tilesOf(const QWidget& window)
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return window.findChildren<TavFileButton*>();
+}
+
+void click(const TavFileButton* tile, int times = 1)
+{
+    while (times-- > 0)
+        QTest::mouseClick(tile->focusProxy(), Qt::LeftButton);
+}
+
+/// Opens the folders of \a path and selects what stands behind the last slash, if anything.
+void go(const QWidget& window, const QString& path)
+{
+    const QStringList names = path.split('/');
+    for (int i = 0; i < names.size(); ++i)
+        for (const TavFileButton* tile : tilesOf(window))
+            if (tile->getName() == names[i])
+                click(tile, i + 1 < names.size() ? 2 : 1);
+}
+
+/// The folder on screen and what it has.
+QString view(const QWidget& window)
+{
+    QStringList names;
+    for (const TavFileButton* tile : tilesOf(window))
+        names.append(tile->getName());
+    return field(window, "Folder")->text() + ": " + names.join(' ');
+}
+
+bool isSelected(const TavFileButton* tile, bool expected = true)
+{
+    return tile->selected == expected
+        && tile->styleSheet() == (expected ? "background-color:#00ffff;" : "background-color:#ffffff;");
+}
+
+bool isInView(const QWidget& window, const TavFileButton* tile)
+{
+    const QRect view = window.findChild<TileArea*>()->viewport()->geometry();
+    return tile->isVisible() && view.contains(tile->geometry());
+}
+
+QString noteOn(const QWidget& window)
+{
+    const auto* note = window.findChild<WindowNote*>();
+    return note && note->isVisible() ? note->text() : QString();
+}
+
+using Contents = QMap<QString, QByteArray>;
+
+/// All files of the working directory.
+Contents filesHere()
+{
+    Contents contents;
+    QDirIterator files(".", QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        file.open(QIODevice::ReadOnly);
+        contents[file.fileName().mid(2)] = file.readAll();
+    }
+    return contents;
+}
+
+void writeOld(const QString& path)
+{
+    QFile file(path);
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write("old"), qint64(3));
+}
+
+/// A download of one tile into the folder "out".
+struct Download
+{
+    const char* row;
+    Cloud cloud;
+    QString chosen; ///< with the folders on the way to it
+    QVector<QPair<QByteArray, QByteArray>> transfers; ///< targets and bytes, none where it fails
+    Contents after;
+    QString missed = {}; ///< what the window says of it; empty when all of it came
+    QStringList before = {}; ///< old files
+    QList<bool> covers = {}; ///< the answers to the question whether to cover them
+    bool hasDirectory = true; ///< whether the user chose one
+};
+
+const QByteArray shared = "/project/cloudProjectShare/download?logicalId=";
+const QByteArray backup = "/project/cloudProjectBackup/downloadProject?projectId=";
+const QByteArray binary("\0\r\n\xff", 4);
+
+const QVector<Download> downloads{
+    {"a folder of folders", {{"1=P|11=a.dwg|12=二.dwg", "2=empty", "3=Q|31=a.dwg"}}, "Soft",
+        {{shared + "11", "one"}, {shared + "12", binary}, {shared + "31", "three"}},
+        {{"out/Soft/P/a.dwg", "one"}, {"out/Soft/P/二.dwg", binary}, {"out/Soft/Q/a.dwg", "three"}}},
+    {"backups", {{}, {"5=Survey", "6=T"}}, "My backup", {{backup + "5", "five"}, {backup + "6", binary}},
+        {{"out/My backup/Survey/Survey.bak", "five"}, {"out/My backup/T/T.bak", binary}}},
+    {"its own id, not its project's", one, "Soft/P/a.dwg", {{shared + "11", "new"}}, {{"out/a.dwg", "new"}},
+        {}, {"out/a.dwg"}, {true}},
+    {"no id at all", {{"=P|=a.dwg"}}, "Soft/P/a.dwg", {}, {}, "a.dwg"},
+    {"one is kept, one fails, one is covered", three, "Soft/P", {{shared + "12", ""}, {shared + "13", "new"}},
+        {{"out/P/a.dwg", "old"}, {"out/P/%1 <i>.dwg", "old"}, {"out/P/c.dwg", "new"}},
+        "a.dwg, %1 <i>.dwg (返回值解析失败)", {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"},
+        {false, true, true}},
+    {"no directory is the root", {{"1=P|11=nowhere to be written.dwg"}}, "Soft/P/nowhere to be written.dwg",
+        {{shared + "11", ""}}, {}, "nowhere to be written.dwg (返回值解析失败)", {}, {}, false},
+    {"hostile names",
+        {{"1=P|11=..|12=../a|13=a\\b|14=C:x|15=|16=.|17=/tmp/a|18=...", "2=..|21=a", "3=../up|31=a",
+            "4=|41=a", "5=d:|51=a"}},
+        "Soft", {{shared + "18", "harmless"}}, {{"out/Soft/P/...", "harmless"}},
+        ".. (not a file name), ../a (not a file name), a\\b (not a file name), C:x (not a file name), "
+        " (not a file name), ... (11)"},
+};
+
+const ExpectedBox complete{QMessageBox::Information, "Prompt", "The download is complete!", QMessageBox::Ok,
+    QMessageBox::Ok, {}, {"OK"}};
+
+ExpectedBox question(bool cover, const std::function<void()>& look = {})
+{
+    return {QMessageBox::Question, "Prompt", "A file with the same name exists,whether or not covered?",
+        QMessageBox::Ok | QMessageBox::Cancel, cover ? QMessageBox::Ok : QMessageBox::Cancel, look};
+}
+
+} // namespace
+
+class TestCloudSpace : public CloudSpaceTest
+{
+    Q_OBJECT
+
+private slots:
+    void aTileIsSelectedAndThenOpened()
+    {
+        const QStringList pictures{"folder.png", "file.png", "file.png"};
+        for (int kind = 0; kind < pictures.size(); ++kind) {
+            TavFileButton tile("<b>n</b>", kind, nullptr);
+            QSignalSpy selected(&tile, &TavFileButton::iselected);
+            QSignalSpy clicked(&tile, &TavFileButton::iclicked);
+            tile.show();
+            const QIcon picture(":/tav_cloud_platform_sdk/Resources/" + pictures[kind]);
+            const QIcon icon = tile.findChild<QPushButton*>()->icon();
+            QCOMPARE(icon.pixmap(70, 90).toImage(), picture.pixmap(70, 90).toImage());
+            QTest::mouseDClick(tile.focusProxy(), Qt::RightButton);
+            QVERIFY(!tile.selected);
+            for (int i = 0; i < 3; ++i) {
+                click(&tile);
+                QVERIFY(isSelected(&tile) && selected.size() == 1 && clicked.size() == i);
+            }
+            QCOMPARE(selected[0] + clicked[0], QVariantList({"<b>n</b>", "<b>n</b>"}));
+        }
+    }
+
+    void aCheckBoxTellsItsRow()
+    {
+        MycheckBox cell(3, nullptr);
+        QSignalSpy rows(&cell, &MycheckBox::boxChecked);
+        for (const auto state : {Qt::Checked, Qt::Unchecked, Qt::PartiallyChecked})
+            cell.checkBox()->setCheckState(state);
+        QCOMPARE(rows, (QList<QVariantList>{{3}, {3}}));
+    }
+
+    void whatTheShareTabBringsIsShown()
+    {
+        const auto dialog = open(nested, "Soft/");
+        QCOMPARE(dialog->windowTitle(), QString("Cloud space"));
+        QVector<int> sizes;
+        for (int i = 0; i < 3; ++i) {
+            expectTree(one);
+            emit dialog->findChild<CloudShareTabWidget*>()->refreshMyCloudSpace();
+            QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
+            sizes.append(dialog->findChildren<QObject*>().size());
+        }
+        QCOMPARE(sizes[2], sizes[1]); // nothing of the trees before is left
+        go(*dialog, "Soft/");
+        QCOMPARE(view(*dialog), QString("My space\\Soft\\: P"));
+    }
+
+    void foldersOpenAndClose()
+    {
+        const auto dialog = open(nested);
+        const QVector<QStringList> steps{{"back", "My space\\: My backup Soft"},
+            {"Soft", "My space\\Soft\\: a <b>b"}, {"<b>b", "My space\\Soft\\<b>b\\: "},
+            {"back", "My space\\Soft\\: a <b>b"}, {"a", "My space\\Soft\\a\\: x.dwg x.dwg y.dwg"},
+            {"y.dwg", "My space\\Soft\\a\\: x.dwg x.dwg y.dwg"}};
+        for (const QStringList& step : steps) {
+            if (button(*dialog, step[0]))
+                press(*dialog, step[0]);
+            else
+                go(*dialog, step[0] + '/');
+            QCOMPARE(view(*dialog), step[1]);
+        }
+        const QList<TavFileButton*> tiles = tilesOf(*dialog);
+        QVERIFY(isSelected(tiles[0], false) && isSelected(tiles[1], false) && isSelected(tiles[2]));
+        // Two of one name are one to the browser: neither whitens the other.
+        click(tiles[0]);
+        click(tiles[1]);
+        QVERIFY(isSelected(tiles[0]) && isSelected(tiles[1]) && isSelected(tiles[2], false));
+        expectTree(nested);
+        press(*dialog, "Refresh");
+        QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
+        press(*dialog, "Download"); // nothing is selected any more
+    }
+
+    void aTreeWithHolesSaysSo()
+    {
+        const auto dialog = open(nested);
+        for (const QByteArray& target :
+            {backupList, sharedList, filesOf + "1" + ofSoft, filesOf + "2" + ofSoft})
+            fixture->expect("GET", target, refusal);
+        press(*dialog, "Refresh");
+        QCOMPARE(noteOn(*dialog), QString("Not everything could be loaded: <b>no</b>"));
+        go(*dialog, "Soft/a/"); // the projects that were listed before are still known
+        QCOMPARE(view(*dialog), QString("My space\\Soft\\a\\: "));
+        QCOMPARE(noteOn(*dialog), QString());
+    }
+
+    void downloadsWhatIsSelected_data()
+    {
+        QTest::addColumn<int>("index");
+        for (int i = 0; i < downloads.size(); ++i)
+            QTest::newRow(downloads[i].row) << i;
+    }
+
+    void downloadsWhatIsSelected()
+    {
+        QFETCH(int, index);
+        const Download& row = downloads[index];
+        QVERIFY(QDir().mkdir("out"));
+        for (const QString& path : row.before)
+            writeOld(path);
+        const auto dialog = open(row.cloud, row.chosen);
+        dialog->resize(4000, dialog->height()); // no note is cut
+        for (const auto& [target, bytes] : row.transfers)
+            fixture->expect("GET", target, bytes);
+        for (const bool cover : row.covers)
+            fixture->boxes().expect(question(cover));
+        if (row.missed.isEmpty())
+            fixture->boxes().expect(complete);
+        fixture->whenAsked("Save path", row.hasDirectory ? QDir("out").absolutePath() : QString());
+        press(*dialog, "Download");
+        QCOMPARE(filesHere(), row.after);
+        QCOMPARE(noteOn(*dialog), row.missed.isEmpty() ? QString() : "Not downloaded: " + row.missed);
+        QVERIFY(button(*dialog, "Download")->isEnabled() && !dialog->findChild<QProgressDialog*>());
+    }
+
+    void mayGoMeanwhile_data()
+    {
+        QTest::addColumn<QString>("moment");
+        QTest::addColumn<QString>("ending");
+        for (const char* moment : {"refresh", "file dialog", "question", "download"})
+            for (const QString ending : {"destroyed", "destroyed with its parent", "closed"})
+                if (moment != QString("file dialog") || ending != "closed") // it is modal
+                    QTest::addRow("%s, %s", moment, qPrintable(ending)) << moment << ending;
+    }
+
+    void mayGoMeanwhile()
+    {
+        QFETCH(QString, moment);
+        QFETCH(QString, ending);
+        QPointer<QWidget> parent(new QWidget);
+        const QPointer<QDialog> dialog(open(three, "Soft/P", parent).release());
+        const auto end = [&] {
+            if (ending == "closed")
+                dialog->close();
+            else
+                delete (ending == "destroyed" ? dialog.data() : parent.data());
+        };
+        Contents after; // neither the other files nor a box
+        if (moment == "refresh")
+            expectTree(three, end); // the client finishes what it was asked for
+        else if (moment == "file dialog")
+            fixture->whenOpened("Save path", [&](QDialog&) { end(); });
+        else
+            fixture->whenAsked("Save path", QDir().absolutePath());
+        if (moment == "question") {
+            writeOld("P/a.dwg");
+            after = {{"P/a.dwg", "old"}};
+            fixture->boxes().expect(question(true, end)); // the answer is too late
+        }
+        if (moment == "download") {
+            after = {{"P/a.dwg", "new"}};
+            fixture->expectAndHold("GET", shared + "11", "new", [&] {
+                const auto* progress = dialog->findChild<QProgressDialog*>();
+                QVERIFY(progress->isVisible() && !progress->findChild<QPushButton*>());
+                QVERIFY(progress->labelText() == "Downloading..." && progress->maximum() == 0);
+                QCOMPARE(noteOn(*dialog), QString("Downloading a.dwg..."));
+                for (const char* text : {"back", "Refresh", "Download"})
+                    QVERIFY(!button(*dialog, text)->isEnabled());
+                end();
+            });
+        }
+        press(*dialog, moment == "refresh" ? "Refresh" : "Download");
+        QCOMPARE(bool(dialog), ending == "closed");
+        QCOMPARE(filesHere(), after);
+        delete parent;
+    }
+
+    void itsParentMayGoWhileItIsBuilt()
+    {
+        QPointer<QWidget> parent(new QWidget);
+        parent->show();
+        expectTree(one, [&] {
+            QCOMPARE(noteOn(*parent), QString("Loading the cloud space..."));
+            delete parent;
+        });
+        fixture->expectLists();
+        const std::unique_ptr<QDialog> dialog(new DlgMyCloudSpace(&fixture->client(), {}, "me", "4", parent));
+        QVERIFY(!parent && !dialog->parentWidget());
+        bringUp(*dialog);
+        QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
+    }
+
+    void tilesStandInRowsOfFiveAndAreThereInView()
+    {
+        const auto dialog = open(wide(301), "Soft/P/");
+        QCoreApplication::processEvents();
+        const auto* area = dialog->findChild<TileArea*>();
+        const auto* grid = area->findChild<QGridLayout*>();
+        const QList<TavFileButton*> tiles = tilesOf(*dialog);
+        QCOMPARE(tiles.size(), 301);
+        for (int i = 0; i < tiles.size(); ++i) {
+            QCOMPARE(tiles[i]->getName(), QString("f%1").arg(i));
+            QCOMPARE(grid->itemAtPosition(i / 5, i % 5)->widget(), static_cast<QWidget*>(tiles[i]));
+        }
+        QScrollBar* bar = area->verticalScrollBar();
+        const QList<int> stops{0, bar->maximum() / 2, bar->maximum()};
+        for (int stop : {0, 1, 2, 0}) {
+            bar->setValue(stops[stop]);
+            for (int i = 0; i < stops.size(); ++i) {
+                const TavFileButton* tile = tiles[1 + i * 149]; // the first, with the focus, is always there
+                QVERIFY(tile->isVisible() == (i == stop) && isInView(*dialog, tile) == (i == stop));
+            }
+        }
+        // A selected tile that was scrolled away is whitened too.
+        click(tiles.first());
+        field(*dialog, "Folder")->setFocus();
+        bar->setValue(bar->maximum());
+        click(tiles.last());
+        QVERIFY(isSelected(tiles.first(), false) && isSelected(tiles.last()));
+        press(*dialog, "back");
+        QCOMPARE(bar->value(), 0); // the next folder begins at its top
+    }
+
+    void theKeyboardReachesEveryTile()
+    {
+        const auto dialog = open(wide(60), "Soft/");
+        const auto hit = [&](Qt::Key key) { QTest::keyClick(dialog->focusWidget(), key); };
+        const auto focusIsOn = [&](const TavFileButton* tile) {
+            QCoreApplication::processEvents();
+            return dialog->focusWidget() == tile->focusProxy() && isInView(*dialog, tile);
+        };
+        tilesOf(*dialog)[0]->setFocus();
+        hit(Qt::Key_Space);
+        QVERIFY(isSelected(tilesOf(*dialog)[0]));
+        hit(Qt::Key_Return);
+        const QList<TavFileButton*> tiles = tilesOf(*dialog);
+        QCOMPARE(tiles.size(), 60);
+        for (const TavFileButton* tile : tiles) {
+            QVERIFY2(focusIsOn(tile), qPrintable(tile->getName()));
+            hit(Qt::Key_Tab);
+        }
+        QVERIFY(button(*dialog, "Refresh")->hasFocus());
+        hit(Qt::Key_Backtab);
+        QVERIFY(focusIsOn(tiles.last()));
+        hit(Qt::Key_Enter);
+        QVERIFY(isSelected(tiles.last()));
+        // Neither downloads nor closes.
+        field(*dialog, "Folder")->setFocus();
+        hit(Qt::Key_Return);
+        QVERIFY(dialog->isVisible());
+    }
+
+private:
+    const QByteArray backupList = "/project/cloudProjectBackup/getProjectList?sourceClient=Soft";
+    const QByteArray sharedList =
+        "/project/cloudProjectShare/getProjectBySoftId?sourceClient=Soft&targetClient=Soft";
+    const QByteArray filesOf = "/project/cloudProjectShare/getByProject?projectId=";
+    const QByteArray ofSoft = "&sourceClient=Soft";
+
+    /// What a refresh asks for; \a meanwhile runs before the first answer comes.
+    void expectTree(const Cloud& cloud, const std::function<void()>& meanwhile = {})
+    {
+        if (meanwhile)
+            fixture->expectAndHold("GET", backupList, listOf(cloud.backups), meanwhile);
+        else
+            fixture->expect("GET", backupList, listOf(cloud.backups));
+        fixture->expect("GET", sharedList, listOf(cloud.soft));
+        for (const QString& project : cloud.soft)
+            fixture->expect("GET", filesOf + project.section('=', 0, 0).toUtf8() + ofSoft,
+                listOf(project.split('|').mid(1)));
+    }
+
+    /// The dialog once its user went to \a path.
+    std::unique_ptr<QDialog> open(const Cloud& cloud, const QString& path = {}, QWidget* parent = nullptr)
+    {
+        expectTree(cloud);
+        fixture->expectLists();
+        std::unique_ptr<QDialog> dialog(new DlgMyCloudSpace(&fixture->client(), {}, "me", "4", parent));
+        bringUp(*dialog);
+        go(*dialog, path);
+        return dialog;
+    }
+};
+
+QTEST_MAIN(TestCloudSpace)
+#include "tst_cloudspace.moc"
