@@ -144,6 +144,7 @@ void CloudSpaceTabWidget::_onRefresh()
     });
     if (!self || !fetched)
         return;
+    navigationStack.clear(); // should a refresh have come in between
     tree = std::move(fetched);
     showFolder(tree.get());
     // The tree is there all the same, with a branch empty.
