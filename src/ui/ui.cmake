@@ -40,7 +40,6 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/cloudspace/JoinGroupDlg.cpp
     ui/cloudspace/MycheckBox.cpp
     ui/cloudspace/RecordTable.cpp
-    ui/cloudspace/TableDialog.cpp
     ui/cloudspace/TavFileButton.cpp
     ui/cloudspace/TileArea.cpp
     ${ui_public_headers}

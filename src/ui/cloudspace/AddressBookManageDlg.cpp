@@ -6,7 +6,6 @@
 #include "ui/cloudspace/AddAltAccountDlg.h"
 #include "ui/cloudspace/RecordTable.h"
 #include "ui/cloudspace/Steps.h"
-#include "ui/cloudspace/TableDialog.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -56,7 +55,7 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
     connect(editButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onAltRecord);
     connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
     load();
-    resizeToColumns(this, table);
+    table->widen(this);
 }
 
 void AddressBookManageDlg::load()

@@ -6,7 +6,6 @@
 #include "ui/cloudspace/MycheckBox.h"
 #include "ui/cloudspace/RecordTable.h"
 #include "ui/cloudspace/Steps.h"
-#include "ui/cloudspace/TableDialog.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -63,7 +62,7 @@ ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
     const int row = projectId.isEmpty() ? rowOf(NameColumn, projectName) : rowOf(IdColumn, projectId);
     if (row >= 0)
         table->setCurrentCell(row, BoxColumn);
-    resizeToColumns(this, table);
+    table->widen(this);
 }
 
 /// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.

@@ -16,11 +16,11 @@ DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString
     QString ownAccount, QString fourth, QWidget* parent)
     : Dialog(parent)
 {
+    const BuiltApart apart(this);
     // Nothing of this window is on the screen while the platform is asked: the one below tells of it.
     std::optional<Waiting> waiting;
     if (parent && parent->isVisible())
         waiting.emplace(parent, tr("Loading the cloud space..."));
-    const BuiltApart apart(this);
     resize(600, 400);
     setWindowTitle(tr("Cloud space"));
     QClipboard* clipboard = QGuiApplication::clipboard();

@@ -165,11 +165,18 @@ QStandardItem* GroupManageDlg::selectedItem() const
     return selected.isEmpty() ? nullptr : model->itemFromIndex(selected.first());
 }
 
-/// The id of the selected group; empty when something else or nothing is selected.
-QString GroupManageDlg::selectedGroup() const
+/// The selected group and whether the user manages it. Nothing when no group is selected, which \a complaint
+/// then says, or the window went.
+std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const QString& complaint)
 {
     const QStandardItem* item = selectedItem();
-    return item ? item->data(GroupIdRole).toString() : QString();
+    const QString id = item ? item->data(GroupIdRole).toString() : QString();
+    if (id.isEmpty()) {
+        inform(this, complaint);
+        return std::nullopt;
+    }
+    const std::optional<bool> owned = isOwner(id);
+    return owned ? std::make_optional(SelectedGroup{id, *owned}) : std::nullopt;
 }
 
 /// Whether the user manages the group now, as far as the platform tells. Nothing when the window went
@@ -188,17 +195,12 @@ std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 
 void GroupManageDlg::_onGetInvitationCode()
 {
-    const QString groupId = selectedGroup();
-    if (groupId.isEmpty()) {
-        inform(this,
-            tr("The group ID is invalid. Please click to select the group that needs to generate the "
-               "invitation code."));
+    const auto group = selectedGroup(
+        tr("The group ID is invalid. Please click to select the group that needs to generate the "
+           "invitation code."));
+    if (!group)
         return;
-    }
-    const std::optional<bool> owner = isOwner(groupId);
-    if (!owner)
-        return;
-    if (!*owner) {
+    if (!group->owned) {
         inform(this,
             tr("The current user is not the group owner of the group, and the invitation code cannot be "
                "generated!"));
@@ -207,7 +209,7 @@ void GroupManageDlg::_onGetInvitationCode()
     QString code;
     if (!performed(
             this, tr("Generating the invitation code..."),
-            [&code, manager = client, groupId] { return manager->GetInviteCode(groupId, code); },
+            [&code, manager = client, id = group->id] { return manager->GetInviteCode(id, code); },
             tr("Failed to generate invitation code!")))
         return;
     clipboard->setText(code);
@@ -241,20 +243,16 @@ void GroupManageDlg::_onCreateGroup()
 
 void GroupManageDlg::_onDelGroup()
 {
-    const QString groupId = selectedGroup();
-    if (groupId.isEmpty()) {
-        inform(this, tr("The group ID is invalid. Please click to select the group to be deleted."));
+    const auto group =
+        selectedGroup(tr("The group ID is invalid. Please click to select the group to be deleted."));
+    if (!group)
         return;
-    }
-    const std::optional<bool> owner = isOwner(groupId);
-    if (!owner)
-        return;
-    if (!*owner) {
+    if (!group->owned) {
         inform(this, tr("No operation permission!"));
         return;
     }
     if (confirm(this, tr("Do you want to delete this group?")))
-        deleteWithMembers(groupId);
+        deleteWithMembers(group->id);
 }
 
 /// The members first, the manager among them. In one go: a window that is closed in between leaves no half of
@@ -277,24 +275,20 @@ void GroupManageDlg::deleteWithMembers(const QString& groupId)
 
 void GroupManageDlg::_onExitGroup()
 {
-    const QString groupId = selectedGroup();
-    if (groupId.isEmpty()) {
-        inform(this, tr("The group ID is invalid. Please click to select the group to exit!"));
+    const auto group =
+        selectedGroup(tr("The group ID is invalid. Please click to select the group to exit!"));
+    if (!group)
         return;
-    }
-    const std::optional<bool> owner = isOwner(groupId);
-    if (!owner)
-        return;
-    if (*owner) {
+    if (group->owned) {
         if (confirm(this,
                 tr("The current user is the group owner of the group. If you quit the group, you will delete "
                    "the group. Do you want to quit the group?")))
-            deleteWithMembers(groupId);
+            deleteWithMembers(group->id);
         return;
     }
     if (!confirm(this, tr("Confirm exit?")))
         return;
-    const auto request = [manager = client, groupId] { return manager->OutGroup(groupId); };
+    const auto request = [manager = client, id = group->id] { return manager->OutGroup(id); };
     if (performed(this, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
         && inform(this, tr("Exit group successfully!")))
         load();

@@ -35,10 +35,16 @@ private slots:
     void _onDelGroupMember();
 
 private:
+    struct SelectedGroup
+    {
+        QString id;
+        bool owned;
+    };
+
     void load();
     bool loadMembers(QStandardItem* group);
     QStandardItem* selectedItem() const;
-    QString selectedGroup() const;
+    std::optional<SelectedGroup> selectedGroup(const QString& complaint);
     std::optional<bool> isOwner(const QString& groupId);
     void deleteWithMembers(const QString& groupId);
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/RecordTable.h"
 
+#include "core/Screen.h"
 #include "ui/ElidedLabel.h"
 
 #include <QCheckBox>
+#include <QDialog>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScreen>
 
 RecordTable::RecordTable(const QStringList& columns, const QString& emptyText, QWidget* parent)
     : QTableWidget(0, columns.size(), parent)
@@ -59,6 +62,18 @@ void RecordTable::fitColumns()
         setColumnWidth(column, columnWidth(column) + padding());
     header->setMaximumSectionSize(-1);
     header->setStretchLastSection(true);
+}
+
+void RecordTable::widen(QDialog* dialog)
+{
+    setSizeAdjustPolicy(AdjustToContents);
+    const QHeaderView* header = horizontalHeader();
+    const int wanted = dialog->sizeHint().width();
+    int atLeast = wanted - header->length();
+    for (int column = 0; column < header->count(); ++column)
+        atLeast += header->sectionSizeHint(column) + padding();
+    const int preferred = qMin(wanted, dialog->screen()->availableGeometry().width() * 9 / 10);
+    dialog->resize(qMax(preferred, qMax(atLeast, int(dpi_scaled(520.0)))), int(dpi_scaled(320.0)));
 }
 
 /// Space is a click on the row that has the focus.

@@ -3,6 +3,8 @@
 
 #include <QTableWidget>
 
+class QDialog;
+
 /// A table of records from the platform, one to a row, to be read and not edited. An empty one says so.
 class RecordTable : public QTableWidget
 {
@@ -19,8 +21,9 @@ public:
     void addRecord(const QStringList& texts, QWidget* box = nullptr);
     /// Makes the columns fit what is in them now.
     void fitColumns();
-    /// What a column has more than its texts need.
-    int padding() const { return fontMetrics().height(); }
+    /// Makes \a dialog as wide as the table needs: for the headers of its columns in any case, for what is in
+    /// them now as far as the screen has room for it.
+    void widen(QDialog* dialog);
     /// A cell's text, all of it where the table shows less.
     QString text(int row, int column) const { return item(row, column)->text(); }
 
@@ -29,5 +32,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// What a column has more than its texts need.
+    int padding() const { return fontMetrics().height(); }
+
     QString textWhenEmpty;
 };
