@@ -4,6 +4,7 @@
 #include "net/ReplyEnvelope.h"
 #include "net/ReplyReader.h"
 #include "net/RequestBody.h"
+#include "net/RequestLog.h"
 #include "net/SoapReply.h"
 #include "net/WaitingDialog.h"
 
@@ -14,6 +15,8 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QSslSocket>
+#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -22,9 +25,11 @@
 
 namespace {
 
-constexpr int jsonLimit = 64 << 20;
+constexpr int jsonLimit = 8 << 20;
 constexpr int soapLimit = 512 << 20;
-constexpr qint64 downloadWindow = 4 << 20;
+constexpr qint64 readWindow = 4 << 20;
+
+thread_local CloudFailure lastFailure = CloudFailure::None;
 
 enum class Waiting
 {
@@ -35,12 +40,12 @@ enum class Waiting
 /// One request on its way: what the eight functions differ in.
 struct Exchange
 {
+    QByteArray verb;
     QString url;
     const HeaderMap& headers;
+    RequestBody& body; ///< of every request, one without bytes too: see RequestBody
     double timeoutMs;
-    std::function<QNetworkReply*(QNetworkAccessManager&, QNetworkRequest&)> send;
     Waiting waiting = Waiting::Unseen;
-    qint64 readAhead = 0; ///< how many bytes may wait unread; 0 for any number
 };
 
 /// \a text as header bytes. A line break in it would begin a header of its own.
@@ -51,16 +56,20 @@ QByteArray headerText(const QString& text)
     return bytes;
 }
 
-QNetworkRequest requestFor(const QString& url, const HeaderMap& headers)
+QNetworkRequest requestFor(const Exchange& exchange)
 {
     QNetworkRequest request;
-    for (auto header = headers.begin(); header != headers.end(); ++header) {
+    for (auto header = exchange.headers.begin(); header != exchange.headers.end(); ++header) {
         if (header.key() == QLatin1String("Content-Type"))
             request.setHeader(QNetworkRequest::ContentTypeHeader, headerText(header.value().toString()));
         else
             request.setRawHeader(headerText(header.key()), headerText(header.value().toString()));
     }
-    request.setUrl(QUrl(url, QUrl::TolerantMode));
+    request.setUrl(QUrl(exchange.url, QUrl::TolerantMode));
+    if (exchange.verb.startsWith('P'))
+        exchange.body.describeIn(request);
+    // What is packed can unpack to any size, and does not tell its length.
+    request.setRawHeader("Accept-Encoding", "identity");
     // The bearer is for the platform alone, wherever a reply may point to.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     // No cookies, and no credentials that the user did not give to us.
@@ -70,8 +79,16 @@ QNetworkRequest requestFor(const QString& url, const HeaderMap& headers)
     return request;
 }
 
-/// Waits until \a reply is complete; false when the time is over or the wait was ended from outside.
-bool waitFor(QNetworkReply& reply, double timeoutMs, Waiting waiting)
+/// Where a dialog can be shown.
+bool isGuiThread()
+{
+    const auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    return application && QThread::currentThread() == application->thread();
+}
+
+/// Waits in \a loop until \a reply is complete; false when the time is over or the wait was ended from
+/// outside.
+bool waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, Waiting waiting)
 {
     if (reply.isFinished())
         return true;
@@ -84,13 +101,12 @@ bool waitFor(QNetworkReply& reply, double timeoutMs, Waiting waiting)
     QObject::connect(&reply, &QNetworkReply::finished, &timer, &QTimer::stop);
     timer.start(int(std::clamp(timeoutMs, 0.0, double(std::numeric_limits<int>::max()))));
 
-    if (waiting == Waiting::InDialog && qobject_cast<QApplication*>(QCoreApplication::instance())) {
+    if (waiting == Waiting::InDialog && isGuiThread()) {
         WaitingDialog dialog;
         QObject::connect(&reply, &QNetworkReply::finished, &dialog, &QDialog::accept);
         QObject::connect(&timer, &QTimer::timeout, &dialog, &QDialog::accept);
         dialog.exec();
     } else {
-        QEventLoop loop;
         QObject::connect(&reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
         QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
         loop.exec(QEventLoop::ExcludeUserInputEvents);
@@ -98,47 +114,90 @@ bool waitFor(QNetworkReply& reply, double timeoutMs, Waiting waiting)
     return !timedOut && reply.isFinished();
 }
 
-/// The one road for every request. True when the exchange ended in time; \a judge then decides, with the
-/// reply at hand, what it was worth.
-bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
-    const std::function<bool(const QNetworkReply&)>& judge)
+/// What kept \a reply from being usable.
+CloudFailure failureOf(const QNetworkReply& reply)
 {
-    if (!QCoreApplication::instance()) {
-        error = connectionTimedOut();
-        return false;
+    switch (reply.error()) {
+    case QNetworkReply::ConnectionRefusedError:
+    case QNetworkReply::HostNotFoundError:
+    case QNetworkReply::NetworkSessionFailedError:
+    case QNetworkReply::ProxyConnectionRefusedError:
+    case QNetworkReply::ProxyConnectionClosedError:
+    case QNetworkReply::ProxyNotFoundError:
+    case QNetworkReply::ProxyTimeoutError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+    case QNetworkReply::TemporaryNetworkFailureError:
+        return CloudFailure::NoConnection;
+    case QNetworkReply::SslHandshakeFailedError:
+        return CloudFailure::NotTrusted;
+    case QNetworkReply::UnknownNetworkError: // a network that cannot be reached, or TLS that is missing
+        return reply.url().scheme() == QLatin1String("https") && !QSslSocket::supportsSsl()
+            ? CloudFailure::NotTrusted
+            : CloudFailure::NoConnection;
+    default:
+        return CloudFailure::Unusable;
     }
-    QNetworkRequest request = requestFor(exchange.url, exchange.headers);
-    QNetworkAccessManager manager;
-    QNetworkReply* reply = exchange.send(manager, request);
-    // Once more when the reply begins: of a request with a body, the network access manager forgets the
-    // first.
-    const auto limitReadAhead = [&] { reply->setReadBufferSize(exchange.readAhead); };
-    limitReadAhead();
-    const auto beginning = QObject::connect(reply, &QNetworkReply::metaDataChanged, limitReadAhead);
-    const auto reading = QObject::connect(reply, &QNetworkReply::readyRead, [&] {
-        if (!reader.take(*reply))
-            reply->abort();
-    });
-
-    const bool inTime = waitFor(*reply, exchange.timeoutMs, exchange.waiting);
-    QObject::disconnect(beginning);
-    QObject::disconnect(reading);
-    if (inTime && reply->bytesAvailable() > 0)
-        reader.take(*reply);
-    if (!inTime) {
-        error = connectionTimedOut();
-        reply->abort();
-    }
-    const bool good = inTime && judge(*reply);
-    reply->close();
-    reply->deleteLater();
-    return good;
 }
 
-bool unusable(QString& error)
+/// Keeps what a call ended in; true when it was good.
+bool conclude(CloudFailure failure, QString& error)
 {
-    error = replyUnusable();
-    return false;
+    lastFailure = failure;
+    if (failure == CloudFailure::TimedOut)
+        error = connectionTimedOut();
+    else if (failure != CloudFailure::None && failure != CloudFailure::NotWritten)
+        error = replyUnusable();
+    return failure == CloudFailure::None;
+}
+
+/// The one road for every request. Once a reply has come in time, \a judge decides what it is worth.
+bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
+    const std::function<CloudFailure(const QNetworkReply&)>& judge)
+{
+    const QNetworkRequest request = requestFor(exchange);
+    RequestLog log(exchange.verb, request.url());
+    if (!QCoreApplication::instance()) {
+        log.refuse(QStringLiteral("there is no application object"));
+        return conclude(CloudFailure::TimedOut, error);
+    }
+    // Before any timer: this gives the thread what timers need, should it have run no event loop yet.
+    QEventLoop loop;
+    QNetworkAccessManager manager;
+    QNetworkReply* reply = manager.sendCustomRequest(request, exchange.verb, &exchange.body);
+    // Once more when the reply begins: of a request with a body, the network access manager forgets the
+    // first.
+    const auto limitReadAhead = [&] { reply->setReadBufferSize(readWindow); };
+    limitReadAhead();
+    const auto take = [&] {
+        log.received(reply->bytesAvailable());
+        return reader.take(*reply);
+    };
+    const auto beginning = QObject::connect(reply, &QNetworkReply::metaDataChanged, limitReadAhead);
+    const auto reading = QObject::connect(reply, &QNetworkReply::readyRead, [&] {
+        if (!take())
+            reply->abort();
+    });
+    const auto distrust = QObject::connect(
+        reply, &QNetworkReply::sslErrors, [&](const auto& errors) { log.noteUntrusted(errors); });
+
+    const bool inTime = waitFor(*reply, loop, exchange.timeoutMs, exchange.waiting);
+    for (const auto& connection : {beginning, reading, distrust})
+        QObject::disconnect(connection);
+    if (inTime && reply->bytesAvailable() > 0)
+        take();
+    CloudFailure failure = inTime ? judge(*reply) : CloudFailure::TimedOut;
+    if (failure == CloudFailure::Unusable)
+        failure = failureOf(*reply);
+    log.finish(*reply, exchange.body.size(), failure == CloudFailure::None,
+        !inTime                                        ? QStringLiteral("no complete reply in time")
+            : failure == CloudFailure::NotWritten      ? QStringLiteral("the file could not be written")
+            : reply->error() == QNetworkReply::NoError ? QStringLiteral("the reply could not be used")
+                                                       : QString());
+    if (!inTime)
+        reply->abort();
+    reply->close();
+    reply->deleteLater();
+    return conclude(failure, error);
 }
 
 bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
@@ -147,107 +206,84 @@ bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
     return run(exchange, error, reader, [&](const QNetworkReply&) {
         QJsonParseError fault;
         const QJsonDocument document = QJsonDocument::fromJson(reader.takeBody(), &fault);
-        if (fault.error != QJsonParseError::NoError || !document.isObject())
-            return unusable(error);
+        // Whatever the platform made of a file that came up short, it has not got it.
+        if (fault.error != QJsonParseError::NoError || !document.isObject() || exchange.body.cameUpShort())
+            return CloudFailure::Unusable;
         result = document.object().toVariantMap();
-        return true;
+        return CloudFailure::None;
     });
-}
-
-/// An exchange that sends \a body by \a verb.
-Exchange sending(QNetworkReply* (QNetworkAccessManager::*verb)(const QNetworkRequest&, QIODevice*),
-    RequestBody& body, const QString& url, const HeaderMap& headers, double timeoutMs)
-{
-    return {url, headers, timeoutMs, [verb, &body](QNetworkAccessManager& manager, QNetworkRequest& request) {
-                body.describeIn(request);
-                return (manager.*verb)(request, &body);
-            }};
 }
 
 } // namespace
 
+CloudFailure lastTransportFailure()
+{
+    return lastFailure;
+}
+
 bool httpGet(ResultMap& result, QString& error, QString url, const HeaderMap& headers, double timeoutMs)
 {
-    return runForJson(
-        {url, headers, timeoutMs, [](auto& manager, auto& request) { return manager.get(request); }}, result,
-        error);
+    RequestBody nothing;
+    return runForJson({"GET", url, headers, nothing, timeoutMs}, result, error);
 }
 
 bool httpGetToFile(
     ResultMap&, QString& error, QString url, QString savePath, const HeaderMap& headers, double timeoutMs)
 {
-    // The network access manager repeats a GET whose reply was cut, and then forgets that it was cut: half a
-    // file would count as whole. A body that cannot be rewound, even one of no bytes, keeps it from that.
-    RequestBody nothing{QByteArray()};
-    const auto send = [&nothing](QNetworkAccessManager& manager, QNetworkRequest& request) {
-        // Only of a body that is not packed does the peer tell the length.
-        request.setRawHeader("Accept-Encoding", "identity");
-        return manager.sendCustomRequest(request, "GET", &nothing);
-    };
-    Exchange exchange{url, headers, timeoutMs, send};
-    exchange.readAhead = downloadWindow;
+    RequestBody nothing;
     FileReader reader(savePath);
-    return run(exchange, error, reader, [&](const QNetworkReply& reply) {
-        if (reader.hasFailed())
-            return false;
-        return reader.hasWholeBody(reply) ? reader.commit() : unusable(error);
+    return run({"GET", url, headers, nothing, timeoutMs}, error, reader, [&](const QNetworkReply& reply) {
+        if (!reader.hasFailed() && !reader.hasWholeBody(reply))
+            return CloudFailure::Unusable;
+        return reader.commit() ? CloudFailure::None : CloudFailure::NotWritten;
     });
 }
 
 bool httpDelete(ResultMap& result, QString& error, QString url, const HeaderMap& headers, double timeoutMs)
 {
-    return runForJson({url, headers, timeoutMs,
-                          [](auto& manager, auto& request) { return manager.deleteResource(request); }},
-        result, error);
+    RequestBody nothing;
+    return runForJson({"DELETE", url, headers, nothing, timeoutMs}, result, error);
 }
 
 bool httpPost(ResultMap& result, QString& error, QString url, const HeaderMap& headers,
     const QByteArray& body, double timeoutMs)
 {
     RequestBody bytes(body);
-    return runForJson(sending(&QNetworkAccessManager::post, bytes, url, headers, timeoutMs), result, error);
+    return runForJson({"POST", url, headers, bytes, timeoutMs}, result, error);
 }
 
 bool httpPut(ResultMap& result, QString& error, QString url, const HeaderMap& headers, const QByteArray& body,
     double timeoutMs)
 {
     RequestBody bytes(body);
-    return runForJson(sending(&QNetworkAccessManager::put, bytes, url, headers, timeoutMs), result, error);
+    return runForJson({"PUT", url, headers, bytes, timeoutMs}, result, error);
 }
 
 bool httpPostMultipart(ResultMap& result, QString& error, QString url, const HeaderMap& headers,
     const QMap<QString, QVariant>& fields, QString filePath, double timeoutMs)
 {
     RequestBody form(fields, filePath);
-    ResultMap reply;
-    if (!runForJson(sending(&QNetworkAccessManager::post, form, url, headers, timeoutMs), reply, error))
-        return false;
-    // Whatever the platform made of it, it has not got the file.
-    if (form.cameUpShort())
-        return unusable(error);
-    result = reply;
-    return true;
+    return runForJson({"POST", url, headers, form, timeoutMs}, result, error);
 }
 
 bool httpPutMultipart(ResultMap& result, QString& error, QString url, const HeaderMap& headers,
     const QMap<QString, QVariant>& fields, double timeoutMs)
 {
     RequestBody form(fields, QString());
-    return runForJson(sending(&QNetworkAccessManager::put, form, url, headers, timeoutMs), result, error);
+    return runForJson({"PUT", url, headers, form, timeoutMs}, result, error);
 }
 
 bool httpPostSoap(QByteArray& result, QString& error, QString url, const HeaderMap& headers,
     const QByteArray& body, double timeoutMs)
 {
     RequestBody bytes(body);
-    Exchange exchange = sending(&QNetworkAccessManager::post, bytes, url, headers, timeoutMs);
-    exchange.waiting = Waiting::InDialog;
     BodyReader reader(soapLimit);
-    return run(exchange, error, reader, [&](const QNetworkReply&) {
-        const QByteArray text = conversionResult(reader.takeBody());
-        if (text.isNull())
-            return unusable(error);
-        result = text;
-        return true;
-    });
+    return run({"POST", url, headers, bytes, timeoutMs, Waiting::InDialog}, error, reader,
+        [&](const QNetworkReply&) {
+            const QByteArray text = conversionResult(reader.takeBody());
+            if (text.isNull())
+                return CloudFailure::Unusable;
+            result = text;
+            return CloudFailure::None;
+        });
 }

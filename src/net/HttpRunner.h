@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudFailure.h"
+
 #include <QByteArray>
 #include <QMap>
 #include <QString>
@@ -26,6 +28,10 @@
 
 /// The time-out of every request to the platform, in milliseconds.
 constexpr double platformTimeoutMs = 5000.0;
+
+/// Why the last of these functions that returned false on this thread did, for who must tell more apart than
+/// the two texts do. To be read at once, like errno.
+CloudFailure lastTransportFailure();
 
 using HeaderMap = QMap<QString, QVariant>;
 using ResultMap = QMap<QString, QVariant>;

@@ -34,6 +34,13 @@ bool checkReply(QMap<QString, QVariant> reply, QString& error)
     return false;
 }
 
+CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error)
+{
+    const bool signedOut =
+        reply.value(QStringLiteral("code")).toInt() == 401 || error.startsWith(QLatin1String("Token失效"));
+    return signedOut ? CloudFailure::SignedOut : CloudFailure::Refused;
+}
+
 bool checkCode(const QMap<QString, QVariant>& reply, QString& error)
 {
     if (reply.value(QStringLiteral("code")).toInt() == 0)

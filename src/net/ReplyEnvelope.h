@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudFailure.h"
+
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -22,6 +24,9 @@ inline QString replyUnusable()
 /// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves \a
 /// error as it was. A transport text that already stands in \a error is kept, and the reply is not looked at.
 bool checkReply(QMap<QString, QVariant> reply, QString& error);
+
+/// What kind of failure \a reply tells of, which was judged to be one for the reason \a error.
+CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error);
 
 /// The simpler judgement of the account replies: true when "code" is 0 or missing; otherwise \a error becomes
 /// "msg".

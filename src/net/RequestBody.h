@@ -14,12 +14,13 @@ class QNetworkRequest;
 /// they are needed. The length is fixed when the body is made.
 ///
 /// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when
-/// the peer closes without answering; a body that refuses makes it report an error instead.
+/// the peer closes without answering; a body that refuses makes it report an error instead. So every request
+/// has one, if it is one without bytes: what asks for a text message or leaves a group is a GET here.
 class RequestBody : public QIODevice
 {
 public:
     /// \a bytes as they are; what they are, a form unless somebody says otherwise, is the caller's to say.
-    explicit RequestBody(const QByteArray& bytes);
+    explicit RequestBody(const QByteArray& bytes = QByteArray());
 
     /// A multipart/form-data body: one part for each entry of \a fields in key order, then, unless \a
     /// filePath is empty, the part "file". Only a regular file that can be opened has bytes in it.

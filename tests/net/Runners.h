@@ -19,9 +19,6 @@ struct Runner
     QByteArray name;
     QByteArray method;
     Call call;
-
-    /// Whether a second sending could do a thing twice.
-    bool sendsOnce() const { return method == "POST" || method == "PUT"; }
 };
 Q_DECLARE_METATYPE(Runner)
 

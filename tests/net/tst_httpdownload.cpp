@@ -112,7 +112,6 @@ private slots:
         for (const bool existing : {true, false}) {
             ScriptedPeer peer;
             peer.expect("GET", "/", behave);
-            peer.allowRepeats();
             if (existing)
                 write(target, old);
             const Outcome outcome = outcomeOf(downloading(target), peer.address() + "/", {},

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "net/CloudFailure.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+struct Sentences
+{
+    Q_DECLARE_TR_FUNCTIONS(CloudFailure)
+};
+
+} // namespace
+
+QString cloudFailureText(CloudFailure failure, const QString& lastError)
+{
+    switch (failure) {
+    case CloudFailure::None:
+        return QString();
+    case CloudFailure::NoConnection:
+        return Sentences::tr("There is no connection to the platform. Check the network.");
+    case CloudFailure::NotTrusted:
+        return Sentences::tr(
+            "There is no secure connection to the platform. Ask your administrator about its "
+            "certificate.");
+    case CloudFailure::TimedOut:
+        return Sentences::tr("It took too long. Try again later, or over a faster connection.");
+    case CloudFailure::Unusable:
+        return Sentences::tr("The connection was cut, or the answer was not the platform's. Try again.");
+    case CloudFailure::NotWritten:
+        return Sentences::tr("The file could not be written. Check the folder and the room on the disk.");
+    case CloudFailure::NoProject:
+        return Sentences::tr("No cloud project is chosen.");
+    case CloudFailure::SignedOut:
+        return Sentences::tr("You are signed out. Sign in again.");
+    case CloudFailure::Refused:
+        break;
+    }
+    return lastError.isEmpty() ? Sentences::tr("The platform refused, and gave no reason.") : lastError;
+}

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include "net/RequestLog.h"
+
+#include <QCryptographicHash>
+#include <QMetaEnum>
+#include <QNetworkReply>
+#include <QRegularExpression>
+#include <QSslCertificate>
+#include <QSslError>
+#include <QUrl>
+
+Q_LOGGING_CATEGORY(cloudLog, "tav.cloud", QtWarningMsg)
+
+namespace {
+
+/// The path of \a url; a phone number or e-mail address in it is nobody's business.
+QString loggable(const QUrl& url)
+{
+    static const QRegularExpression account(QStringLiteral("(?<=/)(?:[^/]*@[^/]*|\\+?\\d{5,})"));
+    return url.path(QUrl::FullyDecoded).replace(account, QStringLiteral("*"));
+}
+
+QString nameOf(QNetworkReply::NetworkError error)
+{
+    const char* name = QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(error);
+    return name ? QString::fromLatin1(name) : QString::number(error);
+}
+
+/// Some of Qt's texts name the address with its query, in which there may be a code.
+QString withoutAddress(QString errorText)
+{
+    static const QRegularExpression address(QStringLiteral("\\S*(?:://|\\?)\\S*"));
+    return errorText.replace(address, QStringLiteral("the address"));
+}
+
+} // namespace
+
+RequestLog::RequestLog(const QByteArray& verb, const QUrl& url)
+    : request(QString::fromLatin1(verb) + ' ' + loggable(url))
+{
+    clock.start();
+}
+
+void RequestLog::noteUntrusted(const QList<QSslError>& errors)
+{
+    for (const QSslError& error : errors) {
+        const QSslCertificate certificate = error.certificate();
+        untrusted += certificate.isNull()
+            ? error.errorString()
+            : QStringLiteral("%1 (certificate of \"%2\", issued by \"%3\", valid until %4, SHA-256 %5)")
+                  .arg(error.errorString(), certificate.subjectDisplayName(), certificate.issuerDisplayName(),
+                      certificate.expiryDate().toString(Qt::ISODate),
+                      QString::fromLatin1(certificate.digest(QCryptographicHash::Sha256).toHex()));
+    }
+}
+
+void RequestLog::finish(const QNetworkReply& reply, qint64 bytesSent, bool usable, const QString& problem)
+{
+    const QString status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toString();
+    const QString line =
+        QStringLiteral("%1: %2, %3, %4 bytes sent, %5 received, %6 ms")
+            .arg(request, status.isEmpty() ? QStringLiteral("no status") : status, nameOf(reply.error()))
+            .arg(bytesSent)
+            .arg(bytesReceived)
+            .arg(clock.elapsed());
+    if (usable) {
+        qCDebug(cloudLog).noquote() << line;
+        return;
+    }
+    QStringList reasons = untrusted;
+    if (!problem.isEmpty())
+        reasons += problem;
+    if (reply.error() != QNetworkReply::NoError)
+        reasons += withoutAddress(reply.errorString());
+    qCWarning(cloudLog).noquote() << line + QStringLiteral(": ") + reasons.join(QStringLiteral("; "));
+}
+
+void RequestLog::refuse(const QString& problem) const
+{
+    qCWarning(cloudLog).noquote() << request + QStringLiteral(": ") + problem;
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QLoggingCategory>
+#include <QString>
+#include <QStringList>
+
+class QNetworkReply;
+class QSslError;
+class QUrl;
+
+/// "tav.cloud": a debug line for every request, and a warning with the reason of each that got no usable
+/// reply. Paths stand in it without their query and without the account that some end with; headers, bodies,
+/// passwords, tokens and codes never do.
+Q_DECLARE_LOGGING_CATEGORY(cloudLog)
+
+/// What the log tells of one request.
+class RequestLog
+{
+public:
+    RequestLog(const QByteArray& verb, const QUrl& url);
+
+    /// For the warning: which certificate was not trusted, and why.
+    void noteUntrusted(const QList<QSslError>& errors);
+    void received(qint64 bytes) { bytesReceived += bytes; }
+    /// The end of the request. \a problem is what ended it, where Qt's own error text does not tell; empty
+    /// for none.
+    void finish(const QNetworkReply& reply, qint64 bytesSent, bool usable, const QString& problem);
+    /// The end of one that could not even be sent.
+    void refuse(const QString& problem) const;
+
+private:
+    QString request;
+    QElapsedTimer clock;
+    QStringList untrusted;
+    qint64 bytesReceived = 0;
+};
