@@ -22,6 +22,100 @@ QString formValue(const QString& text)
 
 } // namespace
 
+struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudAccountLogin::Private
+{
+    QString url;
+    QString mobile;
+    QString userName;
+    QString token;
+    QString refreshToken;
+    QString password;
+    bool loginState = false;
+    QString lastError;
+    CloudFailure lastFailure = CloudFailure::None;
+};
+
+/// One operation at work. It holds the members for the time that it waits, and has an error of its own, so
+/// that another operation, which a timer of the host may call meanwhile, does not decide about this one. Only
+/// a failure is kept: the session's last error outlasts a success.
+class TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudAccountLogin::Call
+{
+public:
+    explicit Call(std::shared_ptr<Private> session)
+        : members(std::move(session))
+    {
+    }
+    Private* operator->() const { return members.get(); }
+
+    // The carriers send a request; whether a reply came.
+    bool get(const QString& path);
+    bool remove(const QString& path, const QString& token);
+    bool post(const QString& path, const QByteArray& body, HeaderMap headers = {});
+    bool postForm(const QString& path, const QMap<QString, QVariant>& fields);
+
+    /// Whether the reply's code is 0 or missing.
+    bool isAccepted();
+    /// Takes over what a token reply says of the session, which is \a account's now.
+    bool signIn(const QString& account, const QString& encipheredPassword);
+    bool fail(CloudFailure failure, const QString& text);
+    QVariantMap userInfo() const { return reply.value(QStringLiteral("user_info")).toMap(); }
+
+    ResultMap reply;
+    QString error;
+
+private:
+    bool sent(bool done) { return done || fail(lastTransportFailure(), error); }
+
+    std::shared_ptr<Private> members;
+};
+
+bool CloudAccountLogin::Call::get(const QString& path)
+{
+    return sent(httpGet(reply, error, members->url + path, {}, platformTimeoutMs));
+}
+
+bool CloudAccountLogin::Call::remove(const QString& path, const QString& token)
+{
+    return sent(httpDelete(
+        reply, error, members->url + path, {{"Authorization", "Bearer " + token}}, platformTimeoutMs));
+}
+
+bool CloudAccountLogin::Call::post(const QString& path, const QByteArray& body, HeaderMap headers)
+{
+    headers["Authorization"] = clientCredential();
+    return sent(httpPost(reply, error, members->url + path, headers, body, platformTimeoutMs));
+}
+
+bool CloudAccountLogin::Call::postForm(const QString& path, const QMap<QString, QVariant>& fields)
+{
+    return sent(httpPostMultipart(reply, error, members->url + path, {{"Authorization", clientCredential()}},
+        fields, QString(), platformTimeoutMs));
+}
+
+bool CloudAccountLogin::Call::isAccepted()
+{
+    return checkCode(reply, error) || fail(refusalIn(reply, error), error);
+}
+
+bool CloudAccountLogin::Call::signIn(const QString& account, const QString& encipheredPassword)
+{
+    // Once more: another sign-in may have begun meanwhile, and the token is not that account's.
+    members->mobile = account;
+    members->password = encipheredPassword;
+    members->loginState = true;
+    members->token = replyText(reply, "access_token");
+    members->refreshToken = replyText(reply, "refresh_token");
+    members->userName = replyText(userInfo(), "username");
+    return true;
+}
+
+bool CloudAccountLogin::Call::fail(CloudFailure failure, const QString& text)
+{
+    members->lastFailure = failure;
+    members->lastError = text;
+    return false;
+}
+
 CloudAccountLogin* CloudAccountLogin::instance()
 {
     static CloudAccountLogin session;
@@ -29,89 +123,88 @@ CloudAccountLogin* CloudAccountLogin::instance()
 }
 
 CloudAccountLogin::CloudAccountLogin()
-    : url(platformAddress())
+    : d(std::make_shared<Private>())
+{
+    d->url = platformAddress();
+}
+
+CloudAccountLogin::CloudAccountLogin(const CloudAccountLogin& other)
+    : d(std::make_shared<Private>(*other.d))
 {
 }
 
+CloudAccountLogin& CloudAccountLogin::operator=(const CloudAccountLogin& other)
+{
+    *d = *other.d;
+    return *this;
+}
+
+CloudAccountLogin::~CloudAccountLogin() = default;
+
 QString CloudAccountLogin::getUrl() const
 {
-    return url;
+    return d->url;
 }
 
 QString CloudAccountLogin::getMobile() const
 {
-    return mobile;
+    return d->mobile;
 }
 
 QString CloudAccountLogin::getUserName() const
 {
-    return userName;
+    return d->userName;
 }
 
 QString CloudAccountLogin::getToken() const
 {
-    return token;
+    return d->token;
 }
 
 QString CloudAccountLogin::getRefreshToken() const
 {
-    return refreshToken;
+    return d->refreshToken;
 }
 
 QString CloudAccountLogin::getLastError() const
 {
-    return lastError;
+    return d->lastError;
+}
+
+CloudFailure CloudAccountLogin::getLastFailure() const
+{
+    return d->lastFailure;
 }
 
 bool CloudAccountLogin::getLoginState() const
 {
-    return loginState;
-}
-
-/// Whether the platform took the request: \a sent, and answered with code 0 or none.
-bool CloudAccountLogin::accepted(bool sent, const QMap<QString, QVariant>& reply)
-{
-    return sent && checkCode(reply, lastError);
-}
-
-/// Takes over what a token reply says of the session.
-void CloudAccountLogin::signIn(const QMap<QString, QVariant>& reply)
-{
-    loginState = true;
-    token = replyText(reply, "access_token");
-    refreshToken = replyText(reply, "refresh_token");
-    userName = reply.value(QStringLiteral("user_info")).toMap().value(QStringLiteral("username")).toString();
+    return d->loginState;
 }
 
 bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordText)
 {
-    mobile = QString::fromUtf8(name);
-    password = enciphered(passwordText);
+    Call call(d);
+    const QString account = QString::fromUtf8(name);
+    const QString password = enciphered(passwordText);
+    call->mobile = account;
+    call->password = password;
     // The user name is sent as it is; the platform expects it so.
-    const QString body = "username=" + mobile + "&password=" + formValue(password) + "&scope=server";
-    const HeaderMap headers{
-        {"Authorization", clientCredential()}, {"Content-Type", "application/x-www-form-urlencoded"}};
-    ResultMap reply;
-    if (!accepted(httpPost(reply, lastError, url + "/auth/oauth/token?grant_type=password", headers,
-                      body.toLocal8Bit(), platformTimeoutMs),
-            reply))
-        return false;
-    signIn(reply);
-    return true;
+    const QString body = "username=" + account + "&password=" + formValue(password) + "&scope=server";
+    return call.post("/auth/oauth/token?grant_type=password", body.toLocal8Bit(),
+               {{"Content-Type", "application/x-www-form-urlencoded"}})
+        && call.isAccepted() && call.signIn(account, password);
 }
 
 /// Asks for a code to be sent to \a target. Its own reply fields: "code" must be there and 0, "data" must not
 /// be false.
 bool CloudAccountLogin::verify(const QString& path, const char* target)
 {
-    ResultMap reply;
-    if (!httpGet(reply, lastError, url + path + QString::fromLocal8Bit(target), {}, platformTimeoutMs))
+    Call call(d);
+    if (!call.get(path + QString::fromLocal8Bit(target)))
         return false;
-    if (reply.value(QStringLiteral("code"), 1).toInt() == 0
-        && reply.value(QStringLiteral("data"), true).toBool())
-        return true;
-    lastError = replyText(reply, "msg");
-    return false;
+    const bool good = call.reply.value(QStringLiteral("code"), 1).toInt() == 0
+        && call.reply.value(QStringLiteral("data"), true).toBool();
+    return good || call.fail(CloudFailure::Refused, replyText(call.reply, "msg"));
 }
 
 bool CloudAccountLogin::mobileVerify(const char* phone)
@@ -136,37 +229,33 @@ bool CloudAccountLogin::emailVerify2(const char* mail)
 
 bool CloudAccountLogin::phoneLoginAccount(const char* account, const char* code)
 {
-    mobile = QString::fromLocal8Bit(account);
-    const QString kind = mobile.contains('@') ? "MAIL@" : "SMS@";
+    Call call(d);
+    const QString target = QString::fromLocal8Bit(account);
+    call->mobile = target;
+    const QString kind = target.contains('@') ? "MAIL@" : "SMS@";
     const QString query =
-        "mobile=" + kind + mobile + "&code=" + QString::fromLocal8Bit(code) + "&grant_type=mobile";
-    ResultMap reply;
-    if (!accepted(httpPost(reply, lastError, url + "/auth/mobile/token/sms?" + query,
-                      {{"Authorization", clientCredential()}}, QByteArray(), platformTimeoutMs),
-            reply))
-        return false;
-    signIn(reply);
-    password = reply.value(QStringLiteral("user_info")).toMap().value(QStringLiteral("password")).toString();
-    return true;
+        "mobile=" + kind + target + "&code=" + QString::fromLocal8Bit(code) + "&grant_type=mobile";
+    return call.post("/auth/mobile/token/sms?" + query, QByteArray()) && call.isAccepted()
+        && call.signIn(target, replyText(call.userInfo(), "password"));
 }
 
-bool CloudAccountLogin::registered(const QString& path, const QMap<QString, QVariant>& fields)
+bool CloudAccountLogin::registerAccount(const QString& path, const QMap<QString, QVariant>& fields)
 {
-    ResultMap reply;
-    const bool sent = httpPostMultipart(reply, lastError, url + path, {{"Authorization", clientCredential()}},
-        fields, QString(), platformTimeoutMs);
-    if (accepted(sent, reply))
+    Call call(d);
+    if (!call.postForm(path, fields))
+        return false;
+    if (call.isAccepted())
         return true;
     // The platform's database speaks here; say what it means. The text is the same for an e-mail address.
-    if (sent && lastError.contains(QLatin1String("Duplicate entry")))
-        lastError = tr("The phone number is registered");
+    if (call.error.contains(QLatin1String("Duplicate entry")))
+        call->lastError = tr("The phone number is registered");
     return false;
 }
 
 bool CloudAccountLogin::registerUser(
     const char* name, const char* passwordText, const char* phone, const char* smsCode)
 {
-    return registered("/admin/api/user",
+    return registerAccount("/admin/api/user",
         {{"username", QString::fromLocal8Bit(name)}, {"password", enciphered(passwordText)},
             {"phone", QString::fromLocal8Bit(phone)}, {"smscode", QString::fromLocal8Bit(smsCode)}});
 }
@@ -175,32 +264,47 @@ bool CloudAccountLogin::registerUserByMail(
     const char*, const char* passwordText, const char* mail, const char* mailCode)
 {
     // No user name: the platform gives such accounts one.
-    return registered("/admin/api/user/mail/register",
+    return registerAccount("/admin/api/user/mail/register",
         {{"password", enciphered(passwordText)}, {"mail", QString::fromLocal8Bit(mail)},
             {"mailCode", QString::fromLocal8Bit(mailCode)}});
 }
 
 bool CloudAccountLogin::resetPassword(const char* phone, const char* newPassword, const char* smsCode)
 {
+    Call call(d);
     const QByteArray body = QByteArray("phone=") + phone
         + "&password=" + formValue(enciphered(newPassword)).toLatin1() + "&smscode=" + smsCode;
-    ResultMap reply;
-    return accepted(httpPost(reply, lastError, url + "/admin/api/user/resetpw",
-                        {{"Authorization", clientCredential()}}, body, platformTimeoutMs),
-        reply);
+    return call.post("/admin/api/user/resetpw", body) && call.isAccepted();
 }
 
 bool CloudAccountLogin::logout()
 {
-    if (!loginState)
+    Call call(d);
+    if (!call->loginState) {
+        call->lastFailure = CloudFailure::SignedOut;
         return false;
-    if (!checkToken(url, token, lastError) && !refreshAccessToken(url, refreshToken, token, lastError))
+    }
+    // Without a transport failure it is the platform that does not take the token.
+    const auto refusal = [] {
+        const CloudFailure failure = lastTransportFailure();
+        return failure == CloudFailure::None ? CloudFailure::SignedOut : failure;
+    };
+    QString token = call->token;
+    QString refreshToken = call->refreshToken;
+    if (!checkToken(call->url, token, call.error)) {
+        call.fail(refusal(), call.error); // stays where the refresh succeeds
+        const QString checked = token;
+        if (!refreshAccessToken(call->url, refreshToken, token, call.error))
+            return call.fail(refusal(), call.error);
+        if (call->token == checked) {
+            call->token = token;
+            call->refreshToken = refreshToken;
+        }
+    }
+    if (!call.remove("/auth/token/logout", token) || !call.isAccepted())
         return false;
-    ResultMap reply;
-    if (!accepted(httpDelete(reply, lastError, url + "/auth/token/logout",
-                      {{"Authorization", "Bearer " + token}}, platformTimeoutMs),
-            reply))
-        return false;
-    loginState = false;
+    // A timer of the host may have signed somebody else in meanwhile.
+    if (call->token == token)
+        call->loginState = false;
     return true;
 }

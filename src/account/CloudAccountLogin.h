@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudFailure.h"
 #include "tav_cloud_platform_sdk_export.h"
 
 #include <QCoreApplication>
 #include <QMap>
 #include <QString>
 #include <QVariant>
+
+#include <memory>
 
 /// The signed-in user's session with the cloud platform.
 ///
@@ -31,8 +34,10 @@ public:
     /// unloads.
     static CloudAccountLogin* instance();
 
-    CloudAccountLogin(const CloudAccountLogin&) = default;
-    CloudAccountLogin& operator=(const CloudAccountLogin&) = default;
+    /// Copies are independent: what happens in the session afterwards does not reach them. A copy is for
+    /// putting the session back as it was, by assignment; only the module destroys sessions.
+    CloudAccountLogin(const CloudAccountLogin& other);
+    CloudAccountLogin& operator=(const CloudAccountLogin& other);
 
     /// The platform's base address, scheme://host:port, fixed when the module was built.
     QString getUrl() const;
@@ -46,6 +51,8 @@ public:
     QString getRefreshToken() const;
     /// The reason of the last failure.
     QString getLastError() const;
+    /// What kind of failure that was; for cloudFailureText(), or to react to.
+    CloudFailure getLastFailure() const;
     /// Whether a user is signed in. A failed sign-in does not sign out who was signed in before.
     bool getLoginState() const;
 
@@ -93,20 +100,14 @@ public:
     bool logout();
 
 private:
+    struct Private;
+    class Call;
+
     CloudAccountLogin();
-    ~CloudAccountLogin() = default;
+    ~CloudAccountLogin();
 
     bool verify(const QString& path, const char* target);
-    bool registered(const QString& path, const QMap<QString, QVariant>& fields);
-    bool accepted(bool sent, const QMap<QString, QVariant>& reply);
-    void signIn(const QMap<QString, QVariant>& reply);
+    bool registerAccount(const QString& path, const QMap<QString, QVariant>& fields);
 
-    QString url;
-    QString mobile;
-    QString userName;
-    QString token;
-    QString refreshToken;
-    QString password;
-    bool loginState = false;
-    QString lastError;
+    std::shared_ptr<Private> d;
 };

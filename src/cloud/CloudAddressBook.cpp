@@ -3,10 +3,10 @@
 
 bool CloudFileManger::SearchAddressBookList(QList<CloudAddressBookInfo>& list)
 {
-    ResultMap reply;
-    if (!d->get("/project/cloudAddressBook/list", QString(), reply))
+    Call call(d);
+    if (!call.get("/project/cloudAddressBook/list"))
         return false;
-    for (const QVariantMap& item : replyList(reply, {"friendUser", "friendPhone"}))
+    for (const QVariantMap& item : replyList(call.reply, {"friendUser", "friendPhone"}))
         list.append({replyText(item, "id"), replyText(item, "friendUser"), replyText(item, "friendPhone"),
             replyText(item, "friendRemark"), replyText(item, "friendUnit")});
     return true;
@@ -14,11 +14,11 @@ bool CloudFileManger::SearchAddressBookList(QList<CloudAddressBookInfo>& list)
 
 bool CloudFileManger::AddToAddressBook(QString friendPhone, QString friendRemark, QString friendUnit)
 {
-    return d->postForm("/project/cloudAddressBook/add",
+    return Call(d).postForm("/project/cloudAddressBook/add",
         {{"friendPhone", friendPhone}, {"friendRemark", friendRemark}, {"friendUnit", friendUnit}});
 }
 
 bool CloudFileManger::DelFromAddressBook(QString id)
 {
-    return d->remove("/project/cloudAddressBook/delete", "id=" + id);
+    return Call(d).remove("/project/cloudAddressBook/delete", "id=" + id);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
+#include "cloud/CloudHandle.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,10 +21,14 @@ CloudFileManger::CloudFileManger(QString baseAddress, QString accessToken, QStri
     getSoftwareSupportType();
 }
 
-/// A second handle on \a shared, where a copy would be independent.
 CloudFileManger::CloudFileManger(std::shared_ptr<Private> shared)
     : d(std::move(shared))
 {
+}
+
+CloudHandle handleOn(const CloudFileManger* client)
+{
+    return CloudHandle(new CloudFileManger(client->d));
 }
 
 CloudFileManger::CloudFileManger(const CloudFileManger& other)
@@ -33,8 +38,7 @@ CloudFileManger::CloudFileManger(const CloudFileManger& other)
 
 CloudFileManger& CloudFileManger::operator=(const CloudFileManger& other)
 {
-    if (this != &other)
-        d = std::make_shared<Private>(*other.d);
+    *d = *other.d; // in place: the module's dialogs work on these members too
     return *this;
 }
 
@@ -43,6 +47,11 @@ CloudFileManger::~CloudFileManger() = default;
 QString CloudFileManger::getLastError() const
 {
     return d->lastError;
+}
+
+CloudFailure CloudFileManger::getLastFailure() const
+{
+    return d->lastFailure;
 }
 
 QString CloudFileManger::getProjectId() const
@@ -81,78 +90,80 @@ CloudFileManger::getForeignCloudProjects() const
     return d->foreignProjectMap;
 }
 
-QString CloudFileManger::Private::address(const QString& path, const QString& query) const
+bool CloudFileManger::Private::hasProject()
 {
-    return baseAddress + path + (query.isEmpty() ? QString() : "?" + query);
+    if (projectId.isEmpty())
+        lastFailure = CloudFailure::NoProject;
+    return !projectId.isEmpty();
 }
 
-HeaderMap CloudFileManger::Private::bearer() const
+CloudFileManger::Call::Call(std::shared_ptr<Private> client)
+    : members(std::move(client))
 {
-    return {{"Authorization", "Bearer " + accessToken}};
+    members->lastError.clear();
 }
 
-bool CloudFileManger::Private::get(const QString& path, const QString& query, ResultMap& reply)
+CloudFileManger::Call::~Call()
 {
-    const auto kept = shared_from_this();
-    lastError.clear();
-    return httpGet(reply, lastError, address(path, query), bearer(), platformTimeoutMs)
-        && checkReply(reply, lastError);
+    members->lastError = error;
+    members->lastFailure = failure;
 }
 
-bool CloudFileManger::Private::get(const QString& path, const QString& query)
+QString CloudFileManger::Call::address(const QString& path, const QString& query) const
 {
-    ResultMap reply;
-    return get(path, query, reply);
+    return members->baseAddress + path + (query.isEmpty() ? QString() : "?" + query);
 }
 
-bool CloudFileManger::Private::remove(const QString& path, const QString& query)
+HeaderMap CloudFileManger::Call::bearer() const
 {
-    const auto kept = shared_from_this();
-    lastError.clear();
-    ResultMap reply;
-    return httpDelete(reply, lastError, address(path, query), bearer(), platformTimeoutMs)
-        && checkReply(reply, lastError);
+    return {{"Authorization", "Bearer " + members->accessToken}};
 }
 
-bool CloudFileManger::Private::postJson(const QString& path, const QVariantMap& object)
+template <class Judge>
+bool CloudFileManger::Call::isAccepted(bool sent, Judge judge)
 {
-    const auto kept = shared_from_this();
-    lastError.clear();
+    if (!sent)
+        failure = lastTransportFailure();
+    else if (!judge(reply, error))
+        failure = refusalIn(reply, error);
+    return failure == CloudFailure::None;
+}
+
+bool CloudFileManger::Call::get(const QString& path, const QString& query)
+{
+    return isAccepted(httpGet(reply, error, address(path, query), bearer(), platformTimeoutMs), checkReply);
+}
+
+bool CloudFileManger::Call::remove(const QString& path, const QString& query)
+{
+    return isAccepted(
+        httpDelete(reply, error, address(path, query), bearer(), platformTimeoutMs), checkReply);
+}
+
+bool CloudFileManger::Call::postJson(const QString& path, const QVariantMap& object)
+{
     HeaderMap headers = bearer();
     headers["Content-Type"] = "application/json";
     const QByteArray body = QJsonDocument(QJsonObject::fromVariantMap(object)).toJson(QJsonDocument::Compact);
-    ResultMap reply;
-    return httpPost(reply, lastError, address(path, QString()), headers, body, platformTimeoutMs)
-        && checkReply(reply, lastError);
+    return isAccepted(httpPost(reply, error, address(path), headers, body, platformTimeoutMs), checkReply);
 }
 
-bool CloudFileManger::Private::download(const QString& path, const QString& query, const QString& savePath)
+bool CloudFileManger::Call::download(const QString& path, const QString& query, const QString& savePath)
 {
-    const auto kept = shared_from_this();
-    lastError.clear();
-    ResultMap reply;
-    return httpGetToFile(reply, lastError, address(path, query), savePath, bearer(), platformTimeoutMs)
-        && checkReply(reply, lastError);
+    return isAccepted(
+        httpGetToFile(reply, error, address(path, query), savePath, bearer(), platformTimeoutMs), checkReply);
 }
 
-bool CloudFileManger::Private::postUnjudged(
-    const QString& path, const Fields& fields, ResultMap& reply, const QString& filePath)
+bool CloudFileManger::Call::postForm(const QString& path, const Fields& fields, const QString& filePath)
 {
-    const auto kept = shared_from_this();
-    lastError.clear();
-    return httpPostMultipart(
-        reply, lastError, address(path, QString()), bearer(), fields, filePath, platformTimeoutMs);
+    return isAccepted(
+        httpPostMultipart(reply, error, address(path), bearer(), fields, filePath, platformTimeoutMs),
+        checkReply);
 }
 
-bool CloudFileManger::Private::postForm(
-    const QString& path, const Fields& fields, ResultMap& reply, const QString& filePath)
+bool CloudFileManger::Call::postFormForCode(const QString& path, const Fields& fields)
 {
-    const auto kept = shared_from_this();
-    return postUnjudged(path, fields, reply, filePath) && checkReply(reply, lastError);
-}
-
-bool CloudFileManger::Private::postForm(const QString& path, const Fields& fields, const QString& filePath)
-{
-    ResultMap reply;
-    return postForm(path, fields, reply, filePath);
+    return isAccepted(
+        httpPostMultipart(reply, error, address(path), bearer(), fields, QString(), platformTimeoutMs),
+        checkCode);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudFailure.h"
 #include "tav_cloud_platform_sdk_export.h"
 
 #include <QList>
@@ -88,6 +89,8 @@ public:
 
     /// The reason of the last failure; empty after an operation that succeeded.
     QString getLastError() const;
+    /// What kind of failure that was; for cloudFailureText(), or to react to.
+    CloudFailure getLastFailure() const;
     QString getProjectId() const;
     QString getProjectName() const;
     QString getSoftName() const;
@@ -215,7 +218,9 @@ public:
 
 private:
     struct Private;
+    class Call;
     explicit CloudFileManger(std::shared_ptr<Private> shared);
+    friend std::shared_ptr<CloudFileManger> handleOn(const CloudFileManger* client);
 
     std::shared_ptr<Private> d;
 };

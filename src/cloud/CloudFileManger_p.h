@@ -8,13 +8,8 @@
 #include <QList>
 #include <QVariant>
 
-/// The client's members, and the carriers that an operation is written with: each builds the request, empties
-/// the last error, runs it, judges the reply's envelope and keeps the reason of a failure.
-///
-/// A carrier keeps the members alive while it waits, so the client may be destroyed meanwhile; an operation
-/// that writes members after a carrier returned holds a copy of the pointer itself.
+/// The client's members.
 struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private
-    : std::enable_shared_from_this<CloudFileManger::Private>
 {
     QString baseAddress;
     QString accessToken;
@@ -27,25 +22,51 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private
     QString backupSuffix;
     QStringList shareSourceSoft;
     QString projectName;
+    CloudFailure lastFailure = CloudFailure::None;
 
     using Fields = QMap<QString, QVariant>;
 
-    bool get(const QString& path, const QString& query, ResultMap& reply);
+    /// Whether there is a current project, for the operations that send nothing without.
+    bool hasProject();
+    Fields shareFields(const QString& logicalIds, int durationHours) const;
+};
+
+/// One operation at work. It holds the members, so that the client may be destroyed while it waits, and has
+/// an error of its own, so that another operation of the same client, which a timer of the host may call
+/// meanwhile, does not decide about this one. What it ends in is kept when it goes.
+///
+/// The carriers are what an operation is written with: each builds the request, sends it and judges the
+/// reply's envelope. One call sends one request.
+class TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Call
+{
+public:
+    using Fields = Private::Fields;
+
+    explicit Call(std::shared_ptr<Private> client);
+    ~Call();
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    Private* operator->() const { return members.get(); }
+
     bool get(const QString& path, const QString& query = QString());
     bool remove(const QString& path, const QString& query);
     bool postJson(const QString& path, const QVariantMap& object);
     bool download(const QString& path, const QString& query, const QString& savePath);
     /// Posts a form, with the file at \a filePath unless that is empty.
-    bool postForm(
-        const QString& path, const Fields& fields, ResultMap& reply, const QString& filePath = QString());
     bool postForm(const QString& path, const Fields& fields, const QString& filePath = QString());
-    /// Posts a form and leaves the judgement of the reply to the operation.
-    bool postUnjudged(
-        const QString& path, const Fields& fields, ResultMap& reply, const QString& filePath = QString());
+    /// The same for the one reply that is judged by its code alone.
+    bool postFormForCode(const QString& path, const Fields& fields);
 
-    Fields shareFields(const QString& logicalIds, int durationHours) const;
+    ResultMap reply;
 
 private:
-    QString address(const QString& path, const QString& query) const;
+    QString address(const QString& path, const QString& query = QString()) const;
     HeaderMap bearer() const;
+    template <class Judge>
+    bool isAccepted(bool sent, Judge judge);
+
+    std::shared_ptr<Private> members;
+    QString error;
+    CloudFailure failure = CloudFailure::None;
 };

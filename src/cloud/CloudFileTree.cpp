@@ -51,17 +51,20 @@ Attributes fileAttributes(const QString& projectId)
 
 ITreeElement* CloudFileManger::getFileTree()
 {
-    // A second handle on the same members: this one may be destroyed between two requests.
+    // This one may be destroyed between two requests.
     CloudFileManger client(d);
     const Attributes folder("0");
     ITreeElement* root = newNode("My space", folder);
     ITreeElement* backups = addNode(root, "My backup", folder);
 
     // What failed first is what to tell the user; a request that succeeds later would empty it.
-    QString failure;
+    QString error;
+    CloudFailure failure = CloudFailure::None;
     const auto listed = [&](bool done) {
-        if (!done && failure.isEmpty())
-            failure = client.getLastError();
+        if (!done && failure == CloudFailure::None) {
+            error = client.getLastError();
+            failure = client.getLastFailure();
+        }
         return done;
     };
 
@@ -93,6 +96,7 @@ ITreeElement* CloudFileManger::getFileTree()
             }
         }
     }
-    client.d->lastError = failure;
+    client.d->lastError = error;
+    client.d->lastFailure = failure;
     return root;
 }

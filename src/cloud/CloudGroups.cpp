@@ -3,20 +3,20 @@
 
 bool CloudFileManger::CreateGroup(QString groupName)
 {
-    return d->postJson("/project/cloudProjectGroup/saveOrUpdate", {{"groupName", groupName}});
+    return Call(d).postJson("/project/cloudProjectGroup/saveOrUpdate", {{"groupName", groupName}});
 }
 
 bool CloudFileManger::deleteGroup(QString id)
 {
-    return d->remove("/project/cloudProjectGroup/delete", "id=" + id);
+    return Call(d).remove("/project/cloudProjectGroup/delete", "id=" + id);
 }
 
 bool CloudFileManger::SearchGroup(QList<CloudGroupInfo>& groups)
 {
-    ResultMap reply;
-    if (!d->get("/project/cloudProjectGroupUser/listUserGroups", QString(), reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectGroupUser/listUserGroups"))
         return false;
-    for (const QVariantMap& item : replyList(reply, {"id", "groupName", "createUser"}))
+    for (const QVariantMap& item : replyList(call.reply, {"id", "groupName", "createUser"}))
         groups.append({replyText(item, "id"), replyText(item, "groupName"), replyText(item, "createUser"),
             replyText(item, "inviteCode")});
     return true;
@@ -24,10 +24,10 @@ bool CloudFileManger::SearchGroup(QList<CloudGroupInfo>& groups)
 
 bool CloudFileManger::SearchGroupMember(QString groupId, QVector<CloudGroupMemberInfo>& members)
 {
-    ResultMap reply;
-    if (!d->get("/project/cloudProjectGroupUser/listGroupUsers", "groupId=" + groupId, reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectGroupUser/listGroupUsers", "groupId=" + groupId))
         return false;
-    for (const QVariantMap& item : replyList(reply, {"id", "groupId", "username"}))
+    for (const QVariantMap& item : replyList(call.reply, {"id", "groupId", "username"}))
         members.append({replyText(item, "id"), replyText(item, "groupId"), replyText(item, "username"),
             item.value(QStringLiteral("adminFlag")).toInt()});
     return true;
@@ -35,25 +35,25 @@ bool CloudFileManger::SearchGroupMember(QString groupId, QVector<CloudGroupMembe
 
 bool CloudFileManger::GetInviteCode(QString groupId, QString& inviteCode)
 {
-    ResultMap reply;
-    if (!d->get("/project/cloudProjectGroupUser/getInviteCode", "groupId=" + groupId, reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectGroupUser/getInviteCode", "groupId=" + groupId))
         return false;
-    inviteCode = replyText(reply, "data");
+    inviteCode = replyText(call.reply, "data");
     return true;
 }
 
 bool CloudFileManger::InviteToGroup(QString inviteCode)
 {
-    return d->postForm("/project/cloudProjectGroupUser/inviteToGroup", {{"inviteCode", inviteCode}});
+    return Call(d).postForm("/project/cloudProjectGroupUser/inviteToGroup", {{"inviteCode", inviteCode}});
 }
 
 bool CloudFileManger::OutGroup(QString groupId)
 {
-    return d->get("/project/cloudProjectGroupUser/outGroup", "groupId=" + groupId);
+    return Call(d).get("/project/cloudProjectGroupUser/outGroup", "groupId=" + groupId);
 }
 
 bool CloudFileManger::RemoveGroupMember(QString groupId, QString usernames)
 {
-    return d->remove(
+    return Call(d).remove(
         "/project/cloudProjectGroupUser/removeGroupMember", "groupId=" + groupId + "&usernames=" + usernames);
 }

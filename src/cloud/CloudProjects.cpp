@@ -3,36 +3,32 @@
 
 bool CloudFileManger::AddCloudProInfo(QString title, QString description)
 {
-    const auto kept = d;
-    ResultMap reply;
-    if (!kept->postUnjudged("/project/cloudProjectInfo/add",
-            {{"sourceClient", kept->softName}, {"projectTitle", title}, {"description", description}}, reply))
-        return false;
+    Call call(d);
     // The one project reply whose only success is code 0: 200 would come without an id.
-    if (!checkCode(reply, kept->lastError))
+    if (!call.postFormForCode("/project/cloudProjectInfo/add",
+            {{"sourceClient", call->softName}, {"projectTitle", title}, {"description", description}}))
         return false;
-    kept->projectId = replyText(reply, "data");
+    call->projectId = replyText(call.reply, "data");
     return true;
 }
 
 bool CloudFileManger::BackupCloudProFile(QString filePath)
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
-    return d->postForm("/project/cloudProjectBackup/upload",
+    return Call(d).postForm("/project/cloudProjectBackup/upload",
         {{"projectId", d->projectId}, {"sourceClient", d->softName}}, filePath);
 }
 
 bool CloudFileManger::getAllCloudProjectBackup()
 {
-    const auto kept = d;
-    ResultMap reply;
-    if (!kept->get("/project/cloudProjectBackup/getProjectList", "sourceClient=" + kept->softName, reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectBackup/getProjectList", "sourceClient=" + call->softName))
         return false;
-    kept->projectMap.clear();
-    for (const QVariantMap& item : replyList(reply, {"id", "sourceClient"})) {
+    call->projectMap.clear();
+    for (const QVariantMap& item : replyList(call.reply, {"id", "sourceClient"})) {
         const QString id = replyText(item, "id");
-        kept->projectMap[id] = {
+        call->projectMap[id] = {
             id, replyText(item, "projectTitle"), replyText(item, "sourceClient"), QString(), QString()};
     }
     return true;
@@ -41,7 +37,8 @@ bool CloudFileManger::getAllCloudProjectBackup()
 bool CloudFileManger::DownloadCloudProFile(QString projectId, QString savePath)
 {
     // The current project is what is tested, although another's backup may be asked for: hosts rely on it.
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
-    return d->download("/project/cloudProjectBackup/downloadProject", "projectId=" + projectId, savePath);
+    return Call(d).download(
+        "/project/cloudProjectBackup/downloadProject", "projectId=" + projectId, savePath);
 }

@@ -12,74 +12,73 @@ CloudFileManger::Private::Fields CloudFileManger::Private::shareFields(
 bool CloudFileManger::UploadCloudShareFile2(
     QString typeFlag, QString supportTypeId, QString filePath, int& logicalId)
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
-    ResultMap reply;
-    if (!d->postForm("/project/cloudProjectShare/upload",
-            {{"projectId", d->projectId}, {"sourceClient", d->softName}, {"supportTypeId", supportTypeId},
-                {"typeFlag", typeFlag}},
-            reply, filePath))
+    Call call(d);
+    if (!call.postForm("/project/cloudProjectShare/upload",
+            {{"projectId", call->projectId}, {"sourceClient", call->softName},
+                {"supportTypeId", supportTypeId}, {"typeFlag", typeFlag}},
+            filePath))
         return false;
-    logicalId = reply.value(QStringLiteral("data")).toMap().value(QStringLiteral("logicalId")).toInt();
+    logicalId = call.reply.value(QStringLiteral("data")).toMap().value(QStringLiteral("logicalId")).toInt();
     return true;
 }
 
 bool CloudFileManger::CloudShareAnonymous(QString logicalIds, QString& extractionCode, int durationHours)
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
-    ResultMap reply;
-    if (!d->postForm(
-            "/project/cloudProjectShare/toAnonymous", d->shareFields(logicalIds, durationHours), reply))
+    Call call(d);
+    if (!call.postForm(
+            "/project/cloudProjectShare/toAnonymous", call->shareFields(logicalIds, durationHours)))
         return false;
-    extractionCode = replyText(reply, "data");
+    extractionCode = replyText(call.reply, "data");
     return true;
 }
 
 bool CloudFileManger::CloudShareToAccount(QString userNames, QString logicalIds, int durationHours)
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
     Private::Fields fields = d->shareFields(logicalIds, durationHours);
     fields["userNames"] = userNames;
     // The platform's own spelling.
-    return d->postForm("/project/cloudProjectShare/toUSer", fields);
+    return Call(d).postForm("/project/cloudProjectShare/toUSer", fields);
 }
 
 bool CloudFileManger::CloudShareToGroup(QString groupId, QString logicalIds, int durationHours)
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
     Private::Fields fields = d->shareFields(logicalIds, durationHours);
     fields["groupId"] = groupId;
-    return d->postForm("/project/cloudProjectShare/toGroup", fields);
+    return Call(d).postForm("/project/cloudProjectShare/toGroup", fields);
 }
 
 bool CloudFileManger::ExtractByCode(QString extractionCode, QString)
 {
-    return d->get("/project/cloudProjectShare/extractByCode",
+    return Call(d).get("/project/cloudProjectShare/extractByCode",
         "extractionCode=" + extractionCode + "&sourceClient=" + d->softName);
 }
 
 bool CloudFileManger::DownloadCloudShareFile(QString logicalId, QString savePath)
 {
-    return d->download("/project/cloudProjectShare/download", "logicalId=" + logicalId, savePath);
+    return Call(d).download("/project/cloudProjectShare/download", "logicalId=" + logicalId, savePath);
 }
 
 bool CloudFileManger::getShareProjectFromPlatform(QString sourceClient)
 {
-    const auto kept = d;
-    ResultMap reply;
-    if (!kept->get("/project/cloudProjectShare/getProjectBySoftId",
-            "sourceClient=" + sourceClient + "&targetClient=" + kept->softName, reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectShare/getProjectBySoftId",
+            "sourceClient=" + sourceClient + "&targetClient=" + call->softName))
         return false;
     QMap<QString, ShareProjectInfo> projects;
-    for (const QVariantMap& item : replyList(reply, {"id", "sourceClient"})) {
+    for (const QVariantMap& item : replyList(call.reply, {"id", "sourceClient"})) {
         const QString id = replyText(item, "id");
-        projects[id] = {id, replyText(item, "projectTitle"), replyText(item, "sourceClient"), kept->softName,
+        projects[id] = {id, replyText(item, "projectTitle"), replyText(item, "sourceClient"), call->softName,
             replyText(item, "description")};
     }
-    kept->foreignProjectMap[sourceClient] = projects;
+    call->foreignProjectMap[sourceClient] = projects;
     return true;
 }
 
@@ -87,11 +86,11 @@ bool CloudFileManger::getShareProjectInfoById2(
     QString sourceClient, QString projectId, QMap<QString, QString>& files)
 {
     // The query has the two the other way round.
-    ResultMap reply;
-    if (!d->get("/project/cloudProjectShare/getByProject",
-            "projectId=" + projectId + "&sourceClient=" + sourceClient, reply))
+    Call call(d);
+    if (!call.get("/project/cloudProjectShare/getByProject",
+            "projectId=" + projectId + "&sourceClient=" + sourceClient))
         return false;
-    for (const QVariantMap& item : replyList(reply, {"originalName"}))
+    for (const QVariantMap& item : replyList(call.reply, {"originalName"}))
         files[replyText(item, "id")] = replyText(item, "originalName");
     return true;
 }

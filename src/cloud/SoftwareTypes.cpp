@@ -3,22 +3,22 @@
 
 bool CloudFileManger::getSoftwareAdaptationType()
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
     // The double slash is the platform's own path.
-    return d->get("/project//softwareAdaptationType/listSupportClient", "sourceClient=" + d->softName);
+    return Call(d).get("/project//softwareAdaptationType/listSupportClient", "sourceClient=" + d->softName);
 }
 
 bool CloudFileManger::getSoftwareSupportType()
 {
-    if (d->projectId.isEmpty())
+    if (!d->hasProject())
         return false;
-    return d->get("/project/softwareSupportType/list");
+    return Call(d).get("/project/softwareSupportType/list");
 }
 
 bool CloudFileManger::updateSoftwareAdaptationType(QString supportTypeId, QString targetClient)
 {
-    return d->postForm("/project/softwareAdaptationType/saveOrUpdate",
+    return Call(d).postForm("/project/softwareAdaptationType/saveOrUpdate",
         {{"sourceClient", d->softName}, {"supportTypeId", supportTypeId}, {"targetClient", targetClient}});
 }
 
@@ -26,7 +26,7 @@ bool CloudFileManger::updateSoftwareSupportType(
     QString title, QString typeFlag, QString typeSuffix, QString typeDescription)
 {
     // The adaptation table's path again: the platform tells the two tables apart by the fields.
-    return d->postForm("/project/softwareAdaptationType/saveOrUpdate",
+    return Call(d).postForm("/project/softwareAdaptationType/saveOrUpdate",
         {{"title", title}, {"typeFlag", typeFlag}, {"typeSuffix", typeSuffix},
             {"typeDescription", typeDescription}, {"sourceSoftwareNameEn", d->softName}});
 }
