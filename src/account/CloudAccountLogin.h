@@ -18,9 +18,13 @@
 /// Reasons are the platform's own texts, "连接超时" (no complete reply within 5000 ms) or "返回值解析失败"
 /// (no usable reply).
 ///
-/// Threads: everything is for the thread of the application object (the GUI thread). An operation blocks it
-/// for at most 5000 ms a request, in an event loop that holds user input back but keeps timers and painting
-/// alive.
+/// getLastFailure() tells the kinds of failure apart.
+///
+/// Threads: any thread may use the session, one thread at a time (the module's dialogs use it on the GUI
+/// thread); it needs an application object somewhere, but no event loop of its own. An operation blocks its
+/// thread for at most 5000 ms a request, in an event loop that holds user input back but keeps timers,
+/// sockets and painting alive. A timer may call in between: each operation is judged by itself, and a token
+/// is kept together with the account that it was given to.
 ///
 /// Text arguments are zero-terminated byte strings in the local 8-bit encoding, but for the user name of
 /// userLoginAccount(), which is UTF-8; a null pointer counts as empty. Passwords leave the process enciphered

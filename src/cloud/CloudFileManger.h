@@ -19,15 +19,24 @@ class ITreeElement;
 /// A value: copies are independent and carry everything, the last error and the listed projects included. The
 /// base address and the token are copies taken at construction; after a token refresh, build a new client.
 ///
-/// The operations send one request each and return true on success; after false the reason is in
+/// The operations send one request each, once, and return true on success; after false the reason is in
 /// getLastError(): the platform's own text, "网络错误:code(text)", "连接超时" (no complete reply within 5000
-/// ms) or "返回值解析失败" (no usable reply); empty where the platform gave no reason. Each empties the last
-/// error before it sends. Out-arguments are written on success only; listings append to the caller's
-/// container without emptying it.
+/// ms) or "返回值解析失败" (no usable reply); empty where the platform gave no reason. getLastFailure() tells
+/// the kinds of failure apart. Each operation empties the last error before it sends, and keeps its own at
+/// its end. Out-arguments are written on success only; listings append to the caller's container without
+/// emptying it.
 ///
-/// Threads: one object is for the GUI thread only. An operation blocks it for at most 5000 ms, in an event
-/// loop that holds user input back but keeps timers and painting alive. The client may be destroyed from a
-/// timer meanwhile: the operation then ends without touching it.
+/// Texts that an operation puts into a query (ids, codes, user names to remove, software names) are sent as
+/// they are; one that may contain "#", "&", "+" or "%" goes through cloudQueryValue() first. Texts in forms,
+/// the paths of files and the names of files need nothing.
+///
+/// Threads: any thread may use a client, one thread at a time; it needs an application object somewhere, but
+/// no event loop of its own. An operation blocks its thread for at most 5000 ms a request, in an event loop
+/// that holds user input back but keeps timers, sockets and painting alive.
+///
+/// So a timer may call in between, and may use the same client: each operation is judged by itself, and the
+/// outer one lasts longer by the time of the inner. The client may be destroyed meanwhile: the operation then
+/// ends without touching it. Its out-arguments are written at the end, and must live until then.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFileManger
 {
 public:
@@ -66,7 +75,8 @@ public:
         QString id;
         QString groupId;
         QString username;
-        qint32 adminFlag = 0; ///< non-zero marks the group's manager
+        qint32 adminFlag =
+            0; ///< 1 for the manager of the group; 0 for others, or where the platform sent none
     };
 
     /// \param baseAddress   the platform, as CloudAccountLogin::getUrl() gives it
@@ -111,14 +121,16 @@ public:
 
     /// Uploads the file at \a filePath as the current project's backup, streamed from disk. Without a current
     /// project: false at once, nothing is sent, the last error keeps its text. A file that cannot be read is
-    /// announced to the platform without any bytes, and refused there.
+    /// announced to the platform without any bytes, and refused there; an empty path sends no file at all,
+    /// which the platform refuses too.
     bool BackupCloudProFile(QString filePath);
 
     /// Lists this software's projects; see getAllCloudProjects(). A failure keeps the projects listed before.
     bool getAllCloudProjectBackup();
 
     /// Downloads the backup of \a projectId to \a savePath, replacing a file there only once the whole body
-    /// has been written. When the file cannot be written: false with an empty last error. Without a current
+    /// has been written. When the file cannot be written, because the path is empty, a folder or in none:
+    /// false with an empty last error, and CloudFailure::NotWritten. Without a current
     /// project (not the argument's): false at once, nothing is sent, the last error keeps its text.
     bool DownloadCloudProFile(QString projectId, QString savePath);
 
@@ -206,14 +218,19 @@ public:
 
     /// @}
 
-    /// Everything the user can open from the cloud, as one tree for the caller to release with
-    /// tav_tree_element_release_instance(): own backups under "My backup", then a folder for each software
-    /// that shares. Every node has the attribute "type" ("0" folder, "1" file); a file has "projectId", a
-    /// shared one "fileId" too.
+    /// Everything the user can open from the cloud, as one tree of the host's elements (core/ITreeElement.h)
+    /// for the caller to release with tav_tree_element_release_instance(). The root is called "My space";
+    /// below it stand the own backups under "My backup", then a folder for each software that shares, in it
+    /// one for each project. Every node has the attribute "type" ("0" folder, "1" file); a file has
+    /// "projectId", a shared one "fileId" too. Names and attributes are in the local 8-bit encoding; children
+    /// of one folder may bear the same name.
     ///
-    /// Never null: a request that fails leaves its branch empty. getLastError() then tells of the last
-    /// request only. It sends one request for the backups, one for each share source, one for this software
-    /// itself if it has a name, and one for each shared project, one after another, each of at most 5000 ms.
+    /// Never null. A request that fails leaves its branch empty, but for a source whose projects were listed
+    /// before: it keeps those. getLastError() and getLastFailure() then tell of the first that failed.
+    ///
+    /// It sends one request for the backups, one for each share source, one for this software itself if it
+    /// has a name, and one for each shared project, one after another, each of at most 5000 ms. Once the
+    /// files of a project did not come in time, those of the projects behind it are not asked for any more.
     ITreeElement* getFileTree();
 
 private:

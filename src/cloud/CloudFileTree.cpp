@@ -81,6 +81,8 @@ ITreeElement* CloudFileManger::getFileTree()
     if (!softName.isEmpty())
         listed(client.getShareProjectFromPlatform(softName));
 
+    // A platform that hangs would cost the time of a request for each project.
+    bool hangs = false;
     const auto foreign = client.getForeignCloudProjects();
     for (auto source = foreign.begin(); source != foreign.end(); ++source) {
         ITreeElement* sourceFolder = addNode(root, source.key(), folder);
@@ -88,7 +90,8 @@ ITreeElement* CloudFileManger::getFileTree()
             ITreeElement* projectFolder = addNode(sourceFolder, project.projectTitle, folder);
             QMap<QString, QString> files;
             // This software's own name, not the source's: it is whose view of the project is asked for.
-            listed(client.getShareProjectInfoById2(softName, project.id, files));
+            if (!hangs && !listed(client.getShareProjectInfoById2(softName, project.id, files)))
+                hangs = client.getLastFailure() == CloudFailure::TimedOut;
             Attributes attributes = fileAttributes(project.id);
             for (auto file = files.begin(); file != files.end(); ++file) {
                 attributes.set("fileId", file.key());

@@ -9,16 +9,19 @@
 /// Conversion of drawings by the conversion service. The whole drawing is sent and the whole result received;
 /// the module converts nothing itself. A drawing of n bytes needs up to about 4 n of memory meanwhile.
 ///
-/// Both functions block for at most 30 s, with a modal "Waiting" dialog where the application has widgets.
-/// They return true once the result has been received, and write \a error on false only: "连接超时" (no
-/// answer in time) or "返回值解析失败" (no usable result: the service refused the drawing, or the answer was
-/// cut).
+/// Both functions block for at most 30 s, on the GUI thread with a modal "Waiting" dialog where the
+/// application has widgets. They return true once the result has been received, and write \a error on false
+/// only: "连接超时" (no answer in time) or "返回值解析失败" (no usable result: the service refused the
+/// drawing, or the answer was cut).
 ///
 /// The result replaces an older file only once all of it is on the disk. Problems with files are not
-/// reported: an unreadable drawing is sent as an empty one, which the service refuses, and where the result
-/// cannot be written an older file stays and true is returned. Check that the file is there.
+/// reported: a drawing that cannot be read, is larger than 1 GiB or has an empty path is sent as an empty
+/// one, which the service refuses; and where the result cannot be written (no such folder, an empty path) an
+/// older file stays and true is returned. Check that the file is there.
 ///
-/// Call them on the thread of the application object.
+/// Any thread may call them, several at once too; there must be an application object. Off the GUI thread no
+/// dialog is shown. The arguments by reference must live until the call returns: on the GUI thread timers run
+/// meanwhile.
 
 /// Converts the DGN drawing \a path to DWG.
 /// \param path the drawing; on success the path of the result

@@ -37,7 +37,7 @@ bool checkReply(QMap<QString, QVariant> reply, QString& error)
 CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error)
 {
     const bool signedOut =
-        reply.value(QStringLiteral("code")).toInt() == 401 || error.startsWith(QLatin1String("Token失效"));
+        reply.value(QStringLiteral("code")).toInt() == 401 || error.startsWith(QStringLiteral("Token失效"));
     return signedOut ? CloudFailure::SignedOut : CloudFailure::Refused;
 }
 

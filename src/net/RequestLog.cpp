@@ -26,11 +26,14 @@ QString nameOf(QNetworkReply::NetworkError error)
     return name ? QString::fromLatin1(name) : QString::number(error);
 }
 
-/// Some of Qt's texts name the address with its query, in which there may be a code.
-QString withoutAddress(QString errorText)
+/// Qt's own text, which names the address for some errors, with a query in which there may be a code.
+QString textOf(const QNetworkReply& reply)
 {
-    static const QRegularExpression address(QStringLiteral("\\S*(?:://|\\?)\\S*"));
-    return errorText.replace(address, QStringLiteral("the address"));
+    QString text = reply.errorString();
+    for (const auto format : {QUrl::PrettyDecoded, QUrl::FullyEncoded, QUrl::FullyDecoded})
+        text.replace(reply.url().toString(format), QStringLiteral("the address"));
+    // Were it written in yet another way, rather no text than that one.
+    return text.contains(QLatin1String("://")) ? QStringLiteral("an error with the address") : text;
 }
 
 } // namespace
@@ -71,7 +74,7 @@ void RequestLog::finish(const QNetworkReply& reply, qint64 bytesSent, bool usabl
     if (!problem.isEmpty())
         reasons += problem;
     if (reply.error() != QNetworkReply::NoError)
-        reasons += withoutAddress(reply.errorString());
+        reasons += textOf(reply);
     qCWarning(cloudLog).noquote() << line + QStringLiteral(": ") + reasons.join(QStringLiteral("; "));
 }
 

@@ -166,23 +166,55 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        const QVector<QPair<QByteArray, QString>> refusals{
-            {R"({"code":1,"msg":"不"})", "不"},
-            {R"({"code":401,"msg":"m"})", "m"},
-            {R"({"code":1})", ""},
-            {"[]", replyUnusable()},
+        const bool verifies = QByteArray(operation.name).contains("Verify");
+        const struct
+        {
+            QByteArray reply;
+            QString text;
+            CloudFailure failure;
+        } refusals[]{
+            {R"({"code":1,"msg":"不"})", "不", CloudFailure::Refused},
+            {R"({"code":401,"msg":"m"})", "m", verifies ? CloudFailure::Refused : CloudFailure::SignedOut},
+            {R"({"code":1})", "", CloudFailure::Refused},
+            {"[]", replyUnusable(), CloudFailure::Unusable},
         };
         signIn();
         QStringList state = stateOf(*session);
         if (QByteArray(operation.name).contains("Login"))
             state[0] = operation.state[0]; // what was typed is kept
-        for (const auto& [reply, text] : refusals) {
+        for (const auto& [reply, text, failure] : refusals) {
             peer->expect(operation.method, operation.target, behaviour::answer(reply));
             QVERIFY(!operation.call(*session));
             QCOMPARE(session->getLastError(), text);
+            QCOMPARE(session->getLastFailure(), failure);
             QCOMPARE(stateOf(*session), state);
             QVERIFY(session->getLoginState());
         }
+    }
+
+    /// A timer of the host signs somebody else in meanwhile.
+    void aTokenStaysWithItsAccount()
+    {
+        const QByteArray path = "/auth/oauth/token?grant_type=password";
+        const auto inside = [this](const QByteArray& reply) {
+            return [this, reply](PeerConnection& c) {
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(), [this] { session->userLoginAccount("inner", "hello"); },
+                    Qt::BlockingQueuedConnection);
+                behaviour::answer(reply)(c);
+            };
+        };
+        peer->expect("POST", path, inside(tokens));
+        peer->expect("POST", path, behaviour::closeUnread());
+        QVERIFY(session->userLoginAccount("outer", "hello"));
+        QCOMPARE(stateOf(*session), QStringList({"outer", "server-name", "A1", "R1"}));
+
+        peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(known));
+        peer->expect("DELETE", "/auth/token/logout", inside("{}"));
+        peer->expect("POST", path, behaviour::answer(newTokens));
+        QVERIFY(session->logout());
+        QVERIFY(session->getLoginState());
+        QCOMPARE(stateOf(*session), QStringList({"inner", "", "A2", "R2"}));
     }
 
     void aCodeIsSentOnlyWhenTheReplySaysSo_data()

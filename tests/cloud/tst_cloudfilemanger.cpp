@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "cloud/CloudFileManger.h"
+#include "cloud/CloudHandle.h"
 #include "net/ReplyEnvelope.h"
 #include "support/MultipartForm.h"
 #include "support/PublicOperations.h"
@@ -284,22 +284,23 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        const auto unless = [&](bool exception, const QString& text) {
-            return operation.isDownload ? replyUnusable() : exception ? QStringLiteral("m") : text;
-        };
+        const QString signedOut = operation.judgesItself ? "m" : "网络错误:401(m)";
         const struct
         {
             Behaviour behave;
             QString text;
+            CloudFailure failure;
         } failures[]{
-            {behaviour::answer(R"({"code":1,"msg":"m"})", 400), unless(true, "m")},
-            {behaviour::answer(R"({"code":401,"msg":"m"})", 401),
-                unless(operation.judgesItself, "网络错误:401(m)")},
-            {behaviour::answer("<html>", 502), replyUnusable()},
-            {behaviour::answer(""), replyUnusable()},
-            {behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{"), replyUnusable()},
+            {behaviour::answer(R"({"code":1,"msg":"m"})", 400), "m", CloudFailure::Refused},
+            {behaviour::answer(R"({"code":401,"msg":"m"})", 401), signedOut, CloudFailure::SignedOut},
+            {behaviour::answer(R"({"code":500,"msg":"Token失效!"})"), "Token失效!", CloudFailure::SignedOut},
+            {behaviour::answer("<html>", 502), replyUnusable(), CloudFailure::Unusable},
+            {behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{"), replyUnusable(),
+                CloudFailure::Unusable},
         };
-        for (const auto& [behave, text] : failures) {
+        for (const auto& [behave, text, failure] : failures) {
+            if (operation.isDownload && failure != CloudFailure::Unusable)
+                continue;
             ScriptedPeer peer;
             Client made = client(peer);
             peer.expect(operation.method, operation.target, behave);
@@ -307,7 +308,36 @@ private slots:
             QCOMPARE(effectOf(operation, made, good), QStringList());
             QVERIFY(!good);
             QCOMPARE(made.getLastError(), text);
+            QCOMPARE(made.getLastFailure(), failure);
         }
+    }
+
+    void aCallInsideDecidesNothing_data() { rows(); }
+
+    /// A timer of the host calls the same client meanwhile, in vain.
+    void aCallInsideDecidesNothing()
+    {
+        QFETCH(int, index);
+        const Operation& operation = operations[index];
+        ScriptedPeer peer;
+        Client made = client(peer);
+        peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [&made] {
+                    QList<Client::CloudGroupInfo> groups;
+                    QVERIFY(!made.SearchGroup(groups));
+                    QCOMPARE(made.getLastError(), replyUnusable());
+                },
+                Qt::BlockingQueuedConnection);
+            behaviour::answer(operation.success)(c);
+        });
+        peer.expect("GET", "/project/cloudProjectGroupUser/listUserGroups", behaviour::closeUnread());
+        bool good = false;
+        QCOMPARE(effectOf(operation, made, good), operation.effect);
+        QVERIFY2(good, qPrintable(made.getLastError()));
+        QCOMPARE(made.getLastError(), QString());
+        QCOMPARE(made.getLastFailure(), CloudFailure::None);
     }
 
     void needsAProject_data() { rows(); }
@@ -324,6 +354,8 @@ private slots:
             peer.expect(operation.method, operation.target, behaviour::answer(operation.success));
         QCOMPARE(operation.call(made), !operation.needsProject);
         QCOMPARE(made.getLastError(), operation.needsProject ? QString("earlier") : QString());
+        QCOMPARE(
+            made.getLastFailure(), operation.needsProject ? CloudFailure::NoProject : CloudFailure::None);
     }
 
     void mayBeDestroyedMeanwhile_data() { rows(); }
@@ -429,6 +461,7 @@ private slots:
             "GET", "/project/cloudProjectBackup/downloadProject?projectId=1", behaviour::answer("body"));
         QVERIFY(!made.DownloadCloudProFile("1", inFolder("missing/file")));
         QCOMPARE(made.getLastError(), QString());
+        QCOMPARE(made.getLastFailure(), CloudFailure::NotWritten);
     }
 
     void copiesAreIndependent()
@@ -447,6 +480,13 @@ private slots:
         copy = original;
         QCOMPARE(copy.getAllCloudProjects().keys(), QStringList("1"));
         QCOMPARE(copy.getProjectId() + copy.getLastError(), QString("P1"));
+
+        // What the module's dialogs work with, unlike a copy, is the host's client by another name.
+        const CloudHandle handle = handleOn(&original);
+        original.setProjectID("P3");
+        QCOMPARE(handle->getProjectId(), QString("P3"));
+        original = Client(peer.address(), "t", "", "Soft 2", {}, "", "", "");
+        QCOMPARE(handle->getSoftName(), QString("Soft 2"));
     }
 
 private:

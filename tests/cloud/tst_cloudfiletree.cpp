@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -161,6 +162,23 @@ private slots:
             for (const RecordedRequest& request : peer.requests())
                 QCOMPARE(request.header("Authorization"), QByteArray("Bearer token"));
         }
+    }
+
+    void asksNoFurtherWhenThePlatformHangs()
+    {
+        ScriptedPeer peer;
+        const auto made = clientOf(peer.address());
+        peer.expect("GET", requests[Backups].target, behaviour::answer(R"({"code":1,"msg":"first"})"));
+        for (const int listing : {FromB, FromA, FromSelf})
+            peer.expect("GET", requests[listing].target, behaviour::answer(requests[listing].reply));
+        peer.expect("GET", requests[FilesOf2].target, behaviour::silent());
+        const Tree tree(made->getFileTree());
+        QStringList lines = treeWithout(Backups);
+        for (const char* fileId : {"21", "22", "91"})
+            lines.removeAt(lines.indexOf(QRegularExpression(QString(".*fileId=") + fileId)));
+        QCOMPARE(linesOf(tree.get()), lines);
+        QCOMPARE(made->getLastError(), QString("first"));
+        QCOMPARE(made->getLastFailure(), CloudFailure::Refused);
     }
 
     void isThereWithoutANetwork()

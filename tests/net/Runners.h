@@ -4,11 +4,14 @@
 #include "net/HttpRunner.h"
 #include "support/ScriptedPeer.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QVector>
 #include <QtEndian>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 /// One of the eight request functions behind one shape, so that a row can be any of them.
 struct Runner
@@ -119,12 +122,30 @@ inline void write(const QString& path, const QByteArray& bytes)
         qFatal("The test cannot write its file.");
 }
 
-inline Behaviour answerAfter(int milliseconds, const QByteArray& body)
+/// Once the request is there, runs \a meanwhile in the thread that waits for its answer, in which the
+/// application object lives; answers with \a body after that, unless it is null.
+inline Behaviour answerAfter(const QByteArray& body, const std::function<void()>& meanwhile)
 {
     return [=](PeerConnection& c) {
-        if (c.readHead() && c.readBody()) {
-            c.pause(milliseconds);
+        if (!c.readHead() || !c.readBody())
+            return;
+        QMetaObject::invokeMethod(QCoreApplication::instance(), meanwhile, Qt::BlockingQueuedConnection);
+        if (!body.isNull())
             c.send(behaviour::response(body));
-        }
     };
+}
+
+/// The same call on a thread that has never run an event loop.
+inline Outcome inAnotherThread(const Runner& runner, const QString& url, double timeoutMs = 100000)
+{
+    Outcome outcome;
+    std::atomic<bool> done{false};
+    std::thread thread([&] {
+        outcome = outcomeOf(runner, url, {}, timeoutMs);
+        done = true;
+    });
+    while (!done)
+        QCoreApplication::processEvents();
+    thread.join();
+    return outcome;
 }

@@ -363,12 +363,25 @@ private slots:
     {
         ScriptedPeer outer;
         ScriptedPeer inner;
-        outer.expect("POST", "/", answerAfter(300, "{}"));
         inner.expect("POST", "/", behaviour::answer("{}"));
         Outcome nested;
-        QTimer::singleShot(50, [&] { nested = outcomeOf(posting("b"), inner.address() + "/"); });
+        outer.expect(
+            "POST", "/", answerAfter("{}", [&] { nested = outcomeOf(posting("b"), inner.address() + "/"); }));
         QVERIFY(outcomeOf(posting("a"), outer.address() + "/").ok);
         QVERIFY(nested.ok);
+    }
+
+    void anyThreadMayCall()
+    {
+        for (const Runner& runner : allRunners("a=1", folder.filePath("thread"))) {
+            ScriptedPeer peer;
+            peer.expect(runner.method, "/", behaviour::silent());
+            QVERIFY2(inAnotherThread(runner, peer.address() + "/", shortly).failedWith(connectionTimedOut()),
+                runner.name);
+            peer.settle();
+            peer.expect(runner.method, "/", behaviour::answer(runner.name == "httpPostSoap" ? soap : object));
+            QVERIFY2(inAnotherThread(runner, peer.address() + "/").ok, runner.name);
+        }
     }
 
 private:

@@ -8,6 +8,8 @@
 #include <QTest>
 #include <QTimer>
 
+Q_DECLARE_METATYPE(std::function<void()>)
+
 namespace {
 const QByteArray converted = "<ConDgn2DwgResult>text</ConDgn2DwgResult>";
 } // namespace
@@ -52,10 +54,9 @@ private slots:
 
     void showsABusyDialog()
     {
-        ScriptedPeer peer;
-        peer.expect("POST", "/", answerAfter(600, converted));
         bool seen = false;
-        QTimer::singleShot(200, [&] {
+        ScriptedPeer peer;
+        peer.expect("POST", "/", answerAfter(converted, [&] {
             const auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
             QVERIFY(dialog);
             QCOMPARE(dialog->windowTitle(), QString("Waiting"));
@@ -64,44 +65,51 @@ private slots:
             QVERIFY(dialog->minimum() == 0 && dialog->maximum() == 0);
             QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
             seen = true;
-        });
+        }));
         QVERIFY(outcomeOf(postingSoap("<a/>"), peer.address() + "/").ok);
         QVERIFY(seen);
         QVERIFY(!QApplication::activeModalWidget() && QApplication::topLevelWidgets().isEmpty());
     }
 
-    void dismissingTheDialogIsSafe()
+    void anEndFromOutsideClosesTheDialog_data()
     {
-        ScriptedPeer peer;
-        peer.expect("POST", "/", answerAfter(500, converted));
-        QTimer::singleShot(150, [] {
-            QVERIFY(QApplication::activeModalWidget());
+        QTest::addColumn<double>("timeoutMs");
+        QTest::addColumn<std::function<void()>>("end");
+        const std::function<void()> nothing = [] {};
+        QTest::newRow("Escape") << 100000.0 << std::function<void()>([] {
             QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
         });
-        const Outcome outcome = outcomeOf(postingSoap("<a/>"), peer.address() + "/");
-        QVERIFY2(outcome.ok || outcome.failedWith(connectionTimedOut()), qPrintable(outcome.error));
+        QTest::newRow("the time-out") << 300.0 << nothing;
+        QTest::newRow("quitting") << 100000.0 << std::function<void()>(&QCoreApplication::quit);
     }
 
-    void theTimeOutClosesTheDialog()
+    void anEndFromOutsideClosesTheDialog()
     {
+        QFETCH(double, timeoutMs);
+        QFETCH(std::function<void()>, end);
         ScriptedPeer peer;
-        peer.expect("POST", "/", behaviour::silent());
-        QVERIFY(
-            outcomeOf(postingSoap("<a/>"), peer.address() + "/", {}, 300).failedWith(connectionTimedOut()));
+        peer.expect("POST", "/", [&](PeerConnection& c) {
+            answerAfter(QByteArray(), end)(c);
+            c.waitForClient();
+        });
+        Outcome outcome;
+        QTimer::singleShot(0, [&] {
+            outcome = outcomeOf(postingSoap("<a/>"), peer.address() + "/", {}, timeoutMs);
+            QCoreApplication::quit();
+        });
+        QCoreApplication::exec();
+        QVERIFY2(outcome.failedWith(connectionTimedOut()), qPrintable(outcome.error));
         QVERIFY(!QApplication::activeModalWidget());
     }
 
-    void quittingClosesTheDialog()
+    void anotherThreadShowsNoDialog()
     {
         ScriptedPeer peer;
-        peer.expect("POST", "/", behaviour::silent());
-        Outcome outcome;
-        QTimer::singleShot(0, [&] {
-            QTimer::singleShot(150, qApp, &QApplication::quit);
-            outcome = outcomeOf(postingSoap("<a/>"), peer.address() + "/");
-        });
-        QApplication::exec();
-        QVERIFY2(outcome.failedWith(connectionTimedOut()), qPrintable(outcome.error));
+        bool dialog = true;
+        peer.expect("POST", "/",
+            answerAfter(converted, [&] { dialog = !QApplication::topLevelWidgets().isEmpty(); }));
+        QVERIFY(inAnotherThread(postingSoap("<a/>"), peer.address() + "/").ok);
+        QVERIFY(!dialog);
     }
 };
 
