@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "net/HttpRunner.h"
 
+#include "net/ConnectionPolicy.h"
 #include "net/ReplyEnvelope.h"
 #include "net/ReplyReader.h"
 #include "net/RequestBody.h"
@@ -27,7 +28,7 @@ namespace {
 
 constexpr int jsonLimit = 8 << 20;
 constexpr int soapLimit = 512 << 20;
-constexpr qint64 readWindow = 4 << 20;
+constexpr qint64 readWindow = 64 << 10;
 
 thread_local CloudFailure lastFailure = CloudFailure::None;
 
@@ -70,6 +71,7 @@ QNetworkRequest requestFor(const Exchange& exchange)
         exchange.body.describeIn(request);
     // What is packed can unpack to any size, and does not tell its length.
     request.setRawHeader("Accept-Encoding", "identity");
+    authorizeAtProxy(request);
     // The bearer is for the platform alone, wherever a reply may point to.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     // No cookies, and no credentials that the user did not give to us.
@@ -150,6 +152,17 @@ bool conclude(CloudFailure failure, QString& error)
     return failure == CloudFailure::None;
 }
 
+/// What the log says ended \a reply; Qt has a text of its own for the rest.
+QString problemOf(const QNetworkReply& reply, CloudFailure failure)
+{
+    if (failure == CloudFailure::TimedOut)
+        return QStringLiteral("no complete reply in time");
+    if (failure == CloudFailure::NotWritten)
+        return QStringLiteral("the file could not be written");
+    return reply.error() == QNetworkReply::NoError ? QStringLiteral("the reply could not be used")
+                                                   : QString();
+}
+
 /// The one road for every request. Once a reply has come in time, \a judge decides what it is worth.
 bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     const std::function<CloudFailure(const QNetworkReply&)>& judge)
@@ -160,19 +173,23 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
         log.refuse(QStringLiteral("there is no application object"));
         return conclude(CloudFailure::TimedOut, error);
     }
+    if (!hasRoomForConnection()) {
+        log.refuse(QStringLiteral("too many files are open in this process"));
+        return conclude(CloudFailure::NoConnection, error);
+    }
     // Before any timer: this gives the thread what timers need, should it have run no event loop yet.
     QEventLoop loop;
     QNetworkAccessManager manager;
+    bufferConnections(manager);
     QNetworkReply* reply = manager.sendCustomRequest(request, exchange.verb, &exchange.body);
-    // Once more when the reply begins: of a request with a body, the network access manager forgets the
-    // first.
-    const auto limitReadAhead = [&] { reply->setReadBufferSize(readWindow); };
-    limitReadAhead();
+    // Nobody listens before the manager has begun with a request with a body, which it does with the next
+    // events.
+    QMetaObject::invokeMethod(
+        reply, [reply] { reply->setReadBufferSize(readWindow); }, Qt::QueuedConnection);
     const auto take = [&] {
         log.received(reply->bytesAvailable());
         return reader.take(*reply);
     };
-    const auto beginning = QObject::connect(reply, &QNetworkReply::metaDataChanged, limitReadAhead);
     const auto reading = QObject::connect(reply, &QNetworkReply::readyRead, [&] {
         if (!take())
             reply->abort();
@@ -181,18 +198,14 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
         reply, &QNetworkReply::sslErrors, [&](const auto& errors) { log.noteUntrusted(errors); });
 
     const bool inTime = waitFor(*reply, loop, exchange.timeoutMs, exchange.waiting);
-    for (const auto& connection : {beginning, reading, distrust})
-        QObject::disconnect(connection);
+    QObject::disconnect(reading);
+    QObject::disconnect(distrust);
     if (inTime && reply->bytesAvailable() > 0)
         take();
     CloudFailure failure = inTime ? judge(*reply) : CloudFailure::TimedOut;
     if (failure == CloudFailure::Unusable)
         failure = failureOf(*reply);
-    log.finish(*reply, exchange.body.size(), failure == CloudFailure::None,
-        !inTime                                        ? QStringLiteral("no complete reply in time")
-            : failure == CloudFailure::NotWritten      ? QStringLiteral("the file could not be written")
-            : reply->error() == QNetworkReply::NoError ? QStringLiteral("the reply could not be used")
-                                                       : QString());
+    log.finish(*reply, exchange.body.size(), failure == CloudFailure::None, problemOf(*reply, failure));
     if (!inTime)
         reply->abort();
     reply->close();

@@ -7,13 +7,41 @@
 
 namespace {
 
+/// Whether \a value is one of which there may be none: that of a header that changes nothing.
+bool isNone(const QByteArray& value, const char* same)
+{
+    return value.isEmpty() || value.compare(same, Qt::CaseInsensitive) == 0;
+}
+
 /// Whether the body of \a reply is a file: an error's is not, nor a part of one, nor one packed without being
 /// asked.
 bool bringsWholeFile(const QNetworkReply& reply)
 {
     const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const QByteArray encoding = reply.rawHeader("Content-Encoding");
-    return status / 100 == 2 && status != 206 && (encoding.isEmpty() || encoding == "identity");
+    return status / 100 == 2 && status != 206 && isNone(reply.rawHeader("Content-Encoding"), "identity")
+        && isNone(reply.rawHeader("Transfer-Encoding"), "chunked");
+}
+
+/// The SHA-256 that \a reply promises of its body, if any: in its present header, "sha-256=:...:", or in the
+/// older one, "SHA-256=...", each among other digests or alone.
+QByteArray promisedDigest(const QNetworkReply& reply)
+{
+    for (const char* header : {"Content-Digest", "Digest"}) {
+        for (const QByteArray& part : reply.rawHeader(header).split(',')) {
+            const QByteArray digest = part.trimmed();
+            if (digest.toLower().startsWith("sha-256="))
+                return QByteArray::fromBase64(digest.mid(8).replace(':', ""));
+        }
+    }
+    return QByteArray();
+}
+
+/// Whether \a received bytes are what \a reply promised, if it did. As it stands in the header: of two
+/// lengths, or of one that is no number, Qt makes what it can.
+bool hasPromisedLength(const QNetworkReply& reply, qint64 received)
+{
+    return !reply.hasRawHeader("Content-Length")
+        || reply.rawHeader("Content-Length") == QByteArray::number(received);
 }
 
 } // namespace
@@ -42,9 +70,13 @@ bool FileReader::take(QNetworkReply& reply)
     const QByteArray chunk = reply.readAll();
     if (chunk.isEmpty() || !bringsWholeFile(reply))
         return true;
-    received += chunk.size();
-    if (state == State::Empty)
+    if (state == State::Empty) {
         state = file.open() ? State::Writing : State::Failed;
+        digest = promisedDigest(reply);
+    }
+    received += chunk.size();
+    if (!digest.isEmpty())
+        hash.addData(chunk);
     if (state == State::Writing && !file.write(chunk))
         state = State::Failed;
     return state == State::Writing;
@@ -52,15 +84,8 @@ bool FileReader::take(QNetworkReply& reply)
 
 bool FileReader::hasWholeBody(const QNetworkReply& reply) const
 {
-    const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
-    if (length.isValid() && length.toLongLong() != received)
-        return false;
-    // Of a body that ends with the connection, the manager cannot tell the end from a cut, and may have tried
-    // to repeat the request.
-    const bool endsWithConnection = !length.isValid() && !reply.hasRawHeader("Transfer-Encoding");
-    const bool ended = reply.error() == QNetworkReply::NoError
-        || (endsWithConnection && reply.error() == QNetworkReply::ContentReSendError);
-    return state == State::Writing && ended;
+    return state == State::Writing && reply.error() == QNetworkReply::NoError
+        && hasPromisedLength(reply, received) && (digest.isEmpty() || hash.result() == digest);
 }
 
 bool FileReader::commit()

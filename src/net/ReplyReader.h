@@ -4,6 +4,7 @@
 #include "net/WholeFile.h"
 
 #include <QByteArray>
+#include <QCryptographicHash>
 
 #include <utility>
 
@@ -48,7 +49,8 @@ public:
     bool take(QNetworkReply& reply) override;
     /// Whether the file could not be written; nothing more was taken then.
     bool hasFailed() const { return state == State::Failed; }
-    /// Whether a file's bytes have come, and all of them, as far as the peer told how many.
+    /// Whether a file's bytes have come, and all of them, as far as the peer told how many or what their
+    /// digest is.
     bool hasWholeBody(const QNetworkReply& reply) const;
     /// Puts the file in place; false, with the old file untouched, if anything was not written.
     bool commit();
@@ -62,6 +64,8 @@ private:
     };
 
     WholeFile file;
+    QByteArray digest; // that the peer promised; empty for none
+    QCryptographicHash hash{QCryptographicHash::Sha256};
     qint64 received = 0;
     State state = State::Empty;
 };

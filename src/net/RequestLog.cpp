@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "net/RequestLog.h"
 
+#include "net/ConnectionPolicy.h"
+
 #include <QCryptographicHash>
 #include <QMetaEnum>
+#include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QRegularExpression>
 #include <QSslCertificate>
@@ -75,6 +78,9 @@ void RequestLog::finish(const QNetworkReply& reply, qint64 bytesSent, bool usabl
         reasons += problem;
     if (reply.error() != QNetworkReply::NoError)
         reasons += textOf(reply);
+    const QNetworkProxy proxy = proxyFor(reply.url());
+    if (proxy.type() != QNetworkProxy::NoProxy)
+        reasons += QStringLiteral("through the proxy %1:%2").arg(proxy.hostName()).arg(proxy.port());
     qCWarning(cloudLog).noquote() << line + QStringLiteral(": ") + reasons.join(QStringLiteral("; "));
 }
 

@@ -2,6 +2,7 @@
 #include "Runners.h"
 #include "net/ReplyEnvelope.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -67,6 +68,12 @@ private slots:
         QTest::newRow("large") << behaviour::response(large) << large;
         QTest::newRow("until the end of the connection")
             << QByteArray("HTTP/1.0 200 OK\r\n\r\n") + large << large;
+        const QByteArray hash = QCryptographicHash::hash(large, QCryptographicHash::Sha256).toBase64();
+        QTest::newRow("with its digest")
+            << behaviour::response(large, 200, "Content-Digest: md5=:x:, sha-256=:" + hash + ":\r\n")
+            << large;
+        QTest::newRow("with an older digest")
+            << behaviour::response(large, 200, "Digest: SHA-256=" + hash + "\r\n") << large;
         QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
         for (int at = 0; at < large.size(); at += 1 << 20)
             chunked += "100000\r\n" + large.mid(at, 1 << 20) + "\r\n";
@@ -100,6 +107,28 @@ private slots:
         const QByteArray half = pattern(2500000);
         QTest::newRow("silent in the body") << behaviour::answerRaw(head + half) << connectionTimedOut();
         QTest::newRow("cut body") << behaviour::closeAfter(head + half) << replyUnusable();
+        const auto promise = [&](const QByteArray& headers) {
+            return behaviour::closeAfter("HTTP/1.1 200 OK\r\n" + headers + "\r\n\r\nsixty");
+        };
+        QTest::newRow("a length that is no number") << promise("Content-Length: 5x") << replyUnusable();
+        QTest::newRow("two lengths") << promise("Content-Length: 5\r\nContent-Length: 6") << replyUnusable();
+        QTest::newRow("one length twice")
+            << promise("Content-Length: 5\r\nContent-Length: 5") << replyUnusable();
+        QTest::newRow("packed to travel") << promise("Transfer-Encoding: gzip") << replyUnusable();
+        QTest::newRow("packed chunks") << behaviour::closeAfter(
+            "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n"
+            "5\r\nsixty\r\n0\r\n\r\n") << replyUnusable();
+        QTest::newRow("a digest of something else")
+            << promise("Content-Digest: sha-256=:AAAA:") << replyUnusable();
+        // Qt takes a size that is none for the last: only the digest tells.
+        const QByteArray chunks = "Transfer-Encoding: chunked\r\n";
+        QTest::newRow("a size that is none, and a digest") << behaviour::closeAfter(
+            "HTTP/1.1 200 OK\r\n" + chunks + "Content-Digest: sha-256=:AAAA:\r\n\r\n5\r\nsixty\r\nxyz\r\n")
+                                                           << replyUnusable();
+        for (const QByteArray cut : {"5\r\nsixty\r\n3e", "5\r\nsixty\r\n0\r\n", "5\r\nsixty\r\n3e8\r\nx",
+                 "5\r\nsixty\r\n", "5\r\nsixty\r\n<html>"})
+            QTest::newRow("cut chunks: " + cut.toPercentEncoding())
+                << behaviour::closeAfter("HTTP/1.1 200 OK\r\n" + chunks + "\r\n" + cut) << replyUnusable();
         QTest::newRow("empty body") << behaviour::answer("") << replyUnusable();
         QTest::newRow("redirect") << behaviour::redirect("http://127.0.0.1:1/", "moved") << replyUnusable();
         QTest::newRow("404") << behaviour::answer(R"({"code":1})", 404) << replyUnusable();

@@ -5,9 +5,12 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QNetworkProxy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+
+#include <sys/resource.h>
 
 Q_DECLARE_METATYPE(Behaviour)
 
@@ -19,6 +22,18 @@ constexpr double shortly = 250;
 /// What the network stack adds to every request; a header beyond these and the caller's own is a surprise.
 const QSet<QByteArray> usual{"host", "connection", "accept", "accept-encoding", "accept-language",
     "user-agent", "content-length", "content-type"};
+
+/// The threads of network access managers that are there.
+int requestThreads()
+{
+    int threads = 0;
+    const QDir tasks("/proc/self/task");
+    for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name(tasks.filePath(task + "/comm"));
+        threads += name.open(QIODevice::ReadOnly) && name.readAll().startsWith("QNetwork");
+    }
+    return threads;
+}
 
 int openFiles()
 {
@@ -234,6 +249,37 @@ private slots:
         QVERIFY(!QFile::exists(folder.filePath("faults")));
     }
 
+    void aFloodEndsWithTheCall_data()
+    {
+        QTest::addColumn<QByteArray>("beginning");
+        QTest::addColumn<QByteArray>("flood");
+        const QByteArray head = "HTTP/1.1 200 OK\r\n";
+        QTest::newRow("headers") << head << QByteArray("X: y\r\n");
+        QTest::newRow("one header") << head + "X: " << QByteArray("y");
+        QTest::newRow("interim replies") << QByteArray() << QByteArray("HTTP/1.1 100 Continue\r\n\r\n");
+        QTest::newRow("chunks of one byte") << head + "Transfer-Encoding: chunked\r\n\r\n"
+                                            << QByteArray("1\r\nx\r\n");
+        QTest::newRow("a chunk's extension")
+            << head + "Transfer-Encoding: chunked\r\n\r\n1;" << QByteArray("x");
+    }
+
+    /// Otherwise the network access manager's thread lives for as long as the peer sends.
+    void aFloodEndsWithTheCall()
+    {
+        QFETCH(QByteArray, beginning);
+        QFETCH(QByteArray, flood);
+        flood = flood.repeated(10000);
+        ScriptedPeer peer;
+        peer.expect("GET", "/", [=](PeerConnection& c) {
+            c.readHead();
+            for (bool more = c.send(beginning); more;)
+                more = c.send(flood);
+        });
+        QVERIFY(outcomeOf({"httpGet", "GET", httpGet}, peer.address() + "/", {}, shortly)
+                    .failedWith(connectionTimedOut()));
+        QTRY_COMPARE(requestThreads(), 0);
+    }
+
     void unreachableHasItsText()
     {
         for (const QString& address : {ScriptedPeer::refusedAddress(), QString(),
@@ -288,6 +334,21 @@ private slots:
         QVERIFY(!outcome.ok);
         QCOMPARE(outcome.result, Outcome().result);
         peer.onlyRequest(); // a second connection without a byte over it would do no harm
+    }
+
+    void goesThroughAProxyWithItsPassword()
+    {
+        for (const Runner& runner : allRunners("a=1", folder.filePath("proxied"))) {
+            ScriptedPeer proxy;
+            proxy.expect(runner.method, "http://platform.example/x",
+                behaviour::answer(runner.name == "httpPostSoap" ? soap : object));
+            QNetworkProxy::setApplicationProxy({QNetworkProxy::HttpProxy, "127.0.0.1",
+                quint16(QUrl(proxy.address()).port()), "user", "word"});
+            const bool ok = outcomeOf(runner, "http://platform.example/x").ok;
+            QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
+            QVERIFY2(ok, runner.name);
+            QCOMPARE(proxy.onlyRequest().header("Proxy-Authorization"), QByteArray("Basic dXNlcjp3b3Jk"));
+        }
     }
 
     void followsNoRedirect()
@@ -357,6 +418,23 @@ private slots:
         });
         QCoreApplication::exec();
         QVERIFY2(moreFiles < 5, QByteArray::number(moreFiles));
+    }
+
+    /// For want of files an event loop of GLib ends the process.
+    void failsWithoutFilesToOpen()
+    {
+        rlimit before{};
+        ::getrlimit(RLIMIT_NOFILE, &before);
+        for (int spare = 0; spare < 8; ++spare) {
+            const rlimit few{rlim_t(openFiles() + spare), before.rlim_max};
+            ::setrlimit(RLIMIT_NOFILE, &few);
+            const bool failed = outcomeOf(posting("a=1"), "http://127.0.0.1:1/").failedWith(replyUnusable());
+            ::setrlimit(RLIMIT_NOFILE, &before);
+            QVERIFY(failed);
+        }
+        ScriptedPeer peer;
+        peer.expect("POST", "/", behaviour::answer(object));
+        QVERIFY(outcomeOf(posting("a=1"), peer.address() + "/").ok);
     }
 
     void requestsMayNest()
