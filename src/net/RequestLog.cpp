@@ -33,7 +33,7 @@ QString nameOf(QNetworkReply::NetworkError error)
 QString textOf(const QNetworkReply& reply)
 {
     QString text = reply.errorString();
-    for (const auto format : {QUrl::PrettyDecoded, QUrl::FullyEncoded, QUrl::FullyDecoded})
+    for (const auto format : {QUrl::PrettyDecoded, QUrl::FullyEncoded})
         text.replace(reply.url().toString(format), QStringLiteral("the address"));
     // Were it written in yet another way, rather no text than that one.
     return text.contains(QLatin1String("://")) ? QStringLiteral("an error with the address") : text;
