@@ -129,13 +129,10 @@ CloudFailure failureOf(const QNetworkReply& reply)
     case QNetworkReply::ProxyTimeoutError:
     case QNetworkReply::ProxyAuthenticationRequiredError:
     case QNetworkReply::TemporaryNetworkFailureError:
+    case QNetworkReply::UnknownNetworkError: // a network that cannot be reached, for one
         return CloudFailure::NoConnection;
     case QNetworkReply::SslHandshakeFailedError:
         return CloudFailure::NotTrusted;
-    case QNetworkReply::UnknownNetworkError: // a network that cannot be reached, or TLS that is missing
-        return reply.url().scheme() == QLatin1String("https") && !QSslSocket::supportsSsl()
-            ? CloudFailure::NotTrusted
-            : CloudFailure::NoConnection;
     default:
         return CloudFailure::Unusable;
     }
@@ -176,6 +173,10 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     if (!hasRoomForConnection()) {
         log.refuse(QStringLiteral("too many files are open in this process"));
         return conclude(CloudFailure::NoConnection, error);
+    }
+    if (request.url().scheme() == QLatin1String("https") && !QSslSocket::supportsSsl()) {
+        log.refuse(QStringLiteral("there is no TLS library that Qt can use"));
+        return conclude(CloudFailure::NotTrusted, error);
     }
     // Before any timer: this gives the thread what timers need, should it have run no event loop yet.
     QEventLoop loop;
