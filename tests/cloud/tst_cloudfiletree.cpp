@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -172,7 +173,11 @@ private slots:
         for (const int listing : {FromB, FromA, FromSelf})
             peer.expect("GET", requests[listing].target, behaviour::answer(requests[listing].reply));
         peer.expect("GET", requests[FilesOf2].target, behaviour::silent());
+        QTimer muchLater; // than the time-out
+        muchLater.setSingleShot(true);
+        muchLater.start(15000);
         const Tree tree(made->getFileTree());
+        QVERIFY(muchLater.isActive());
         QStringList lines = treeWithout(Backups);
         for (const char* fileId : {"21", "22", "91"})
             lines.removeAt(lines.indexOf(QRegularExpression(QString(".*fileId=") + fileId)));

@@ -7,10 +7,8 @@
 
 #include <QApplication>
 #include <QDirIterator>
-#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <memory>
 
@@ -226,7 +224,8 @@ private slots:
 
     void anUnreadableDrawingIsSentAsNothing()
     {
-        for (const QString in : {"missing/x.dgn", "out", ""}) {
+        // The last has fewer bytes than it says, as a file that gets shorter while it is read.
+        for (const QString in : {"missing/x.dgn", "out", "", "/sys/devices/system/cpu/online"}) {
             expect(behaviour::answer("<soap:Fault/>", 500));
             QVERIFY(!convert(ToDwg, in, "out/x").ok);
             QCOMPARE(peer->requests().last().body, requestFor(ToDwg, QByteArray()));
@@ -245,19 +244,6 @@ private slots:
             QCOMPARE(read("old"), old);
             QCOMPARE(filesHere(), 2);
         }
-    }
-
-    void theWaitCanBeEndedByEscape()
-    {
-        write("in.dgn", "drawing");
-        expect(behaviour::silent());
-        QTimer::singleShot(300, [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); });
-        QElapsedTimer watch;
-        watch.start();
-        const Conversion done = convert(ToDwg, "in.dgn", QString());
-        QVERIFY(watch.elapsed() < 20000); // without Escape it takes the whole 30 seconds
-        QVERIFY(!done.ok && done.error == connectionTimedOut());
-        QCOMPARE(done.path, QString("in.dgn"));
     }
 
     void cleanup()

@@ -131,6 +131,7 @@ private slots:
                 << behaviour::closeAfter("HTTP/1.1 200 OK\r\n" + chunks + "\r\n" + cut) << replyUnusable();
         QTest::newRow("empty body") << behaviour::answer("") << replyUnusable();
         QTest::newRow("redirect") << behaviour::redirect("http://127.0.0.1:1/", "moved") << replyUnusable();
+        QTest::newRow("a part of it") << behaviour::answer("x", 206) << replyUnusable();
         QTest::newRow("404") << behaviour::answer(R"({"code":1})", 404) << replyUnusable();
     }
 
@@ -156,11 +157,14 @@ private slots:
     {
         const QString plain = folder->filePath("plain");
         write(plain, old);
-        for (const QString& path : {folder->path(), plain + "/x.dwg", QString()}) {
+        const QString pipe = folder->filePath("pipe");
+        QVERIFY(::mkfifo(QFile::encodeName(pipe), 0600) == 0);
+        for (const QString& path : {folder->path(), plain + "/x.dwg", QString(), pipe}) {
             ScriptedPeer peer;
             peer.expect("GET", "/", behaviour::answer("body"));
             QVERIFY(outcomeOf(downloading(path), peer.address() + "/").failedWith(Outcome().error));
-            QCOMPARE(files(), QStringList("plain"));
+            QCOMPARE(files(), QStringList({"pipe", "plain"}));
+            QVERIFY(!QFileInfo(pipe).isFile()); // it was not renamed over
             QCOMPARE(read(plain), old);
         }
     }
