@@ -159,7 +159,8 @@ private slots:
         write(plain, old);
         const QString pipe = folder->filePath("pipe");
         QVERIFY(::mkfifo(QFile::encodeName(pipe), 0600) == 0);
-        for (const QString& path : {folder->path(), plain + "/x.dwg", QString(), pipe}) {
+        for (const QString& path :
+            {folder->path(), plain + "/x.dwg", QString(), pipe, plain + QChar(QChar::Null) + "x"}) {
             ScriptedPeer peer;
             peer.expect("GET", "/", behaviour::answer("body"));
             QVERIFY(outcomeOf(downloading(path), peer.address() + "/").failedWith(Outcome().error));
