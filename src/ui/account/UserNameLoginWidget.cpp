@@ -9,15 +9,25 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCompleter>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QToolButton>
+#include <QWheelEvent>
 
 namespace {
 
 constexpr int mostAccounts = 5;
 constexpr char shownProperty[] = "shown";
+
+/// Who rolls the mouse wheel means what is below, and not another account.
+class NameBox : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
 
 QString enciphered(const QString& password)
 {
@@ -52,7 +62,7 @@ void moveToFront(QStringList& list, int index, const QString& text)
 
 UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     : QWidget(parent)
-    , userName(new QComboBox(this))
+    , userName(new NameBox(this))
     , password(new QLineEdit(this))
     , eye(password->addAction(QIcon(), QLineEdit::TrailingPosition))
     , remember(new QCheckBox(tr("Remember the password"), this))
@@ -60,8 +70,8 @@ UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     userName->setEditable(true);
     // Enter is for the dialog's button, not for a new entry.
     userName->setInsertPolicy(QComboBox::NoInsert);
-    // Names that differ in letter case are different accounts.
-    userName->completer()->setCaseSensitivity(Qt::CaseSensitive);
+    // A name is the one that was typed, also when another begins with it: a password follows.
+    userName->setCompleter(nullptr);
     // A long name must not widen the dialog.
     userName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     eye->setText(tr("Show or hide the password")); // its name for a screen reader, and its tool tip

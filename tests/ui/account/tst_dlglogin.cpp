@@ -16,6 +16,7 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QToolButton>
+#include <QWheelEvent>
 
 namespace {
 
@@ -164,6 +165,37 @@ private slots:
         QCOMPARE(dialog.shown(), QString("ax "));
     }
 
+    /// Whatever is remembered, and however the user goes on from the name: the password is for who was typed.
+    void signsInAsTyped()
+    {
+        for (const QByteArray& typed : QByteArrayList{"ann", "an", "Anna", "anna"})
+            for (const int key : {0, int(Qt::Key_Tab), int(Qt::Key_Enter), int(Qt::Key_End)}) {
+                writeAccountFile(
+                    {{"anna", "ANNA", "anne"}, enciphered({"1", "2", "3"}), {"true", "", "true"}});
+                PasswordPage dialog;
+                type(dialog, account, typed);
+                if (key == Qt::Key_Enter)
+                    fixture->boxes().expectPrompt("password can not be blank!");
+                if (key)
+                    QTest::keyClick(field(dialog, account), Qt::Key(key));
+                signInWith(dialog, {{word, "mine"}});
+                QVERIFY(fixture->requests().last().body.startsWith("username=" + typed + '&'));
+                QCOMPARE(stored().userNames.first(), QString(typed));
+            }
+    }
+
+    void theWheelLeavesTheAccountAlone()
+    {
+        writeAccountFile({{"a", "b"}, enciphered({"one", "two"}), {"true", "true"}});
+        const PasswordPage dialog;
+        for (QWidget* under : {static_cast<QWidget*>(&dialog.names), dialog.names.childAt(9, 9)}) {
+            QWheelEvent turn({9, 9}, under->mapToGlobal(QPointF(9, 9).toPoint()), {}, {0, -120}, Qt::NoButton,
+                Qt::NoModifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(under, &turn);
+            QCOMPARE(dialog.shown(), QString("a one"));
+        }
+    }
+
     void survivesListsOfUnequalLength()
     {
         writeAccountFile({{"a", "b", "c"}, enciphered({"one"}), {}});
@@ -172,7 +204,7 @@ private slots:
             dialog.names.setCurrentIndex(index);
             QVERIFY(dialog.shown().endsWith(' '));
         }
-        signInWith(dialog, "c", "new");
+        signInWith(dialog, {{account, "c"}, {word, "new"}});
         QCOMPARE(stored().userNames, QStringList({"c", "a", "b"}));
         QCOMPARE(stored().passwords, enciphered({"new", "one"}));
     }
@@ -208,7 +240,7 @@ private slots:
         }
         writeAccountFile(before);
         PasswordPage dialog;
-        signInWith(dialog, "N", "new");
+        signInWith(dialog, {{account, "N"}, {word, "new"}});
         QCOMPARE(stored().userNames, namesAfter.split(' '));
         QCOMPARE(stored().passwords, enciphered(passwordsAfter.split(' ')));
         QCOMPARE(stored().rememberFlags.size(), stored().userNames.size());
@@ -233,21 +265,21 @@ private slots:
         QCOMPARE(field(dialog, word)->echoMode(), QLineEdit::Password);
 
         QTest::mouseClick(&dialog.box, Qt::LeftButton, {}, QPoint(8, dialog.box.height() / 2));
-        signInWith(dialog, "c", "three");
+        signInWith(dialog, {{account, "c"}, {word, "three"}});
         bringUp(dialog);
         QCOMPARE(dialog.shown(), QString("c ")); // not to be remembered
         dialog.names.setCurrentIndex(2);
         QCOMPARE(dialog.shown(), QString("b two"));
-        signInWith(dialog, "c", "four");
+        signInWith(dialog, {{account, "c"}, {word, "four"}});
         QCOMPARE(stored().userNames, QStringList({"c", "a", "b"}));
         QCOMPARE(stored().passwords, enciphered({"four", "one", "two"}));
         QCOMPARE(stored().rememberFlags, QStringList({"false", "true", "true"}));
     }
 
 private:
-    void signInWith(DlgLoginCloundPlatform& dialog, const QString& who, const QString& secret)
+    void signInWith(DlgLoginCloundPlatform& dialog, const Texts& texts)
     {
-        fillIn(dialog, {{account, who}, {word, secret}});
+        fillIn(dialog, texts);
         fixture->expect("POST", "/auth/oauth/token?grant_type=password",
             R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})");
         fixture->boxes().expectPrompt("login successfully!");
