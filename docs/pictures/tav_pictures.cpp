@@ -50,6 +50,7 @@ const QByteArray refusal = R"({"code":1,"msg":"Wrong verification code / 验证�
 void shootLogin(const Album& album, ScriptedPeer& peer)
 {
     const auto tr = [](const char* text) { return DlgLoginCloundPlatform::tr(text); };
+    QFile::remove("AccountManage.bin");
     {
         DlgLoginCloundPlatform dialog;
         album.shoot(dialog, "login-code-empty");
@@ -65,7 +66,6 @@ void shootLogin(const Album& album, ScriptedPeer& peer)
         QTest::qWait(150);
         album.shoot(dialog, "login-code-counting");
     }
-    QFile::remove("AccountManage.bin");
     DlgLoginCloundPlatform fresh;
     fresh.findChild<QTabWidget*>()->setCurrentIndex(1);
     album.shoot(fresh, "login-password-empty");
@@ -80,7 +80,6 @@ void shootLogin(const Album& album, ScriptedPeer& peer)
     writeAccountFile(
         {{"li.hua", "wang.fang"}, {enciphered("correct horse"), enciphered("b")}, {"true", "false"}});
     DlgLoginCloundPlatform remembered;
-    remembered.findChild<QTabWidget*>()->setCurrentIndex(1);
     album.shoot(remembered, "login-password-remembered");
     for (QAction* action : remembered.findChildren<QAction*>())
         if (action->property("shown").isValid())

@@ -90,6 +90,8 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     layout->addWidget(tabs);
     layout->addLayout(buttons);
     phonePage->accountField()->setFocus();
+    if (passwordPage->remembersSomebody())
+        tabs->setCurrentIndex(PasswordTab);
 
     connect(registerButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_register);
     connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
@@ -98,12 +100,15 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     connect(this, &QDialog::accepted, phonePage->codeField(), &QLineEdit::clear); // it is used up
 }
 
-/// Once fonts and style are known: no smaller than the texts need, whatever the language.
 void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
 {
+    // Once fonts and style are known: no smaller than the texts need, whatever the language.
     setMinimumSize(minimumSize().expandedTo(layout()->totalMinimumSize()));
-    if (!event->spontaneous())
+    if (!event->spontaneous()) {
         passwordPage->fillInRemembered();
+        if (tabs->currentIndex() == PasswordTab)
+            passwordPage->offerName();
+    }
     Dialog::showEvent(event);
 }
 
@@ -117,14 +122,22 @@ void DlgLoginCloundPlatform::hideEvent(QHideEvent* event)
 
 void DlgLoginCloundPlatform::_register()
 {
-    if (ScopedDialog<DlgRegisterR2V>(this, QString()).accepted())
-        tabs->setCurrentIndex(PasswordTab);
+    ScopedDialog<DlgRegisterR2V> dialog(this, QString());
+    if (dialog.accepted())
+        goOnWithPassword(dialog->registeredName());
 }
 
 void DlgLoginCloundPlatform::_retrievePassword()
 {
-    if (ScopedDialog<DlgResetPassword>(this, QString()).accepted())
-        tabs->setCurrentIndex(PasswordTab);
+    ScopedDialog<DlgResetPassword> dialog(this, QString());
+    if (dialog.accepted())
+        goOnWithPassword(dialog->account());
+}
+
+void DlgLoginCloundPlatform::goOnWithPassword(const QString& userName)
+{
+    tabs->setCurrentIndex(PasswordTab);
+    passwordPage->askForPassword(userName);
 }
 
 void DlgLoginCloundPlatform::_login()

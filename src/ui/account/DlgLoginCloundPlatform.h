@@ -13,6 +13,10 @@ class UserNameLoginWidget;
 /// Signs in to the cloud platform: by a code sent to a phone or mail box, or by user name and password. Leads
 /// to the registration and to the reset of a password.
 ///
+/// It opens on the page for the password, with the latest name to take or to type over, once somebody has
+/// signed in there; before that on the page for the code. After a registration or a new password, that
+/// account's name is filled in.
+///
 /// Build one, call exec(), and throw it away: a dialog object is for one sign-in. The result is Accepted when
 /// the user has signed in, and the session is then in CloudAccountLogin::instance(); otherwise it is
 /// Rejected. A user who closes the dialog while a request runs gets Rejected even if the platform answers
@@ -44,6 +48,7 @@ private slots:
     void _login();
 
 private:
+    void goOnWithPassword(const QString& userName);
     void loginByCode();
     void loginByPassword();
 

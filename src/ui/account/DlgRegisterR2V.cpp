@@ -34,6 +34,12 @@ DlgRegisterR2V::DlgRegisterR2V(QWidget* parent)
     connect(cancelButton, &QPushButton::clicked, this, &QDialog::reject);
 }
 
+QString DlgRegisterR2V::registeredName() const
+{
+    const QString account = verification.account->text();
+    return isMail(account) ? account : userName->text();
+}
+
 void DlgRegisterR2V::_updateTimeOut()
 {
     verification.updateCountdown();
@@ -69,7 +75,7 @@ void DlgRegisterR2V::_slotRegister()
         return;
     const QString account = verification.account->text();
     const auto operation =
-        account.contains('@') ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
+        isMail(account) ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
     const Outcome outcome = callPlatform(this, tr("Registering..."),
         [operation, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
             target = account.toLocal8Bit(), code = verification.code->text().toLocal8Bit()] {

@@ -12,6 +12,10 @@ class DlgRegisterR2V : public Dialog
 public:
     explicit DlgRegisterR2V(QWidget* parent = nullptr);
 
+    /// What to sign in with after a registration. The platform names an account by its e-mail address if it
+    /// has one, whatever name was given.
+    QString registeredName() const;
+
 private slots:
     void _updateTimeOut();
     void _slotGetVerifyCode();

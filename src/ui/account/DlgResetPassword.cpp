@@ -36,6 +36,11 @@ DlgResetPassword::DlgResetPassword(QWidget* parent)
 
 DlgResetPassword::~DlgResetPassword() = default;
 
+QString DlgResetPassword::account() const
+{
+    return verification->account->text();
+}
+
 /// The host may keep the dialog. Unlike clear(), this leaves nothing to undo either.
 void DlgResetPassword::hideEvent(QHideEvent* event)
 {

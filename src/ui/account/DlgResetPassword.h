@@ -25,6 +25,9 @@ public:
     explicit DlgResetPassword(QWidget* parent = nullptr);
     ~DlgResetPassword() override;
 
+    /// The phone number or e-mail address that was typed.
+    QString account() const;
+
 protected:
     void hideEvent(QHideEvent* event) override;
 

@@ -47,7 +47,7 @@ void PhoneLoginWidget::_slotGetVerifyCode()
     if (!filled(this, verification.account, tr("The phone number cannot be empty!")))
         return;
     const QString account = verification.account->text();
-    if (!account.contains('@') && !isPhoneNumber(account)) {
+    if (!isMail(account) && !isPhoneNumber(account)) {
         inform(this, tr("The format of the phone number is incorrect!"));
         return;
     }

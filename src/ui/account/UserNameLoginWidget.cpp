@@ -100,6 +100,27 @@ QLineEdit* UserNameLoginWidget::userNameField() const
     return userName->lineEdit();
 }
 
+bool UserNameLoginWidget::remembersSomebody() const
+{
+    return !accounts.userNames.isEmpty();
+}
+
+void UserNameLoginWidget::offerName()
+{
+    userName->setFocus();
+    userName->lineEdit()->selectAll();
+}
+
+void UserNameLoginWidget::askForPassword(const QString& name)
+{
+    if (!name.isEmpty()) {
+        userName->setCurrentIndex(userName->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive));
+        userName->setEditText(name);
+    }
+    password->setText(QString()); // one that is remembered is an old one
+    password->setFocus();
+}
+
 void UserNameLoginWidget::loadRememberedAccounts()
 {
     readAccountFile(accounts);

@@ -24,6 +24,14 @@ public:
     /// Puts the account in front of those in the account file: for a sign-in that succeeded.
     void saveRememberedAccount(const QString& name, const QString& clearPassword);
 
+    /// Whether somebody signed in with a password before.
+    bool remembersSomebody() const;
+    /// The user may go on with the name that is there, or type another one over it.
+    void offerName();
+    /// Leads the user on to the password of \a name, an account with a new password. Without a name, of the
+    /// one that is there.
+    void askForPassword(const QString& name);
+
     /// Fills in the password of the remembered account that is chosen, unless there is one in the field.
     void fillInRemembered();
     /// Leaves no password in clear behind.

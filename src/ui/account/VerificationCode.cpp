@@ -30,7 +30,7 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
 Outcome VerificationCode::request(Operation byPhone, Operation byMail) const
 {
     const QString text = account->text();
-    const Operation operation = text.contains(QLatin1Char('@')) ? byMail : byPhone;
+    const Operation operation = isMail(text) ? byMail : byPhone;
     return callPlatform(button, idleText + "...", [operation, target = text.toLocal8Bit()] {
         return (CloudAccountLogin::instance()->*operation)(target.constData());
     });

@@ -10,6 +10,12 @@ class QLineEdit;
 class QPushButton;
 class QTimer;
 
+/// Whether it is an e-mail address; else it is a phone number.
+inline bool isMail(const QString& address)
+{
+    return address.contains(QLatin1Char('@'));
+}
+
 /// What the login page, the registration and the reset of a password have in common: a phone number or e-mail
 /// address, the code that the platform sends there, the button that asks for it, and the countdown in that
 /// button until it may be asked for again. The widgets and timers belong to the owner.

@@ -45,7 +45,6 @@ public:
         , box(*findChild<QCheckBox*>())
     {
         bringUp(*this);
-        openTab(*this, PasswordTab);
     }
 
     /// Name and password, as the fields have them.
@@ -62,24 +61,46 @@ class TestDlgLogin : public DialogTest
     Q_OBJECT
 
 private slots:
-    void leadsToRegistrationAndReset()
+    void goesOnWithTheAccount_data()
     {
-        for (const int result : {QDialog::Rejected, QDialog::Accepted})
-            for (const QString& link : {registration, QString("Forget the password")}) {
-                DlgLoginCloundPlatform dialog;
-                bringUp(dialog);
-                follow(dialog, link, [&](QDialog& sub) {
-                    QCOMPARE(sub.parentWidget(), &dialog);
-                    QCOMPARE(bool(qobject_cast<DlgRegisterR2V*>(&sub)), link == registration);
-                    QCOMPARE(bool(qobject_cast<DlgResetPassword*>(&sub)), link != registration);
-                    sub.done(result);
-                });
-                QVERIFY(dialog.findChildren<QDialog*>().isEmpty());
-                const auto* tabs = dialog.findChild<QTabWidget*>();
-                QCOMPARE(tabs->currentIndex(), result);
-                QCOMPARE(tabs->tabText(0) + '|' + tabs->tabText(1),
-                    QString("Login by verification|Login by password"));
-            }
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<Texts>("texts");
+        QTest::addColumn<QString>("shown"); // empty for a dialog that is cancelled
+        const QString forgotten = "Forget the password";
+        QTest::newRow("registered by phone")
+            << registration << Texts{{"User name", "n"}, {account, "1"}} << "n ";
+        QTest::newRow("by mail") << registration << Texts{{"User name", "n"}, {account, "n@b"}} << "n@b ";
+        QTest::newRow("one known before") << registration << Texts{{"User name", "b"}} << "b ";
+        QTest::newRow("reset") << forgotten << Texts{{account, "1"}} << "1 ";
+        QTest::newRow("nobody") << forgotten << Texts{} << "a ";
+        QTest::newRow("no registration") << registration << Texts{{"User name", "n"}} << "";
+        QTest::newRow("no reset") << forgotten << Texts{{account, "1"}} << "";
+    }
+
+    void goesOnWithTheAccount()
+    {
+        QFETCH(QString, link);
+        QFETCH(Texts, texts);
+        QFETCH(QString, shown);
+        writeAccountFile({{"a", "b"}, enciphered({"one", "two"}), {"true", "true"}});
+        const PasswordPage dialog;
+        openTab(dialog, CodeTab);
+        follow(dialog, link, [&](QDialog& sub) {
+            QCOMPARE(sub.parentWidget(), &dialog);
+            QCOMPARE(bool(qobject_cast<DlgRegisterR2V*>(&sub)), link == registration);
+            QCOMPARE(bool(qobject_cast<DlgResetPassword*>(&sub)), link != registration);
+            fillIn(sub, texts);
+            sub.done(shown.isEmpty() ? QDialog::Rejected : QDialog::Accepted);
+        });
+        QVERIFY(dialog.findChildren<QDialog*>().isEmpty());
+        const auto* tabs = dialog.findChild<QTabWidget*>();
+        QCOMPARE(
+            tabs->tabText(0) + '|' + tabs->tabText(1), QString("Login by verification|Login by password"));
+        QCOMPARE(tabs->currentIndex(), int(shown.isEmpty() ? CodeTab : PasswordTab));
+        if (!shown.isEmpty())
+            QCOMPARE(dialog.focusWidget(), field(dialog, word));
+        openTab(dialog, PasswordTab);
+        QCOMPARE(dialog.shown(), shown.isEmpty() ? "a one" : shown);
     }
 
     void goesWithItsParentUnderASubDialog()
@@ -110,6 +131,7 @@ private slots:
     void showsThePasswordOnDemand()
     {
         const PasswordPage dialog;
+        openTab(dialog, PasswordTab);
         QLineEdit* edit = field(dialog, word);
         const QAction* eye = edit->actions().first();
         auto* eyeButton = edit->findChild<QToolButton*>();
@@ -130,7 +152,7 @@ private slots:
         }
     }
 
-    void fillsInTheLatestAccount()
+    void opensWithTheLatestAccount()
     {
         const QVector<QPair<QStringList, bool>> cases{
             {{"true", "false"}, true}, {{"false", "true"}, false}, {{QString(), "true"}, false}, {{}, false}};
@@ -140,7 +162,15 @@ private slots:
             QCOMPARE(dialog.shown(), QString(filled ? "first one" : "first "));
             QCOMPARE(dialog.names.count(), 2);
             QCOMPARE(dialog.box.isChecked(), filled);
+            QTest::keyClicks(dialog.focusWidget(), "another"); // over the name that is there
+            QCOMPARE(dialog.shown(), QString("another "));
         }
+        writeAccountFile({});
+        DlgLoginCloundPlatform first;
+        bringUp(first);
+        QTest::keyClicks(first.focusWidget(), "1");
+        QCOMPARE(first.findChild<QTabWidget*>()->currentIndex(), int(CodeTab));
+        QCOMPARE(field(first, account)->text(), QString("1"));
     }
 
     void followsTheChoiceOfAnAccount()
@@ -240,6 +270,7 @@ private slots:
         }
         writeAccountFile(before);
         PasswordPage dialog;
+        openTab(dialog, PasswordTab);
         signInWith(dialog, {{account, "N"}, {word, "new"}});
         QCOMPARE(stored().userNames, namesAfter.split(' '));
         QCOMPARE(stored().passwords, enciphered(passwordsAfter.split(' ')));
