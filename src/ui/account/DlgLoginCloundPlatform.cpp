@@ -3,11 +3,11 @@
 
 #include "account/CloudAccountLogin.h"
 #include "core/Screen.h"
+#include "ui/FocusMark.h"
 #include "ui/ScopedDialog.h"
 #include "ui/account/Conclusion.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
-#include "ui/account/FocusMark.h"
 #include "ui/account/PhoneLoginWidget.h"
 #include "ui/account/UserNameLoginWidget.h"
 

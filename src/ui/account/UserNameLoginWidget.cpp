@@ -4,7 +4,7 @@
 #include "crypto/AccountCipher.h"
 #include "net/BuildConstants.h"
 #include "ui/FieldGrid.h"
-#include "ui/account/FocusMark.h"
+#include "ui/FocusMark.h"
 
 #include <QAction>
 #include <QCheckBox>
