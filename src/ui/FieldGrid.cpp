@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 /// How wide a field must be to show \a text; the two letters more are for its frame.
@@ -37,9 +39,21 @@ void FieldGrid::addField(const QString& label, QWidget* field, QWidget* beside)
 {
     addRow(label, field, beside);
     field->setAccessibleName(QString(label).remove(':'));
-    field->setMinimumWidth(textWidth(field, "0000000000"));
+    field->setMinimumWidth(textWidth(field, beside ? "0000000000" : "firstname.lastname@example.com"));
     if (const auto* edit = qobject_cast<QLineEdit*>(field))
         field->setMinimumWidth(qMax(field->minimumWidth(), textWidth(field, edit->placeholderText())));
+}
+
+void takeNoBlanks(QLineEdit* field)
+{
+    QObject::connect(field, &QLineEdit::textChanged, field, [field](QString text) {
+        const auto isBlank = [](QChar c) { return c.isSpace() || !c.isPrint(); };
+        const auto* const rest = std::remove_if(text.begin(), text.end(), isBlank);
+        if (rest == text.end())
+            return;
+        text.truncate(int(rest - text.begin()));
+        field->setText(text);
+    });
 }
 
 void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton* leave)

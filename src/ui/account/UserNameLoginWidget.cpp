@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QToolButton>
@@ -27,6 +28,30 @@ public:
 
 protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
+/// Keeps what is typed on a button within a text field from the field, to which Qt would pass it on.
+class ButtonKeys : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() != QEvent::KeyPress)
+            return false;
+        switch (static_cast<QKeyEvent*>(event)->key()) {
+        case Qt::Key_Space:
+        case Qt::Key_Tab:
+        case Qt::Key_Backtab:
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Escape:
+            return false;
+        default:
+            return true;
+        }
+    }
 };
 
 QString enciphered(const QString& password)
@@ -78,6 +103,7 @@ UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     auto* eyeButton = password->findChild<QToolButton*>();
     eyeButton->setFocusPolicy(Qt::TabFocus); // a click leaves the focus in the field
     new FocusMark(eyeButton);
+    eyeButton->installEventFilter(new ButtonKeys(eyeButton));
     showPassword(false);
 
     auto* grid = new FieldGrid(this);

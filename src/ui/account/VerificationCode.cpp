@@ -2,6 +2,7 @@
 #include "ui/account/VerificationCode.h"
 
 #include "account/CloudAccountLogin.h"
+#include "ui/FieldGrid.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -20,6 +21,7 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
     , countdown(new QTimer(owner))
     , idleText(buttonText)
 {
+    takeNoBlanks(code);
     tick->setObjectName(QStringLiteral("tickTimer"));
     countdown->setObjectName(QStringLiteral("countdownTimer"));
     countdown->setSingleShot(true);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DialogFixture.h"
 
+#include "ui/FieldGrid.h"
 #include "ui/account/AccountFile.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
@@ -8,6 +9,8 @@
 #include "ui/account/DlgResetPassword.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -161,6 +164,33 @@ private slots:
         }
     }
 
+    void fieldsHaveRoom()
+    {
+        QDialog dialog;
+        auto* grid = new FieldGrid;
+        auto* plain = new QLineEdit;
+        auto* hinted = new QLineEdit;
+        auto* box = new QComboBox;
+        auto* beside = new QLineEdit;
+        box->setEditable(true);
+        hinted->setPlaceholderText(QString(40, 'n'));
+        grid->addField("a", plain);
+        grid->addField("b", box);
+        grid->addField("c", beside, new QPushButton);
+        layOut(&dialog, grid, new QPushButton, nullptr);
+        bringUp(dialog);
+        const auto isRoomFor = [](QLineEdit* edit, const QString& text) {
+            edit->setText(text);
+            edit->grab();
+            return edit->cursorPositionAt({0, edit->height() / 2}) == 0; // not scrolled to its end
+        };
+        QVERIFY(isRoomFor(plain, "wang.xiaoming@example.com.cn"));
+        QVERIFY(isRoomFor(box->lineEdit(), "wang.xiaoming@example.com.cn"));
+        QVERIFY(isRoomFor(beside, "12345678"));
+        grid->addField("d", hinted);
+        QVERIFY(isRoomFor(hinted, hinted->placeholderText()));
+    }
+
     void checkInOrder_data()
     {
         QTest::addColumn<int>("index");
@@ -261,6 +291,11 @@ private slots:
             QVERIFY(dialog->isVisible() && button(*dialog, kind.proceed)->isEnabled());
             QVERIFY(!QFile::exists("AccountManage.bin"));
             field(*dialog, name)->setFocus();
+            if (name == code) { // with what comes along when it is copied from a message
+                QApplication::clipboard()->setText(QString::fromUtf8(" \n1\u00a0\r\n"));
+                QTest::keyClick(field(*dialog, name), Qt::Key_A, Qt::ControlModifier);
+                QTest::keyClick(field(*dialog, name), Qt::Key_V, Qt::ControlModifier);
+            }
             QTest::keyClick(field(*dialog, name), Qt::Key_Return);
         }
         QCOMPARE(dialog->result(), int(QDialog::Accepted));

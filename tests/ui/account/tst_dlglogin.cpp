@@ -145,6 +145,8 @@ private slots:
                                        : ":/tav_cloud_platform_sdk/Resources/closed_eye.png");
             QVERIFY(!expected.pixmap(16).isNull());
             QCOMPARE(eye->icon().pixmap(16).toImage(), expected.pixmap(16).toImage());
+            QTest::keyClicks(eyeButton, "x"); // which is not for the field around it
+            QVERIFY(edit->text().isEmpty());
             if (shown)
                 QTest::keyClick(eyeButton, Qt::Key_Space);
             else
