@@ -24,6 +24,7 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/account/DlgRegisterR2V.cpp
     ui/account/DlgResetPassword.cpp
     ui/account/PhoneLoginWidget.cpp
+    ui/account/RememberedAccounts.cpp
     ui/account/UserNameLoginWidget.cpp
     ui/account/VerificationCode.cpp
     ui/cloudspace/AddAltAccountDlg.cpp

@@ -84,7 +84,7 @@ void writeTexts(QDataStream& stream, const QStringList& texts)
 
 } // namespace
 
-void readAccountFile(RememberedAccounts& accounts)
+void readAccountFile(AccountLists& accounts)
 {
     QFile file(filePath());
     // A pipe of that name would have us wait for its other end.
@@ -102,7 +102,7 @@ void readAccountFile(RememberedAccounts& accounts)
     accounts.rememberFlags = readTexts(stream);
 }
 
-void writeAccountFile(const RememberedAccounts& accounts)
+void writeAccountFile(const AccountLists& accounts)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);

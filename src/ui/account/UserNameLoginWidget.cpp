@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/UserNameLoginWidget.h"
 
-#include "crypto/AccountCipher.h"
-#include "net/BuildConstants.h"
 #include "ui/FieldGrid.h"
 #include "ui/FocusMark.h"
 
@@ -17,7 +15,6 @@
 
 namespace {
 
-constexpr int mostAccounts = 5;
 constexpr char shownProperty[] = "shown";
 
 /// Who rolls the mouse wheel means what is below, and not another account.
@@ -53,35 +50,6 @@ public:
         }
     }
 };
-
-QString enciphered(const QString& password)
-{
-    return aesEncryptText(password, accountCipherKey(), accountCipherKey());
-}
-
-QString deciphered(const QString& password)
-{
-    return aesDecryptText(password, accountCipherKey(), accountCipherKey());
-}
-
-bool isSet(const QString& flag)
-{
-    return flag == QLatin1String("true");
-}
-
-void prependAtMost(QStringList& list, const QString& text)
-{
-    list.prepend(text);
-    if (list.size() > mostAccounts)
-        list.removeLast();
-}
-
-void moveToFront(QStringList& list, int index, const QString& text)
-{
-    if (index < list.size())
-        list.removeAt(index);
-    list.prepend(text);
-}
 
 } // namespace
 
@@ -128,7 +96,7 @@ QLineEdit* UserNameLoginWidget::userNameField() const
 
 bool UserNameLoginWidget::remembersSomebody() const
 {
-    return !accounts.userNames.isEmpty();
+    return !accounts.userNames().isEmpty();
 }
 
 void UserNameLoginWidget::offerName()
@@ -149,58 +117,33 @@ void UserNameLoginWidget::askForPassword(const QString& name)
 
 void UserNameLoginWidget::loadRememberedAccounts()
 {
-    readAccountFile(accounts);
-    userName->addItems(accounts.userNames);
-    currentFlag = accounts.rememberFlags.value(0);
-    if (!isSet(currentFlag))
+    accounts.load();
+    userName->addItems(accounts.userNames());
+    currentFlag = accounts.flagOf(0);
+    if (!accounts.isFilledIn(0))
         return;
     remember->setChecked(true);
-    userName->setCurrentText(accounts.userNames.value(0));
-    password->setText(remembered(0));
+    userName->setCurrentText(accounts.userNames().value(0));
+    password->setText(accounts.passwordOf(0));
 }
 
 void UserNameLoginWidget::saveRememberedAccount(const QString& name, const QString& clearPassword)
 {
-    // An entry that our key does not open is kept as what comes out of it.
-    for (QString& entry : accounts.passwords)
-        entry = enciphered(deciphered(entry));
-
-    // The password is kept whatever the flag says; the flag decides whether it is filled in again.
-    QString newPassword = clearPassword;
-    if (accounts.userNames.contains(name)) {
-        for (int i = 0; i < accounts.userNames.size(); ++i) {
-            if (accounts.userNames.at(i) != name)
-                continue;
-            newPassword = enciphered(newPassword);
-            moveToFront(accounts.userNames, i, name);
-            moveToFront(accounts.passwords, i, newPassword);
-            moveToFront(accounts.rememberFlags, i, currentFlag);
-        }
-    } else if (!name.isEmpty()) {
-        prependAtMost(accounts.userNames, name);
-        prependAtMost(accounts.passwords, enciphered(newPassword));
-        prependAtMost(accounts.rememberFlags, currentFlag);
-    }
-    writeAccountFile(accounts);
+    accounts.putInFront(name, clearPassword, currentFlag);
+    accounts.save();
 
     // The dialog may be shown again: what is chosen from the box must be the account at the same place.
     const QSignalBlocker quiet(userName);
     userName->clear();
-    userName->addItems(accounts.userNames);
-}
-
-QString UserNameLoginWidget::remembered(int index) const
-{
-    return isSet(accounts.rememberFlags.value(index)) ? deciphered(accounts.passwords.value(index))
-                                                      : QString();
+    userName->addItems(accounts.userNames());
 }
 
 void UserNameLoginWidget::fillInRemembered()
 {
     const int index = userName->currentIndex();
     if (std::exchange(forgotten, false) && remember->isChecked()
-        && userName->currentText() == accounts.userNames.value(index))
-        password->setText(remembered(index));
+        && userName->currentText() == accounts.userNames().value(index))
+        password->setText(accounts.passwordOf(index));
 }
 
 void UserNameLoginWidget::forgetPassword()
@@ -212,18 +155,18 @@ void UserNameLoginWidget::forgetPassword()
 
 void UserNameLoginWidget::_userNameIndexChanged(int index)
 {
-    if (index >= accounts.passwords.size())
+    if (!accounts.hasPassword(index))
         return;
-    currentFlag = accounts.rememberFlags.value(index);
-    remember->setChecked(isSet(currentFlag));
-    password->setText(remembered(index));
+    currentFlag = accounts.flagOf(index);
+    remember->setChecked(accounts.isFilledIn(index));
+    password->setText(accounts.passwordOf(index));
 }
 
 void UserNameLoginWidget::_userNameChanged(const QString&)
 {
     const int index = userName->currentIndex();
     // The first account's password goes as well: what is being typed is another name.
-    password->setText(index > 0 ? remembered(index) : QString());
+    password->setText(index > 0 ? accounts.passwordOf(index) : QString());
 }
 
 void UserNameLoginWidget::_checkBoxClicked(int)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ui/account/AccountFile.h"
+#include "ui/account/RememberedAccounts.h"
 
 #include <QWidget>
 
@@ -45,7 +45,6 @@ private slots:
 
 private:
     void loadRememberedAccounts();
-    QString remembered(int index) const;
     void showPassword(bool shown);
 
     QComboBox* userName;
@@ -53,7 +52,7 @@ private:
     QAction* eye;
     QCheckBox* remember;
 
-    RememberedAccounts accounts; ///< as in the file: the passwords are enciphered
+    RememberedAccounts accounts;
     QString currentFlag;
     bool forgotten = false; // the password field was emptied when the dialog went from the screen
 };

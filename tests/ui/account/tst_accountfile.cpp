@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "ui/account/AccountFile.h"
+#include "AccountText.h"
+
+#include "ui/account/RememberedAccounts.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <atomic>
-#include <csignal>
 #include <functional>
 #include <memory>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -40,49 +38,20 @@ void store(const QByteArray& bytes)
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
-RememberedAccounts twoAccounts()
+AccountLists twoAccounts()
 {
     return {{"a", QString::fromUtf8("李")}, {"QQ==", ""}, {"true", QString()}};
 }
 
 /// What a reader starts with, to see whether it was touched.
-RememberedAccounts before()
+AccountLists before()
 {
     return {{"before"}, {"p"}, {"f"}};
 }
 
-QList<QStringList> lists(const RememberedAccounts& accounts)
+QList<QStringList> lists(const AccountLists& accounts)
 {
     return {accounts.userNames, accounts.passwords, accounts.rememberFlags};
-}
-
-/// Lowers a limit of the process for a while.
-class Limit
-{
-public:
-    Limit(__rlimit_resource limited, rlim_t bytes)
-        : resource(limited)
-    {
-        ::getrlimit(resource, &old);
-        const rlimit low{bytes, old.rlim_max};
-        ::setrlimit(resource, &low);
-    }
-    ~Limit() { ::setrlimit(resource, &old); }
-    Limit(const Limit&) = delete;
-    Limit& operator=(const Limit&) = delete;
-
-private:
-    __rlimit_resource resource;
-    rlimit old{};
-};
-
-[[maybe_unused]] rlim_t addressSpaceInUse()
-{
-    QFile file("/proc/self/statm");
-    const bool open = file.open(QIODevice::ReadOnly);
-    Q_ASSERT(open);
-    Q_UNUSED(open)
-    return file.readAll().split(' ').first().toULongLong() * 4096;
 }
 
 } // namespace
@@ -119,7 +88,7 @@ private slots:
         QFile::remove(fileName);
 
         store(bytes);
-        RememberedAccounts read = before();
+        AccountLists read = before();
         readAccountFile(read);
         QCOMPARE(lists(read), written);
         writeAccountFile(read);
@@ -141,7 +110,7 @@ private slots:
                 if (size < firstEnd)
                     expected[0].clear();
             }
-            RememberedAccounts read = before();
+            AccountLists read = before();
             readAccountFile(read);
             QVERIFY2(lists(read) == expected, qPrintable(QString::number(size)));
         }
@@ -159,6 +128,10 @@ private slots:
         QTest::newRow("another version") << hex("abbcc0dd 00000245") + firstList + lists23 << untouched;
         QTest::newRow("count beyond the file") << header + hex("7fffffff") + lists23 << nothing;
         QTest::newRow("length beyond the file") << header + hex("00000001 7ffffffe") + lists23 << nothing;
+        QTest::newRow("more than anybody has")
+            << header + hex("000003e9") + QByteArray(1001 * 4, '\0') + lists23 << nothing;
+        QTest::newRow("longer than anybody types")
+            << header + hex("00000001 00100002") + QByteArray(0x100002, 'a') + lists23 << nothing;
         QTest::newRow("odd length") << header + hex("00000001 00000003 006161") + lists23 << nothing;
         QTest::newRow("damage in the second list") << header + firstList + hex("00000001 00000001 61")
                 + thirdList << QList<QStringList>{twoAccounts().userNames, {}, {}};
@@ -170,10 +143,7 @@ private slots:
         QFETCH(QByteArray, bytes);
         QFETCH(QList<QStringList>, expected);
         store(bytes);
-        RememberedAccounts read = before();
-#ifndef __SANITIZE_ADDRESS__ // which reserves more than any limit
-        const Limit limit(RLIMIT_AS, addressSpaceInUse() + (64 << 20));
-#endif
+        AccountLists read = before();
         readAccountFile(read);
         QCOMPARE(lists(read), expected);
     }
@@ -185,13 +155,13 @@ private slots:
                  // opening one waits for its other end
                  [] { return QDir().rmdir(fileName) && ::mkfifo(qPrintable(fileName), 0600) == 0; }}) {
             QVERIFY(make());
-            RememberedAccounts read = before();
+            AccountLists read = before();
             readAccountFile(read);
             QCOMPARE(lists(read), lists(before()));
         }
     }
 
-    void isForItsOwnerOnly()
+    void isReplacedAndForItsOwnerOnly()
     {
         const mode_t mask = ::umask(0);
         for (const char* state : {"new", "there for all to read", "a link"}) {
@@ -209,49 +179,56 @@ private slots:
         }
         ::umask(mask);
         QVERIFY(QFileInfo(fileName).isSymLink());
-        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList({fileName, "target"}));
+        QCOMPARE(::link("target", "second name"), 0);
+        writeAccountFile({});
+        QCOMPARE(QFileInfo("second name").size(), wholeFile.size()); // not written in place
+        QCOMPARE(
+            QDir().entryList(QDir::Files | QDir::Hidden), QStringList({fileName, "second name", "target"}));
     }
 
-    void whatCannotBeWrittenWholeStaysOld()
+    void putsInFront_data()
     {
-        store("old");
-        std::signal(SIGXFSZ, SIG_IGN);
-        {
-            const Limit limit(RLIMIT_FSIZE, 16); // as if the disk were full
-            writeAccountFile(twoAccounts());
-        }
-        std::signal(SIGXFSZ, SIG_DFL);
-        QCOMPARE(contents(), QByteArray("old"));
-        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(fileName));
-    }
-
-    void ofTwoWritersOneFileRemains()
-    {
-        // Of different lengths, so that neither covers the other, and long enough to be met half written.
-        const auto accountsOf = [](QChar letter, int length) {
-            return RememberedAccounts{{QString(length, letter)}, {QString(letter)}, {"true"}};
+        QTest::addColumn<QString>("before"); // names, passwords and flags
+        QTest::addColumn<QString>("after");
+        const auto row = [](const char* name, const char* before, const char* after) {
+            QTest::newRow(name) << before << after;
         };
-        const QList<RememberedAccounts> versions{accountsOf('a', 400000), accountsOf('b', 300000)};
-        QByteArrayList whole;
-        for (const RememberedAccounts& version : versions) {
-            writeAccountFile(version);
-            whole.append(contents());
-        }
-        std::atomic<int> running{versions.size()};
-        std::vector<std::thread> writers;
-        for (const RememberedAccounts& version : versions)
-            writers.emplace_back([&running, version] {
-                for (int i = 0; i < 50; ++i)
-                    writeAccountFile(version);
-                --running;
-            });
-        bool mixed = false;
-        do
-            mixed = mixed || !whole.contains(contents());
-        while (running > 0);
-        for (std::thread& writer : writers)
-            writer.join();
-        QVERIFY(!mixed && whole.contains(contents()));
+        row("the first ever", "||", "N|new|true");
+        row("a sixth drops the oldest", "a b c d e|0 1 2 3 4|p q r s t",
+            "N a b c d|new 0 1 2 3|true p q r s");
+        row("a known one", "a b N d|0 1 2 3|p q r s", "N a b d|new 0 1 3|true p q s");
+        row("letter case", "n|0|p", "N n|new 0|true p");
+        row("lists cut short", "a b N|0|", "N a b|new 0|true");
+        row("more than we keep", "a b c d e f|0|", "N a b c d e|new 0|true");
+    }
+
+    void putsInFront()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        remember(before);
+        RememberedAccounts accounts;
+        accounts.load();
+        accounts.putInFront("N", "new", "true");
+        accounts.save();
+        QCOMPARE(remembered(), after);
+        accounts.putInFront("", "new", "true"); // nobody
+        accounts.save();
+        QCOMPARE(remembered(), after);
+    }
+
+    void fillsInWhatItMay()
+    {
+        remember("a b c d|one two three|true false");
+        RememberedAccounts accounts;
+        accounts.load();
+        const QStringList passwords{"", "one", "", "", "", ""};
+        for (int i = -1; i < passwords.size() - 1; ++i)
+            QCOMPARE(accounts.passwordOf(i), passwords[i + 1]);
+        QVERIFY(accounts.hasPassword(2) && !accounts.hasPassword(3));
+        QVERIFY(accounts.isFilledIn(0) && !accounts.isFilledIn(1) && !accounts.isFilledIn(2));
+        QCOMPARE(accounts.flagOf(1), QString("false"));
+        QVERIFY(accounts.flagOf(2).isNull());
     }
 
 private:

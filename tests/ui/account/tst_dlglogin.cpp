@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "AccountText.h"
 #include "DialogFixture.h"
 
-#include "crypto/AccountCipher.h"
-#include "net/BuildConstants.h"
-#include "ui/account/AccountFile.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
@@ -21,20 +19,6 @@
 namespace {
 
 const QString registration = "User registration";
-
-QStringList enciphered(QStringList texts)
-{
-    for (QString& text : texts)
-        text = aesEncryptText(text, accountCipherKey(), accountCipherKey());
-    return texts;
-}
-
-RememberedAccounts stored()
-{
-    RememberedAccounts accounts;
-    readAccountFile(accounts);
-    return accounts;
-}
 
 /// The password page, in front of its user.
 class PasswordPage : public DlgLoginCloundPlatform
@@ -82,7 +66,7 @@ private slots:
         QFETCH(QString, link);
         QFETCH(Texts, texts);
         QFETCH(QString, shown);
-        writeAccountFile({{"a", "b"}, enciphered({"one", "two"}), {"true", "true"}});
+        remember("a b|one two|true true");
         const PasswordPage dialog;
         openTab(dialog, CodeTab);
         follow(dialog, link, [&](QDialog& sub) {
@@ -101,15 +85,7 @@ private slots:
             QCOMPARE(dialog.focusWidget(), field(dialog, word));
         openTab(dialog, PasswordTab);
         QCOMPARE(dialog.shown(), shown.isEmpty() ? "a one" : shown);
-    }
-
-    void goesWithItsParentUnderASubDialog()
-    {
-        auto* parent = new QWidget;
-        const QPointer<DlgLoginCloundPlatform> dialog(new DlgLoginCloundPlatform(parent));
-        bringUp(*dialog);
-        follow(*dialog, registration, [&](QDialog&) { delete parent; });
-        QVERIFY(!dialog);
+        QCOMPARE(dialog.box.isChecked(), dialog.names.findText(dialog.names.currentText()) >= 0);
     }
 
     void itsLinksFollowTheColoursOfTheWindow()
@@ -156,10 +132,9 @@ private slots:
 
     void opensWithTheLatestAccount()
     {
-        const QVector<QPair<QStringList, bool>> cases{
-            {{"true", "false"}, true}, {{"false", "true"}, false}, {{QString(), "true"}, false}, {{}, false}};
-        for (const auto& [flags, filled] : cases) {
-            writeAccountFile({{"first", "second"}, enciphered({"one", "two"}), flags});
+        for (const QString& flags : QStringList{"true false", "false true", ""}) {
+            const bool filled = flags.startsWith("true");
+            remember("first second|one two|" + flags);
             const PasswordPage dialog;
             QCOMPARE(dialog.shown(), QString(filled ? "first one" : "first "));
             QCOMPARE(dialog.names.count(), 2);
@@ -167,17 +142,20 @@ private slots:
             QTest::keyClicks(dialog.focusWidget(), "another"); // over the name that is there
             QCOMPARE(dialog.shown(), QString("another "));
         }
-        writeAccountFile({});
+        remember("");
         DlgLoginCloundPlatform first;
         bringUp(first);
-        QTest::keyClicks(first.focusWidget(), "1");
         QCOMPARE(first.findChild<QTabWidget*>()->currentIndex(), int(CodeTab));
+        QTest::keyClicks(first.focusWidget(), "1");
         QCOMPARE(field(first, account)->text(), QString("1"));
+        openTab(first, PasswordTab);
+        signInWith(first, {{account, "N"}, {word, "new"}});
+        QCOMPARE(remembered(), QString("N|new|-")); // nobody has said whether to fill it in
     }
 
     void followsTheChoiceOfAnAccount()
     {
-        writeAccountFile({{"a", "b", "c"}, enciphered({"one", "two", "three"}), {"true", "false", "true"}});
+        remember("a b c d|one two three|true false true");
         const PasswordPage dialog;
         QLineEdit* edit = field(dialog, account);
         edit->setFocus();
@@ -190,8 +168,14 @@ private slots:
         // Another name at a later account keeps that account's password ...
         QTest::keyClicks(edit, "x");
         QCOMPARE(dialog.shown(), QString("cx three"));
-        // ... and at the first account clears it.
+        // ... unless it has none, which leaves the box alone ...
+        QTest::keyClick(edit, Qt::Key_Down);
+        QCOMPARE(dialog.shown(), QString("d "));
+        QVERIFY(dialog.box.isChecked());
+        // ... and at the first account clears it. The wheel changes nothing.
         dialog.names.setCurrentIndex(0);
+        QWheelEvent turn({9, 9}, edit->mapToGlobal({9, 9}), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&dialog.names, &turn); // as the field in it passes it on
         QCOMPARE(dialog.shown(), QString("a one"));
         QTest::keyClicks(edit, "x");
         QCOMPARE(dialog.shown(), QString("ax "));
@@ -202,8 +186,7 @@ private slots:
     {
         for (const QByteArray& typed : QByteArrayList{"ann", "an", "Anna", "anna"})
             for (const int key : {0, int(Qt::Key_Tab), int(Qt::Key_Enter), int(Qt::Key_End)}) {
-                writeAccountFile(
-                    {{"anna", "ANNA", "anne"}, enciphered({"1", "2", "3"}), {"true", "", "true"}});
+                remember("anna ANNA anne|1 2 3|true false true");
                 PasswordPage dialog;
                 type(dialog, account, typed);
                 if (key == Qt::Key_Enter)
@@ -212,78 +195,14 @@ private slots:
                     QTest::keyClick(field(dialog, account), Qt::Key(key));
                 signInWith(dialog, {{word, "mine"}});
                 QVERIFY(fixture->requests().last().body.startsWith("username=" + typed + '&'));
-                QCOMPARE(stored().userNames.first(), QString(typed));
+                QVERIFY(remembered().startsWith(typed + ' ') && remembered().contains("|true "));
             }
-    }
-
-    void theWheelLeavesTheAccountAlone()
-    {
-        writeAccountFile({{"a", "b"}, enciphered({"one", "two"}), {"true", "true"}});
-        const PasswordPage dialog;
-        for (QWidget* under : {static_cast<QWidget*>(&dialog.names), dialog.names.childAt(9, 9)}) {
-            QWheelEvent turn({9, 9}, under->mapToGlobal(QPointF(9, 9).toPoint()), {}, {0, -120}, Qt::NoButton,
-                Qt::NoModifier, Qt::NoScrollPhase, false);
-            QCoreApplication::sendEvent(under, &turn);
-            QCOMPARE(dialog.shown(), QString("a one"));
-        }
-    }
-
-    void survivesListsOfUnequalLength()
-    {
-        writeAccountFile({{"a", "b", "c"}, enciphered({"one"}), {}});
-        PasswordPage dialog;
-        for (const int index : {2, 0, 1, -1}) {
-            dialog.names.setCurrentIndex(index);
-            QVERIFY(dialog.shown().endsWith(' '));
-        }
-        signInWith(dialog, {{account, "c"}, {word, "new"}});
-        QCOMPARE(stored().userNames, QStringList({"c", "a", "b"}));
-        QCOMPARE(stored().passwords, enciphered({"new", "one"}));
-    }
-
-    void remembersWhoSignedIn_data()
-    {
-        QTest::addColumn<QString>("names");
-        QTest::addColumn<QString>("namesAfter");
-        QTest::addColumn<QString>("passwordsAfter");
-        QTest::newRow("the first ever") << ""
-                                        << "N"
-                                        << "new";
-        QTest::newRow("a sixth drops the oldest") << "a b c d e"
-                                                  << "N a b c d"
-                                                  << "new 0 1 2 3";
-        QTest::newRow("one that is known goes to the front") << "a b N d"
-                                                             << "N a b d"
-                                                             << "new 0 1 3";
-        QTest::newRow("letter case makes another account") << "n"
-                                                           << "N n"
-                                                           << "new 0";
-    }
-
-    void remembersWhoSignedIn()
-    {
-        QFETCH(QString, names);
-        QFETCH(QString, namesAfter);
-        QFETCH(QString, passwordsAfter);
-        RememberedAccounts before{names.split(' ', Qt::SkipEmptyParts), {}, {}};
-        for (int i = 0; i < before.userNames.size(); ++i) {
-            before.passwords += enciphered({QString::number(i)});
-            before.rememberFlags.append("false");
-        }
-        writeAccountFile(before);
-        PasswordPage dialog;
-        openTab(dialog, PasswordTab);
-        signInWith(dialog, {{account, "N"}, {word, "new"}});
-        QCOMPARE(stored().userNames, namesAfter.split(' '));
-        QCOMPARE(stored().passwords, enciphered(passwordsAfter.split(' ')));
-        QCOMPARE(stored().rememberFlags.size(), stored().userNames.size());
-        QCOMPARE(stored().rememberFlags.first().isNull(), names.isEmpty()); // nobody has said anything yet
     }
 
     /// A host may show a dialog again. It then has what is remembered, and no typed password.
     void isGoodForAnotherTime()
     {
-        writeAccountFile({{"a", "b"}, enciphered({"one", "two"}), {"true", "true"}});
+        remember("a b|one two|true true");
         PasswordPage dialog;
         type(dialog, word, "typed");
         field(dialog, word)->actions().first()->trigger();
@@ -298,15 +217,18 @@ private slots:
         QCOMPARE(field(dialog, word)->echoMode(), QLineEdit::Password);
 
         QTest::mouseClick(&dialog.box, Qt::LeftButton, {}, QPoint(8, dialog.box.height() / 2));
+        press(dialog, "Exit");
+        bringUp(dialog);
+        QCOMPARE(dialog.shown(), QString("a "));
+        QTest::keyClicks(dialog.focusWidget(), "x");
+        QCOMPARE(dialog.shown(), QString("x "));
         signInWith(dialog, {{account, "c"}, {word, "three"}});
         bringUp(dialog);
         QCOMPARE(dialog.shown(), QString("c ")); // not to be remembered
         dialog.names.setCurrentIndex(2);
         QCOMPARE(dialog.shown(), QString("b two"));
         signInWith(dialog, {{account, "c"}, {word, "four"}});
-        QCOMPARE(stored().userNames, QStringList({"c", "a", "b"}));
-        QCOMPARE(stored().passwords, enciphered({"four", "one", "two"}));
-        QCOMPARE(stored().rememberFlags, QStringList({"false", "true", "true"}));
+        QCOMPARE(remembered(), QString("c a b|four one two|false true true"));
     }
 
 private:
