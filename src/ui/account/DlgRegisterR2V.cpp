@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/DlgRegisterR2V.h"
 
-#include "account/CloudAccountLogin.h"
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/account/Conclusion.h"
 
 #include <QPushButton>
 #include <QRegExp>
@@ -52,7 +51,7 @@ void DlgRegisterR2V::_slotGetVerifyCode()
     verification.startCountdown();
     if (verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify)
         == Outcome::Refused)
-        inform(this, CloudAccountLogin::instance()->getLastError());
+        tellReason(this);
 }
 
 bool DlgRegisterR2V::isComplete()
@@ -83,7 +82,7 @@ void DlgRegisterR2V::_slotRegister()
                 name.constData(), word.constData(), target.constData(), code.constData());
         });
     if (outcome == Outcome::Refused)
-        inform(this, CloudAccountLogin::instance()->getLastError());
+        tellReason(this);
     if (outcome == Outcome::Done && inform(this, tr("Account registration successfully!")))
         accept();
 }

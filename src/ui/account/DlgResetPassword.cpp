@@ -61,7 +61,7 @@ void DlgResetPassword::_slotGetVerifyCode()
     verification->startCountdown();
     if (verification->request(&CloudAccountLogin::mobileVerify2, &CloudAccountLogin::emailVerify2)
         == Outcome::Refused)
-        inform(this, CloudAccountLogin::instance()->getLastError());
+        tellReason(this);
 }
 
 void DlgResetPassword::_resetPassword()

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/account/PhoneLoginWidget.h"
 
-#include "account/CloudAccountLogin.h"
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/account/Conclusion.h"
 
 #include <QPushButton>
 #include <QTimer>
@@ -55,7 +54,7 @@ void PhoneLoginWidget::_slotGetVerifyCode()
     const Outcome outcome =
         verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify);
     if (outcome == Outcome::Refused)
-        inform(this, CloudAccountLogin::instance()->getLastError());
+        tellReason(this);
     if (self)
         verification.startCountdown();
 }
