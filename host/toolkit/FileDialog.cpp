@@ -10,10 +10,12 @@ namespace {
 
 /// On the heap, because it goes with its parent: Qt's own functions would then destroy it twice.
 QPointer<QFileDialog> newDialog(ISystemSettings* settings, QWidget* parent, const QString& caption,
-    const QString& directory, const QString& filter, QFileDialog::Options options)
+    const QString& directory, const QString& filter, QFileDialog::FileMode mode, QFileDialog::Options options)
 {
     const QString start = directory.isEmpty() && settings ? settings->lastDirectory() : directory;
     QPointer<QFileDialog> dialog(new QFileDialog(parent, caption, start, filter));
+    // In this order: the mode takes ShowDirsOnly back.
+    dialog->setFileMode(mode);
     dialog->setOptions(options);
     return dialog;
 }
@@ -30,8 +32,8 @@ QString answerTo(const QPointer<QFileDialog>& dialog)
 QString FileDialog::getOpenFileName(ISystemSettings* settings, QWidget* parent, const QString& caption,
     const QString& directory, const QString& filter, QString* selectedFilter, QFileDialog::Options options)
 {
-    const QPointer<QFileDialog> dialog = newDialog(settings, parent, caption, directory, filter, options);
-    dialog->setFileMode(QFileDialog::ExistingFile);
+    const QPointer<QFileDialog> dialog =
+        newDialog(settings, parent, caption, directory, filter, QFileDialog::ExistingFile, options);
     if (selectedFilter && !selectedFilter->isEmpty())
         dialog->selectNameFilter(*selectedFilter);
     QString file = answerTo(dialog);
@@ -46,8 +48,8 @@ QString FileDialog::getOpenFileName(ISystemSettings* settings, QWidget* parent, 
 QString FileDialog::getExistingDirectory(ISystemSettings* settings, QWidget* parent, const QString& caption,
     const QString& directory, QFileDialog::Options options)
 {
-    const QPointer<QFileDialog> dialog = newDialog(settings, parent, caption, directory, QString(), options);
-    dialog->setFileMode(QFileDialog::Directory);
+    const QPointer<QFileDialog> dialog =
+        newDialog(settings, parent, caption, directory, QString(), QFileDialog::Directory, options);
     QString answer = answerTo(dialog);
     delete dialog;
     if (!answer.isEmpty() && settings)
