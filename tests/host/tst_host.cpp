@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/ITreeElement.h"
 #include "core/Screen.h"
+#include "toolkit/Dialog.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 
@@ -41,6 +42,16 @@ QStringList namesIn(const QFileDialog& dialog)
     return names;
 }
 
+struct SizedDialog : Dialog
+{
+    explicit SizedDialog(const QString& name)
+    {
+        setObjectName(name);
+        resize(300, 200);
+        show();
+    }
+};
+
 } // namespace
 
 class TestHost : public QObject
@@ -76,24 +87,15 @@ private slots:
             deepest = newElement(deepest, "child");
     }
 
-    void scalesWhatQtDoesNot_data()
-    {
-        // The desktop's scale is fixed when an application starts, so each row is a process of its own.
-        QTest::addColumn<QStringList>("variables");
-        QTest::addColumn<double>("scaled");
-        QTest::newRow("desktop 2, Qt off") << QStringList("QT_FONT_DPI=192") << 200.0;
-        QTest::newRow("desktop 1.5, Qt rounds to 1") << QStringList(
-            {"QT_FONT_DPI=144", "QT_ENABLE_HIGHDPI_SCALING=1", "QT_SCALE_FACTOR_ROUNDING_POLICY=Floor"})
-                                                     << 150.0;
-    }
     void scalesWhatQtDoesNot()
     {
-        QFETCH(QStringList, variables);
+        // The desktop's scale, 1.5 here, of which Qt takes 1, is fixed when an application starts.
         QProcess process;
-        process.start(
-            "env", variables + QStringList{QApplication::applicationFilePath(), printScaledArgument});
+        process.start("env",
+            {"QT_FONT_DPI=144", "QT_ENABLE_HIGHDPI_SCALING=1", "QT_SCALE_FACTOR_ROUNDING_POLICY=Floor",
+                QApplication::applicationFilePath(), printScaledArgument});
         QVERIFY(process.waitForFinished());
-        QTEST(process.readAllStandardOutput().toDouble(), "scaled");
+        QCOMPARE(process.readAllStandardOutput().toDouble(), 150.0);
     }
 
     void fileDialogStartsAndRemembers_data()
@@ -139,6 +141,24 @@ private slots:
             ? FileDialog::getOpenFileName(settings, nullptr, "Choose", paths[0], "All (*)")
             : FileDialog::getExistingDirectory(settings, nullptr, "Choose", paths[0]);
         QCOMPARE(QStringList({got, opened, pSystemSettings->lastDirectory()}), paths.mid(1));
+    }
+
+    void dialogOpensAsLargeAsTheUserMadeIt()
+    {
+        for (const QString name : {"space", ""}) { // without a name of its own it is not known again
+            SizedDialog first(name);
+            first.resize(310, 210); // not by the user
+            QResizeEvent repeated(first.size(), first.size()); // by the window system
+            QSpontaneKeyEvent::setSpontaneous(&repeated);
+            qApp->notify(&first, &repeated);
+            QCOMPARE(SizedDialog(name).size(), QSize(300, 200));
+            first.windowHandle()->resize(320, 220);
+            QTRY_COMPARE(first.size(), QSize(320, 220));
+            QCOMPARE(SizedDialog(name).size(), name.isEmpty() ? QSize(300, 200) : QSize(320, 220));
+        }
+        pSystemSettings->setWindowSize("space", QSize(100'000, 100'000)); // on another screen, say
+        const SizedDialog huge("space");
+        QVERIFY(QRect({}, huge.screen()->availableSize()).contains({{}, huge.size()}));
     }
 };
 
