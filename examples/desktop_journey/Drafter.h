@@ -16,13 +16,14 @@ struct Astray : std::runtime_error
 };
 
 /// Sees and does what a user can in the window that is in front: finds things by their texts, waits for them
-/// to be there and enabled, and is Astray when that takes too long.
+/// to be there and enabled, and is Astray when that takes too long. Mouse and keys go to the window, which
+/// finds out by itself what is under the pointer and what has the focus.
 ///
 /// Lives on a thread of its own, beside the GUI thread: a dialog's event loop does not hold it up.
 class Drafter
 {
 public:
-    Drafter(QWidget* mainWindow, const QString& picturesFolder)
+    Drafter(QMainWindow* mainWindow, const QString& picturesFolder)
         : window(mainWindow)
         , pictures(picturesFolder)
     {
@@ -30,21 +31,42 @@ public:
 
     /// Sees that it is there, and nothing else.
     void see(const QString& text) { untilUsable<QLabel>(text); }
+    void seeNo(const QString& button)
+    {
+        until("an end of " + button, [&] {
+            for (const auto* one : front()->findChildren<QAbstractButton*>()) {
+                if (one->isVisible() && isCalled(one, button))
+                    return false;
+            }
+            return true;
+        });
+    }
     void press(const QString& button)
     {
-        untilUsable<QAbstractButton>(button, [](auto* one) { return soon(one, "click"); });
+        untilUsable<QAbstractButton>(button, [](auto* one) { return clicked(one, one->rect().center()); });
     }
     void type(const QString& field, const QString& text)
     {
-        untilUsable<QLineEdit>(field, [&](auto* edit) { return edit->setText(text), true; });
+        bool typed = false;
+        untilUsable<QLineEdit>(field, [&](auto* edit) {
+            if (typed)
+                return edit->text() == text;
+            const QWidget* taker = edit->focusProxy() ? edit->focusProxy() : edit;
+            if (edit->window()->focusWidget() != taker)
+                return clicked(edit, edit->rect().center()) && false;
+            typed = true;
+            soon([handle = windowOf(edit), text] { replaceText(handle, text); });
+            return false;
+        });
     }
     /// An action of the main window.
     void choose(const QString& action)
     {
+        const auto* bar = window->findChild<QToolBar*>();
         until(action, [&] {
-            for (QAction* one : window->findChildren<QAction*>()) {
+            for (QAction* one : bar->actions()) {
                 if (front() == window && one->isEnabled() && plain(one->text()) == action)
-                    return soon(one, "trigger");
+                    return clicked(bar->widgetForAction(one), bar->widgetForAction(one)->rect().center());
             }
             return false;
         });
@@ -54,28 +76,25 @@ public:
         untilUsable<QTabBar>(QString(), [&](auto* bar) {
             for (int i = 0; i < bar->count(); ++i) {
                 if (bar->tabText(i) == tab)
-                    return bar->setCurrentIndex(i), true;
+                    return clicked(bar, bar->tabRect(i).center());
             }
             return false;
         });
     }
-    void clickRowOf(const QString& cell)
+    /// A row of a table or a tree, by how one of its cells begins.
+    /// \param branch where to look in a tree; empty for all of it
+    void clickRow(const QString& cell, const QString& branch = QString())
     {
-        untilUsable<QTableWidget>(QString(), [&](auto* table) {
-            QTableWidgetItem* item = table->findItems(cell, Qt::MatchExactly).value(0);
-            if (!item)
-                return false;
-            const QPoint place = table->visualItemRect(item).center();
-            QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, place);
-            return true;
+        untilUsable<QAbstractItemView>(QString(), [&](auto* view) {
+            const QModelIndex index = indexOf(*view->model(), cell, branch);
+            view->scrollTo(index);
+            return index.isValid() && clicked(view->viewport(), view->visualRect(index).center());
         });
     }
-    void acceptFolder(const QString& path)
+    void seeRow(const QString& cell, bool isThere = true)
     {
-        until("a folder dialog", [&] {
-            auto* dialog = qobject_cast<QFileDialog*>(front());
-            return dialog && (dialog->selectFile(path), soon(dialog, "accept"));
-        });
+        untilUsable<QAbstractItemView>(
+            QString(), [&](auto* view) { return indexOf(*view->model(), cell, {}).isValid() == isThere; });
     }
     /// Presses the button of a message box that begins with \a text, and returns what follows that.
     QString confirm(const QString& text, const QString& pictureName = QString())
@@ -93,9 +112,18 @@ public:
         until("an end of the message \"" + text + '"', [&] { return !isThere(); });
         return read.mid(text.size());
     }
+    /// Closes the cloud space.
     void close()
     {
-        untilUsable<QTabBar>(QString(), [&](auto*) { return front() != window && soon(front(), "close"); });
+        untilUsable<QTabBar>(QString(),
+            [&](auto* bar) { return front() != window && (soon([bar] { bar->window()->close(); }), true); });
+        until("the main window", [&] { return front() == window; });
+    }
+    QString copied()
+    {
+        QString text;
+        until("the clipboard", [&] { return text = QApplication::clipboard()->text(), true; });
+        return text;
     }
     /// Takes a picture of the window in front.
     void picture(const QString& name)
@@ -112,9 +140,50 @@ private:
     static QString plain(QString text) { return text.remove('&').remove("...").remove(':'); }
 
     /// Not now: what it opens would not return before it is closed again.
-    static bool soon(QObject* target, const char* slot)
+    static void soon(const std::function<void()>& action)
     {
-        return QMetaObject::invokeMethod(target, slot, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(qApp, action, Qt::QueuedConnection);
+    }
+
+    static QPointer<QWindow> windowOf(const QWidget* widget) { return widget->window()->windowHandle(); }
+
+    /// Clicks there soon. False when another widget is in the way, or a pop-up, which a click closes.
+    static bool clicked(QWidget* widget, const QPoint& at)
+    {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest); // or it moves before the click
+        const QPoint place = widget->mapTo(widget->window(), at);
+        const QWidget* hit = widget->window()->childAt(place);
+        const QPointer<QWindow> handle = windowOf(widget);
+        if (!handle || !handle->isExposed() || (hit != widget && !widget->isAncestorOf(hit)))
+            return false;
+        soon([=] {
+            if (handle)
+                QTest::mouseClick(handle, Qt::LeftButton, Qt::NoModifier, place);
+        });
+        return !QApplication::activePopupWidget();
+    }
+
+    static void replaceText(const QPointer<QWindow>& handle, const QString& text)
+    {
+        if (handle)
+            QTest::keyClick(handle, Qt::Key_A, Qt::ControlModifier);
+        for (const QChar letter : text) {
+            if (handle)
+                qt_handleKeyEvent(handle, QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, letter);
+        }
+    }
+
+    static QModelIndex indexOf(const QAbstractItemModel& model, const QString& cell, const QString& branch)
+    {
+        const auto flags = Qt::MatchStartsWith | Qt::MatchCaseSensitive | Qt::MatchRecursive;
+        const QModelIndex below = branch.isEmpty() ? QModelIndex() : indexOf(model, branch, {});
+        for (int column = 0; column < model.columnCount(below); ++column) {
+            const QModelIndex found =
+                model.match(model.index(0, column, below), Qt::DisplayRole, cell, 1, flags).value(0);
+            if (found.isValid() && (branch.isEmpty() || found.parent() == below))
+                return found;
+        }
+        return QModelIndex();
     }
 
     QWidget* front() const
@@ -164,7 +233,7 @@ private:
             QMetaObject::invokeMethod(qApp, question, Qt::BlockingQueuedConnection, &answer);
             return answer;
         };
-        for (const QDeadlineTimer patience(20000); !ask(isSo); QThread::msleep(5)) {
+        for (const QDeadlineTimer patience(60000); !ask(isSo); QThread::msleep(5)) {
             if (!patience.hasExpired())
                 continue;
             QString seen;
@@ -176,7 +245,7 @@ private:
         }
     }
 
-    QWidget* window;
+    QMainWindow* window;
     QString pictures;
     int pictureCount = 0;
 };

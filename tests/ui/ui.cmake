@@ -14,13 +14,18 @@ endforeach()
 if(TAV_WITH_LOCAL_PLATFORM)
     tav_test(tst_endtoend ui/account/tst_endtoend.cpp ui/account/DialogFixture.cpp)
     target_link_libraries(tst_endtoend PRIVATE platform_under_test)
-    tav_test(tst_journey ui/cloudspace/tst_journey.cpp
-        ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
-    target_link_libraries(tst_journey PRIVATE platform_under_test)
+    tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
+    target_sources(tst_desktopjourney PRIVATE
+        ${PROJECT_SOURCE_DIR}/examples/desktop_journey/Journey.cpp
+        ${PROJECT_SOURCE_DIR}/examples/desktop_host/MainWindow.cpp)
+    target_include_directories(tst_desktopjourney PRIVATE
+        ${PROJECT_SOURCE_DIR}/examples/desktop_journey ${PROJECT_SOURCE_DIR}/examples/desktop_host)
+    target_link_libraries(tst_desktopjourney PRIVATE platform_under_test)
+    set_tests_properties(tst_desktopjourney PROPERTIES TIMEOUT 600) # the drafters are patient
 else() # left out, but not forgotten
     set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES
         ${CMAKE_CURRENT_SOURCE_DIR}/ui/account/tst_endtoend.cpp
-        ${CMAKE_CURRENT_SOURCE_DIR}/ui/cloudspace/tst_journey.cpp)
+        ${CMAKE_CURRENT_SOURCE_DIR}/ui/tst_desktopjourney.cpp)
 endif()
 tav_test(tst_translation ui/tst_translation.cpp)
 target_compile_definitions(tst_translation PRIVATE

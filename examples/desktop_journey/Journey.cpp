@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: MIT
+#include "Journey.h"
+
+#include "Drafter.h"
+#include "MainWindow.h"
+
+namespace {
+
+const QString project = QString::fromUtf8("Bridge (桥)");
+const QString group = "Site-(office)";
+
+void step(const QString& what, const std::function<void()>& run)
+{
+    QElapsedTimer timer;
+    timer.start();
+    try {
+        run();
+    } catch (const Astray& reason) {
+        throw Astray(what + ": " + reason.what());
+    }
+    QTextStream(stdout)
+        << QStringLiteral("  %1 %2 ms\n").arg(what, -56).arg(double(timer.nsecsElapsed()) / 1e6, 8, 'f', 1);
+}
+
+void signIn(Drafter& drafter, const QString& user)
+{
+    drafter.choose("Sign In");
+    drafter.open("Login by password");
+    drafter.type("Phone number/email", user);
+    drafter.type("Password", "demo-" + user + "-1");
+    drafter.picture(user + "-signs-in");
+    drafter.press("Login");
+    drafter.confirm("login successfully!");
+    drafter.see("Signed in as " + user);
+}
+
+void signOut(Drafter& drafter)
+{
+    drafter.choose("Sign Out");
+    drafter.press("Logout");
+    drafter.confirm("exit successfully!");
+    drafter.see("Not signed in");
+}
+
+void changeUser(Drafter& drafter, const QString& user)
+{
+    drafter.close();
+    signOut(drafter);
+    signIn(drafter, user);
+    drafter.choose("My Cloud Space");
+}
+
+/// To one of the share page's ways.
+void turnTo(Drafter& drafter, const QString& way)
+{
+    drafter.open("Share");
+    drafter.press(way);
+}
+
+void addProject(Drafter& drafter)
+{
+    drafter.press("Add");
+    drafter.type("Cloud Project Name", project);
+    drafter.type("Cloud Project Description", "Piers and deck");
+    drafter.press("OK");
+    drafter.confirm("Add cloud project successfully!");
+}
+
+/// Shares from the page that is open, and takes the project for it.
+void share(Drafter& drafter, const QString& drawing, bool isFirst = false)
+{
+    drafter.type("Choose to Share files", drawing);
+    drafter.picture("alice-shares");
+    drafter.press("Share");
+    drafter.see("Please select a cloud project");
+    if (isFirst)
+        addProject(drafter);
+    drafter.clickRow(project);
+    drafter.picture("alice-takes-a-project");
+    drafter.press("OK");
+}
+
+void openFolder(Drafter& drafter, const QString& name)
+{
+    drafter.press(name); // selects it
+    drafter.press(name);
+}
+
+/// What is selected.
+void download(Drafter& drafter, const QString& folder)
+{
+    drafter.press("Download");
+    drafter.type("Directory", folder);
+    drafter.press("Choose");
+    drafter.confirm("The download is complete!");
+}
+
+void compare(const QString& path, const QString& otherPath)
+{
+    QFile file(path);
+    QFile other(otherPath);
+    if (!file.open(QIODevice::ReadOnly) || !other.open(QIODevice::ReadOnly)
+        || file.readAll() != other.readAll())
+        throw Astray(otherPath + " is not what was shared");
+}
+
+void sameText(const QString& text, const QString& other)
+{
+    if (text != other)
+        throw Astray('"' + text + "\" is not \"" + other + '"');
+}
+
+/// Shares what bob then finds: by code, as a friend and in a group.
+/// \return the extraction code
+QString alicesPart(Drafter& drafter, const QString& drawing, const QStringList& names, const QDir& folder)
+{
+    const QString backup = QFileInfo(drawing).fileName(); // and of the project that the host makes for it
+    QString code;
+
+    step("alice signs in", [&] {
+        signIn(drafter, "alice");
+        drafter.picture("alice-drawings");
+    });
+    step("alice backs her drawing up", [&] {
+        drafter.choose("Back Up to the Cloud");
+        drafter.choose("My Cloud Space"); // once that is done
+        openFolder(drafter, "My backup");
+        drafter.press(backup);
+        drafter.picture("alice-space");
+        download(drafter, folder.path());
+        compare(drawing, folder.filePath(backup + '/' + backup));
+    });
+    step("alice shares one by code", [&] {
+        turnTo(drafter, "Anonymous share");
+        share(drafter, folder.filePath(names[0]), true);
+        code = drafter.confirm("Fetch Code:", "alice-has-a-code").section('\n', 0, 0);
+        drafter.confirm("Please go to my Cloud space to view the uploaded file.");
+        sameText(drafter.copied(), code);
+    });
+    step("alice puts bob into her address book", [&] {
+        turnTo(drafter, "Share To friends");
+        drafter.press("Address book Management");
+        drafter.press("Add");
+        drafter.type("Name", "Bob");
+        drafter.type("Account", "13800000002");
+        drafter.type("Company", "Beams");
+        drafter.press("OK");
+        drafter.clickRow("13800000002");
+        drafter.press("Edit");
+        drafter.type("Name", "B.");
+        drafter.press("OK");
+        drafter.seeRow("B.");
+        drafter.press("Close");
+    });
+    step("alice shares one with her friend", [&] {
+        drafter.clickRow("bob");
+        share(drafter, folder.filePath(names[1]));
+        drafter.confirm("Share successfully!");
+    });
+    step("alice makes a group and invites into it", [&] {
+        turnTo(drafter, "Share To groups");
+        drafter.press("Group management");
+        drafter.press("Create group");
+        drafter.type("Group Name", group);
+        drafter.press("Create");
+        drafter.confirm("Create group successfully!");
+        drafter.clickRow(group);
+        drafter.press("Generating invitation codes");
+        const QString invitation = drafter.confirm("Invitation code:").section('\n', 0, 0);
+        sameText(drafter.copied(), invitation);
+        drafter.picture("alice-has-a-group");
+        drafter.press("Close");
+    });
+    step("alice shares one with the group", [&] {
+        drafter.clickRow(group);
+        share(drafter, folder.filePath(names[2]));
+        drafter.confirm("Share successfully!");
+    });
+    return code;
+}
+
+void bobsPart(Drafter& drafter, const QString& drawing, const QStringList& names, const QDir& folder,
+    const QString& code)
+{
+    step("bob joins the group", [&] {
+        turnTo(drafter, "Share To groups");
+        drafter.press("Group management");
+        drafter.press("Join the group");
+        drafter.press("Paste");
+        drafter.press("Join the group");
+        drafter.confirm("Join the group successfully!");
+        drafter.seeRow("alice - group manager");
+        drafter.press("Close");
+    });
+    step("bob extracts by the code", [&] {
+        turnTo(drafter, "Anonymous share");
+        drafter.type("Input extraction code", code);
+        drafter.picture("bob-extracts");
+        drafter.press("Extract");
+        drafter.confirm("Extraction successfully! Please go to My Cloud space to view the file");
+    });
+    step("bob finds all three in his space", [&] {
+        drafter.open("My cloud space");
+        openFolder(drafter, "DesktopHost");
+        openFolder(drafter, project);
+        for (const QString& name : names)
+            drafter.press(name);
+        drafter.picture("bob-finds-them");
+    });
+    step("bob downloads the folder", [&] {
+        drafter.press("back");
+        drafter.press(project);
+        download(drafter, folder.path());
+        for (const QString& name : names)
+            compare(drawing, folder.filePath(project + '/' + name));
+    });
+}
+
+/// Without the group, what was shared with it goes.
+void groupsEnd(Drafter& drafter, const QStringList& names)
+{
+    step("alice puts bob out of the group", [&] {
+        changeUser(drafter, "alice");
+        turnTo(drafter, "Share To groups");
+        drafter.press("Group management");
+        drafter.clickRow("bob", group);
+        drafter.press("Removing a group member");
+        drafter.clickRow(group);
+        drafter.press("Delete the group");
+        drafter.confirm("Do you want to delete this group?");
+        drafter.confirm("Delete successfully!");
+        drafter.seeRow(group, false);
+        drafter.press("Close");
+    });
+    step("bob has what else was shared with him", [&] {
+        changeUser(drafter, "bob");
+        openFolder(drafter, "DesktopHost");
+        openFolder(drafter, project);
+        drafter.press(names[0]);
+        drafter.press(names[1]);
+        drafter.seeNo(names[2]);
+        drafter.close();
+        signOut(drafter);
+    });
+}
+
+} // namespace
+
+int journey(const QString& drawing, const QString& pictures)
+{
+    const QTemporaryDir temporary;
+    const QDir folder(temporary.path());
+    QStringList names;
+    for (const char* purpose : {"by-code-", "for-bob-", "for-the-group-"}) {
+        names += purpose + QFileInfo(drawing).fileName();
+        if (!QDir().mkpath(pictures) || !QFile::copy(drawing, folder.filePath(names.last())))
+            return std::fprintf(stderr, "Copies of the drawing cannot be made\n"), 1;
+    }
+    MainWindow window;
+    window.addDrawings({drawing});
+    window.show();
+
+    const std::unique_ptr<QThread> drafters(QThread::create([&] {
+        Drafter drafter(&window, pictures);
+        int result = 0;
+        try {
+            const QString code = alicesPart(drafter, drawing, names, folder);
+            step("alice signs out, bob signs in", [&] { changeUser(drafter, "bob"); });
+            bobsPart(drafter, drawing, names, folder, code);
+            groupsEnd(drafter, names);
+        } catch (const Astray& reason) {
+            std::fprintf(stderr, "%s\n", reason.what());
+            result = 1;
+        }
+        // Whatever windows are open.
+        QMetaObject::invokeMethod(
+            qApp, [result] { QApplication::exit(result); }, Qt::QueuedConnection);
+    }));
+    drafters->start();
+    const int result = QApplication::exec();
+    drafters->wait();
+    return result;
+}
