@@ -116,6 +116,8 @@ void MainWindow::makeActions()
     };
     addAction =
         make(tr("&Add Drawings..."), "document-open", QKeySequence::Open, &MainWindow::chooseDrawings);
+    removeAction =
+        make(tr("&Remove from the List"), "list-remove", QKeySequence::Delete, &MainWindow::removeDrawing);
     convertAction = make(tr("&Convert..."), "view-refresh", QKeySequence("Ctrl+T"), &MainWindow::convert);
     signInAction = make(tr("Sign &In..."), "user-available", QKeySequence("Ctrl+L"), &MainWindow::signIn);
     signOutAction =
@@ -129,7 +131,7 @@ void MainWindow::makeActions()
     connect(quitAction, &QAction::triggered, this, &QWidget::close);
 
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    file->addActions({addAction, convertAction});
+    file->addActions({addAction, removeAction, convertAction});
     file->addSeparator();
     file->addAction(quitAction);
     QMenu* cloud = menuBar()->addMenu(tr("&Cloud"));
@@ -157,7 +159,8 @@ void MainWindow::makeList()
     drawings->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     drawings->header()->setSectionResizeMode(Folder, QHeaderView::Stretch);
     drawings->setContextMenuPolicy(Qt::ActionsContextMenu);
-    drawings->addActions({backUpAction, convertAction});
+    drawings->addActions({backUpAction, convertAction, removeAction});
+    connect(drawings, &QTreeWidget::itemSelectionChanged, this, &MainWindow::updateActions);
 
     auto* invitation = new QLabel(tr("Add drawings by the tool bar, or drop them here."));
     invitation->setAlignment(Qt::AlignCenter);
@@ -177,6 +180,7 @@ void MainWindow::updateActions()
         action->setEnabled(!busy);
     for (QAction* action : {signOutAction, backUpAction, spaceAction})
         action->setEnabled(!busy && signedIn);
+    removeAction->setEnabled(!busy && selected());
     signInAction->setEnabled(!busy && !signedIn);
     account->setText(signedIn ? tr("Signed in as %1").arg(session->getUserName()) : tr("Not signed in"));
 }
@@ -228,10 +232,19 @@ void MainWindow::dropEvent(QDropEvent* event)
 void MainWindow::chooseDrawings()
 {
     const QPointer<MainWindow> self(this);
-    const QStringList paths = QFileDialog::getOpenFileNames(
-        this, tr("Add Drawings"), QString(), tr("Drawings (*.dgn *.dwg);;All files (*)"));
-    if (self)
-        addDrawings(paths);
+    const QStringList paths = QFileDialog::getOpenFileNames(this, tr("Add Drawings"),
+        pSystemSettings->lastDirectory(), tr("Drawings (*.dgn *.dwg);;All files (*)"));
+    if (!self || paths.isEmpty())
+        return;
+    pSystemSettings->setLastDirectory(QFileInfo(paths.first()).absolutePath());
+    addDrawings(paths);
+}
+
+/// From the list; the file stays.
+void MainWindow::removeDrawing()
+{
+    delete selected();
+    pages->setCurrentIndex(drawings->topLevelItemCount() > 0);
 }
 
 void MainWindow::signIn()

@@ -33,6 +33,7 @@ private:
     void updateActions();
 
     void chooseDrawings();
+    void removeDrawing();
     void signIn();
     void signOut();
     void openCloudSpace();
@@ -50,6 +51,7 @@ private:
     QAction* spaceAction;
     QAction* convertAction;
     QAction* addAction;
+    QAction* removeAction;
     QStackedWidget* pages;
     QTreeWidget* drawings;
     QLabel* account;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A host with windows: a list of drawings that go to the user's cloud space and are converted.
 #include "MainWindow.h"
+#include "Settings.h"
 #include "ui/Translation.h"
 
 #include <QApplication>
@@ -47,9 +48,14 @@ int main(int argc, char* argv[])
     parser.process(application);
 
     speak(parser.isSet(languageOption) ? QLocale(parser.value(languageOption)) : QLocale::system());
+    Settings settings; // outlives every window
+    pSystemSettings = &settings;
     MainWindow window;
+    window.restoreGeometry(settings.mainWindow());
     window.show();
     // Once the window is up: what it has to tell stands in front of it.
     QTimer::singleShot(0, &window, [&] { window.addDrawings(parser.positionalArguments()); });
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    settings.setMainWindow(window.saveGeometry());
+    return result;
 }

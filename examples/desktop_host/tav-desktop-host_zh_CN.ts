@@ -155,5 +155,9 @@
         <source>Converting %1...</source>
         <translation>正在转换 %1...</translation>
     </message>
+    <message>
+        <source>&amp;Remove from the List</source>
+        <translation>从列表中移除(&amp;R)</translation>
+    </message>
 </context>
 </TS>
