@@ -22,7 +22,7 @@ bool failed(const QString& what, const QString& reason)
 
 bool told(bool good, const QString& what, const CloudFileManger& client)
 {
-    return good || failed(what, client.getLastError());
+    return good || failed(what, cloudFailureText(client.getLastFailure(), client.getLastError()));
 }
 
 bool step(bool narrated, const QString& what, const std::function<bool()>& run,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
 #include "cloud/CloudFileManger.h"
+#include "net/CloudQuery.h"
 
 bool friends(const QStringList&)
 {
@@ -24,7 +25,7 @@ bool addFriend(const QStringList& phoneNameCompany)
 bool removeFriend(const QStringList& id)
 {
     CloudFileManger client = clientOn();
-    return told(client.DelFromAddressBook(id[0]), "The friend was not removed", client);
+    return told(client.DelFromAddressBook(cloudQueryValue(id[0])), "The friend was not removed", client);
 }
 
 bool groups(const QStringList&)
@@ -54,7 +55,7 @@ bool invite(const QStringList& group)
 {
     CloudFileManger client = clientOn();
     QString code;
-    if (!told(client.GetInviteCode(group[0], code), "There is no code", client))
+    if (!told(client.GetInviteCode(cloudQueryValue(group[0]), code), "There is no code", client))
         return false;
     say(code);
     return true;
@@ -69,5 +70,5 @@ bool join(const QStringList& code)
 bool leave(const QStringList& group)
 {
     CloudFileManger client = clientOn();
-    return told(client.OutGroup(group[0]), "Leaving failed", client);
+    return told(client.OutGroup(cloudQueryValue(group[0])), "Leaving failed", client);
 }

@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "cloud/CloudFileManger.h"
 #include "core/ITreeElement.h"
+#include "net/CloudQuery.h"
 
 #include <QFileInfo>
 
@@ -70,7 +71,7 @@ bool shareWithGroup(const QStringList& projectFileHoursGroup)
 bool extract(const QStringList& code)
 {
     CloudFileManger client = clientOn();
-    return told(client.ExtractByCode(code[0], QString()), "Nothing was extracted", client);
+    return told(client.ExtractByCode(cloudQueryValue(code[0]), QString()), "Nothing was extracted", client);
 }
 
 bool tree(const QStringList&)

@@ -80,6 +80,11 @@ QString projectTitled(const QString& title, const CloudFileManger& client)
     return QString();
 }
 
+QString reasonOf(const CloudFileManger& client)
+{
+    return cloudFailureText(client.getLastFailure(), client.getLastError());
+}
+
 /// Runs one of the module's dialogs, which is on the heap because whoever deletes the parent meanwhile
 /// deletes the dialog too.
 void run(const QPointer<QDialog>& dialog)
@@ -288,7 +293,7 @@ void MainWindow::openCloudSpace()
         return true;
     };
     if (perform(tr("Opening your cloud space..."), tr("Your cloud space was not opened."), build,
-            [&] { return client.getLastError(); }))
+            [&] { return reasonOf(client); }))
         dialog->exec();
     delete dialog;
 }
@@ -312,7 +317,7 @@ void MainWindow::backUp()
     CloudFileManger client = newClient();
     const QString work = tr("Backing up %1...").arg(name);
     const QString failure = tr("%1 was not backed up.").arg(name);
-    const auto reason = [&] { return client.getLastError(); };
+    const auto reason = [&] { return reasonOf(client); };
     if (!perform(
             work, failure, [&] { return client.getAllCloudProjectBackup(); }, reason))
         return;
@@ -365,8 +370,14 @@ void MainWindow::convert()
         error = tr("%1 could not be written.").arg(target);
         return false;
     };
-    if (!perform(tr("Converting %1...").arg(path), tr("%1 was not converted.").arg(path), send,
-            [&] { return error; }))
+    const auto reason = [&] {
+        const CloudFailure failure = lastConversionFailure();
+        if (failure == CloudFailure::Unusable)
+            error = tr("The conversion service did not take it, or its answer was cut.");
+        const bool own = failure == CloudFailure::None || failure == CloudFailure::Unusable;
+        return own ? error : cloudFailureText(failure, error);
+    };
+    if (!perform(tr("Converting %1...").arg(path), tr("%1 was not converted.").arg(path), send, reason))
         return;
     addDrawings({target});
     statusBar()->showMessage(tr("Converted to %1.").arg(target), 5000);
@@ -402,13 +413,7 @@ bool MainWindow::perform(const QString& work, const QString& failure, const std:
     if (done)
         return true;
 
-    // Two reasons are the module's own texts, in Chinese only; the others are the platform's.
-    QString why = reason();
-    if (why == QStringLiteral("连接超时"))
-        why = tr("The platform did not answer in time.");
-    else if (why == QStringLiteral("返回值解析失败"))
-        why = tr("There was no usable answer.");
-    answered(QMessageBox::Critical, failure + "\n\n" + why, QMessageBox::Ok);
+    answered(QMessageBox::Critical, failure + "\n\n" + reason(), QMessageBox::Ok);
     return false;
 }
 

@@ -116,12 +116,8 @@
         <translation>已转换为 %1。</translation>
     </message>
     <message>
-        <source>The platform did not answer in time.</source>
-        <translation>平台未及时应答。</translation>
-    </message>
-    <message>
-        <source>There was no usable answer.</source>
-        <translation>未收到有效的应答。</translation>
+        <source>The conversion service did not take it, or its answer was cut.</source>
+        <translation>转换服务未能接受该图纸，或其应答中断。</translation>
     </message>
     <message>
         <source>&amp;Convert...</source>

@@ -14,6 +14,8 @@ namespace {
 
 constexpr double timeoutMs = 30000.0;
 
+thread_local CloudFailure lastFailure = CloudFailure::None;
+
 /// Appends the drawing at \a path to \a body, in Base64; nothing when it cannot be read.
 void appendDrawing(QByteArray& body, const QString& path)
 {
@@ -69,18 +71,26 @@ bool converted(QByteArray& result, QString& error, const QByteArray& operation, 
     const HeaderMap headers{{"Content-Type", "text/xml; charset=utf-8"},
         {"SOAPAction", QByteArray("http://tempuri.org/" + operation)}};
     QByteArray text;
-    if (!httpPostSoap(text, error, conversionAddress() + "/NrvConRnx.asmx", headers,
-            envelope(operation, inPath), timeoutMs))
+    const bool answered = httpPostSoap(text, error, conversionAddress() + "/NrvConRnx.asmx", headers,
+        envelope(operation, inPath), timeoutMs);
+    lastFailure = lastTransportFailure();
+    if (!answered)
         return false;
     result = decoded(std::move(text));
     if (!result.isEmpty())
         return true;
     // An answer that is no drawing must not become one.
     error = replyUnusable();
+    lastFailure = CloudFailure::Unusable;
     return false;
 }
 
 } // namespace
+
+CloudFailure lastConversionFailure()
+{
+    return lastFailure;
+}
 
 bool dgn2Dwg(QString& path, QString& error, QString outLocation)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudFailure.h"
 #include "tav_cloud_platform_sdk_export.h"
 
 #include <QString>
@@ -35,3 +36,8 @@ TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(QString& path, QString& error, QStrin
 /// Converts the DWG drawing \a inPath to DGN and writes exactly \a outPath. A failure is also sent to the
 /// host's log.
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QString outPath);
+
+/// What kind of failure the last conversion on the calling thread ended in; CloudFailure::None after a
+/// success. CloudFailure::Unusable: the answer was no drawing, most often because the service did not take
+/// the one that it got.
+TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFailure lastConversionFailure();

@@ -218,6 +218,7 @@ private slots:
         expect(behaviour::answer("<soap:Fault/>", 500));
         const Conversion done = convert(ToDgn, "in.dwg", "out.dgn");
         QVERIFY(!done.ok && done.error == replyUnusable());
+        QCOMPARE(lastConversionFailure(), CloudFailure::Unusable);
         QCOMPARE(logged, QStringList("0:" + replyUnusable()));
         QVERIFY(!QFile::exists("out.dgn"));
     }
