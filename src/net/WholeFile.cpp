@@ -28,9 +28,7 @@ bool synced(QFileDevice& file)
 bool WholeFile::open(QFileDevice::Permissions rights)
 {
     const QFileInfo target(file.fileName());
-    // Behind a NUL the system would not read on, and write another file.
-    good = !file.fileName().contains(QChar::Null) && (!target.exists() || target.isFile())
-        && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+    good = (!target.exists() || target.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
         && (!rights || file.setPermissions(rights));
     return good;
 }

@@ -321,10 +321,13 @@ private slots:
         const Operation& operation = operations[index];
         ScriptedPeer peer;
         Client made = client(peer);
+        peer.expect("GET", projects, behaviour::answer(R"({"code":1,"msg":"earlier"})"));
+        QVERIFY(!made.getAllCloudProjectBackup());
         peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
             QMetaObject::invokeMethod(
                 QCoreApplication::instance(),
                 [&made] {
+                    QCOMPARE(made.getLastError(), QString());
                     QList<Client::CloudGroupInfo> groups;
                     QVERIFY(!made.SearchGroup(groups));
                     QCOMPARE(made.getLastError(), replyUnusable());
