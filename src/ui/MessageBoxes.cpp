@@ -2,6 +2,7 @@
 #include "ui/MessageBoxes.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 
@@ -45,7 +46,7 @@ public:
 /// On the heap, because the box goes when its window goes. While a window is being built, its box stands on
 /// the one below, or that the user has in front.
 QPointer<QMessageBox> newBox(
-    QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text)
+    QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& more)
 {
     QWidget* parent = window;
     while (parent && !parent->isVisible())
@@ -54,6 +55,11 @@ QPointer<QMessageBox> newBox(
         parent = QApplication::activeWindow();
     QPointer<QMessageBox> box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
     box->setTextFormat(Qt::PlainText);
+    if (more.isEmpty())
+        return box;
+    box->setInformativeText(more);
+    // The format of the box is that of its text only.
+    box->findChild<QLabel*>("qt_msgbox_informativelabel")->setTextFormat(Qt::PlainText);
     return box;
 }
 
@@ -79,19 +85,19 @@ bool isAnswered(QPointer<QMessageBox> box, QPointer<QWidget> window, int& answer
 
 } // namespace
 
-bool showBox(
-    QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& button)
+bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
+    const QString& button, const QString& more)
 {
-    const QPointer<QMessageBox> box = newBox(icon, window, title, text);
+    const QPointer<QMessageBox> box = newBox(icon, window, title, text, more);
     addButton(box, QMessageBox::Ok, button);
     int answer = 0;
     return isAnswered(box, window, answer);
 }
 
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
-    const QString& proceed, const QString& cancel)
+    const QString& proceed, const QString& cancel, const QString& more)
 {
-    const QPointer<QMessageBox> box = newBox(icon, window, title, text);
+    const QPointer<QMessageBox> box = newBox(icon, window, title, text, more);
     addButton(box, QMessageBox::Ok, proceed);
     box->setDefaultButton(addButton(box, QMessageBox::Cancel, cancel));
     int answer = 0;

@@ -10,17 +10,19 @@
 
 inline constexpr char promptTitle[] = "Prompt";
 
-/// Shows a box and waits for the answer. \a text is shown as it is, never as rich text: the platform may have
-/// written it. False when \a window was closed or destroyed meanwhile.
+/// Shows a box and waits for the answer. Texts are shown as they are, never as rich text: the platform may
+/// have written them. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of its one button; empty for Qt's own OK
+/// \param more what helps to understand \a text, below it; empty for nothing
 bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
-    const QString& button = QString());
+    const QString& button = QString(), const QString& more = QString());
 
 /// Shows a box with two buttons, of which Enter and Escape press the second, and waits for the answer.
 /// Whether the user pressed the first; false as well when \a window was closed or destroyed meanwhile.
 /// \param proceed, cancel the texts of the buttons; empty for Qt's own OK and Cancel
+/// \param more as for showBox()
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
-    const QString& proceed = QString(), const QString& cancel = QString());
+    const QString& proceed = QString(), const QString& cancel = QString(), const QString& more = QString());
 
 /// Guidance or success. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of its button; empty for Qt's own OK
