@@ -43,7 +43,7 @@ bool ElidedLabel::event(QEvent* event)
 void ElidedLabel::resizeEvent(QResizeEvent* event)
 {
     QLabel::resizeEvent(event);
-    setToolTip(fitting() == text() ? QString() : plainToolTip(text()));
+    setToolTip(isCut() ? plainToolTip(text()) : QString());
 }
 
 QString ElidedLabel::fitting() const

@@ -13,6 +13,8 @@ public:
     /// \param maximumWidth what it asks for at most, in pixels
     ElidedLabel(const QString& text, int maximumWidth);
 
+    bool isCut() const { return fitting() != text(); }
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     bool event(QEvent* event) override;

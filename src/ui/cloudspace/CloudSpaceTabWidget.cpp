@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGridLayout>
+#include <QHash>
 #include <QLineEdit>
 #include <QProgressDialog>
 #include <QScrollBar>
@@ -38,6 +39,51 @@ int typeOf(const ITreeElement* element, const char* whenMissing = "")
 {
     const char* type = element->properties().value("type");
     return atoi(type ? type : whenMissing);
+}
+
+/// The id that the platform has for an element: its own, or its project's.
+QString idOf(const ITreeElement* element)
+{
+    const QString fileId = textOf(element, "fileId");
+    if (!fileId.isEmpty())
+        return fileId;
+    const QString projectId = textOf(element, "projectId");
+    return projectId.isEmpty() && element->firstChild() ? textOf(element->firstChild(), "projectId")
+                                                        : projectId;
+}
+
+/// An element of a folder, in which several may bear one name.
+struct Child
+{
+    ITreeElement* element;
+    QString name;
+    int number = 0; ///< among those of its name; 0 where it is the only one
+    QString which = {}; ///< the same in words
+
+    QString description() const
+    {
+        return which.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, which);
+    }
+};
+
+QVector<Child> childrenOf(const ITreeElement* folder)
+{
+    QVector<Child> children;
+    QHash<QString, int> total, seen;
+    for (ITreeElement* child = folder->firstChild(); child; child = child->nextSibling()) {
+        children.append({child, nameOf(child)});
+        ++total[children.last().name];
+    }
+    for (Child& child : children) {
+        if (total[child.name] < 2)
+            continue;
+        child.number = ++seen[child.name];
+        const QString id = idOf(child.element);
+        child.which = id.isEmpty()
+            ? CloudSpaceTabWidget::tr("%1 of %2").arg(child.number).arg(total[child.name])
+            : CloudSpaceTabWidget::tr("%1 of %2, ID %3").arg(child.number).arg(total[child.name]).arg(id);
+    }
+    return children;
 }
 
 /// Whether \a name is one file's or folder's name and leads nowhere else. The platform chose it.
@@ -74,11 +120,6 @@ protected:
 };
 
 } // namespace
-
-void CloudSpaceTabWidget::Release::operator()(ITreeElement* element) const
-{
-    tav_tree_element_release_instance(element);
-}
 
 CloudSpaceTabWidget::CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* board, QWidget* parent)
     : QWidget(parent)
@@ -137,9 +178,9 @@ void CloudSpaceTabWidget::_onRefresh()
     tree.reset();
 
     const QPointer<CloudSpaceTabWidget> self(this);
-    std::unique_ptr<ITreeElement, Release> fetched;
+    std::shared_ptr<ITreeElement> fetched;
     callPlatform(this, tr("Loading the cloud space..."), [&fetched, manager = client] {
-        fetched.reset(manager->getFileTree());
+        fetched.reset(manager->getFileTree(), tav_tree_element_release_instance);
         return true;
     });
     if (!self || !fetched)
@@ -169,14 +210,18 @@ void CloudSpaceTabWidget::showFolder(ITreeElement* element)
     pathEdit->setText(path);
 }
 
-void CloudSpaceTabWidget::placeTiles(ITreeElement* folder)
+void CloudSpaceTabWidget::placeTiles(const ITreeElement* folder)
 {
     int index = 0;
-    for (ITreeElement* child = folder->firstChild(); child; child = child->nextSibling(), ++index) {
-        auto* tile = new TavFileButton(nameOf(child), typeOf(child), nullptr);
+    for (const Child& child : childrenOf(folder)) {
+        auto* tile = new TavFileButton(child.name, typeOf(child.element), nullptr);
+        tile->element = child.element;
+        if (child.number > 0)
+            tile->setNamesake(child.number, child.which);
         connect(tile, &TavFileButton::iclicked, this, &CloudSpaceTabWidget::_onClicked);
         connect(tile, &TavFileButton::iselected, this, &CloudSpaceTabWidget::_onSelect);
         tileArea->addTile(tile, index / columns, index % columns);
+        ++index;
         tileList.append(tile);
     }
     tileArea->setEmptyText(tr("This folder is empty."));
@@ -197,18 +242,26 @@ void CloudSpaceTabWidget::clearTiles()
     tileArea->scrollToTop();
 }
 
+/// The tile that a signal comes from; null when a slot is called by itself.
+TavFileButton* CloudSpaceTabWidget::senderTile() const
+{
+    return qobject_cast<TavFileButton*>(sender());
+}
+
 void CloudSpaceTabWidget::_onSelect(QString name)
 {
     delete note;
+    const TavFileButton* selected = senderTile();
     for (TavFileButton* tile : tileList) {
-        if (tile->getName() != name)
+        if (selected ? tile != selected : tile->getName() != name)
             tile->setSelected(false);
     }
 }
 
 void CloudSpaceTabWidget::_onClicked(QString name)
 {
-    if (ITreeElement* child = childOfCurrent(name))
+    const TavFileButton* tile = senderTile();
+    if (ITreeElement* child = tile ? tile->element : childOfCurrent(name))
         showFolder(child);
 }
 
@@ -228,27 +281,26 @@ ITreeElement* CloudSpaceTabWidget::childOfCurrent(const QString& name) const
 
 void CloudSpaceTabWidget::_onDownload()
 {
-    const TavFileButton* selected = nullptr;
-    for (const TavFileButton* tile : tileList) {
+    QPointer<TavFileButton> selected;
+    for (TavFileButton* tile : tileList) {
         if (tile->selected)
             selected = tile;
     }
     if (!selected)
         return;
-    const QString name = selected->getName();
 
     const QPointer<CloudSpaceTabWidget> self(this);
     // Cancelled or not: an empty directory stands for the root of the file system.
     const QString directory = FileDialog::getExistingDirectory(
         pSystemSettings, this, tr("Save path"), QString(), QFileDialog::ShowDirsOnly);
-    ITreeElement* element = self ? childOfCurrent(name) : nullptr;
-    if (!element)
+    if (!self || !tileList.contains(selected))
         return;
 
     delete note;
     missed.clear();
+    const auto kept = tree; // should a refresh come in between
     const QPointer<DownloadProgress> progress(new DownloadProgress(this));
-    const Outcome outcome = downloadTreeElement(element, directory);
+    const Outcome outcome = downloadTreeElement(selected->element, directory, selected->getDescription());
     delete progress;
     if (outcome == Outcome::Done)
         inform(this, tr("The download is complete!"), tr("OK"));
@@ -257,20 +309,22 @@ void CloudSpaceTabWidget::_onDownload()
             + (missed.size() > 5 ? QStringLiteral(", ... (%1)").arg(missed.size()) : QString()));
 }
 
-/// After Outcome::Abandoned neither the tree nor this may exist any more.
-Outcome CloudSpaceTabWidget::downloadTreeElement(const ITreeElement* element, const QString& directory)
+/// After Outcome::Abandoned this may not exist any more.
+Outcome CloudSpaceTabWidget::downloadTreeElement(
+    const ITreeElement* element, const QString& directory, const QString& description)
 {
     if (!QFile::exists(directory))
         QDir().mkdir(directory);
     const QString name = nameOf(element);
     if (!isPlainFileName(name))
-        return miss(name, tr("not a file name"));
+        return miss(description, tr("not a file name"));
     // Other than its tile, an element without a type is a file here.
     if (typeOf(element, "-1") != 0)
-        return downloadFile(element, directory + '/' + name);
+        return downloadFile(element, directory + '/' + name, description);
     Outcome outcome = Outcome::Done;
-    for (const ITreeElement* child = element->firstChild(); child; child = child->nextSibling()) {
-        const Outcome ofChild = downloadTreeElement(child, directory + '/' + name);
+    for (const Child& child : childrenOf(element)) {
+        const Outcome ofChild =
+            downloadTreeElement(child.element, directory + '/' + name, child.description());
         if (ofChild == Outcome::Abandoned)
             return ofChild;
         if (ofChild == Outcome::Refused)
@@ -279,37 +333,36 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(const ITreeElement* element, co
     return outcome;
 }
 
-Outcome CloudSpaceTabWidget::downloadFile(const ITreeElement* file, const QString& target)
+Outcome CloudSpaceTabWidget::downloadFile(
+    const ITreeElement* file, const QString& target, const QString& description)
 {
-    const QString name = nameOf(file);
     const QString projectId = textOf(file, "projectId");
     const QString fileId = textOf(file, "fileId");
     if (projectId.isEmpty() && fileId.isEmpty())
-        return miss(name);
+        return miss(description);
 
     // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
     if (QFile::exists(target)) {
         const QPointer<CloudSpaceTabWidget> self(this);
         const bool wasOpen = isVisible();
-        tell(QDir::toNativeSeparators(target)); // which file the question is about
         const bool covered = askBox(QMessageBox::Question, this, tr("Prompt"),
-            tr("A file with the same name exists,whether or not covered?"));
+            tr("A file with the same name exists,whether or not covered?"), QString(), QString(),
+            description + '\n' + QDir::toNativeSeparators(target));
         if (!self || (wasOpen && !isVisible()))
             return Outcome::Abandoned;
-        delete note;
         if (!covered)
-            return miss(name);
+            return miss(description);
     }
 
     const auto request = [projectId, fileId, target, manager = client] {
         return fileId.isEmpty() ? manager->DownloadCloudProFile(projectId, target)
                                 : manager->DownloadCloudShareFile(fileId, target);
     };
-    const Outcome outcome = callPlatform(this, tr("Downloading %1...").arg(name), request);
+    const Outcome outcome = callPlatform(this, tr("Downloading %1...").arg(description), request);
     if (outcome != Outcome::Refused)
         return outcome;
     const bool asked = !fileId.isEmpty() || !client->getProjectId().isEmpty();
-    return miss(name, asked ? client->getLastError() : tr("no cloud project is chosen"));
+    return miss(description, asked ? client->getLastError() : tr("no cloud project is chosen"));
 }
 
 Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)

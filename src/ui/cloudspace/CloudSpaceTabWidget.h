@@ -43,17 +43,14 @@ private slots:
     void _onRefresh();
 
 private:
-    struct Release
-    {
-        void operator()(ITreeElement* element) const;
-    };
-
     void showFolder(ITreeElement* element);
-    void placeTiles(ITreeElement* folder);
+    void placeTiles(const ITreeElement* folder);
     void clearTiles();
+    TavFileButton* senderTile() const;
     ITreeElement* childOfCurrent(const QString& name) const;
-    Outcome downloadTreeElement(const ITreeElement* element, const QString& directory);
-    Outcome downloadFile(const ITreeElement* file, const QString& target);
+    Outcome downloadTreeElement(
+        const ITreeElement* element, const QString& directory, const QString& description);
+    Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
     Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
 
@@ -65,7 +62,7 @@ private:
     QPushButton* refreshButton;
     QPushButton* downloadButton;
     CloudFileManger* client;
-    std::unique_ptr<ITreeElement, Release> tree;
+    std::shared_ptr<ITreeElement> tree;
     QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree
     QList<TavFileButton*> tileList;
     QClipboard* clipboard; // not used here

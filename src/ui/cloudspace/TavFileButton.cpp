@@ -7,8 +7,10 @@
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QPointer>
+#include <QToolTip>
 
 namespace {
 
@@ -27,34 +29,6 @@ bool isTooEarly(const QWidget* widget, const QEvent* event)
 {
     return event->type() == QEvent::PolishRequest && !widget->isVisible();
 }
-
-/// Enter clicks it as Space does, and it shows that it has the focus, which its style sheet would hide.
-class IconButton : public QPushButton
-{
-public:
-    using QPushButton::QPushButton;
-
-protected:
-    bool event(QEvent* event) override { return isTooEarly(this, event) || QPushButton::event(event); }
-
-    void keyPressEvent(QKeyEvent* event) override
-    {
-        if (isEnter(event))
-            click();
-        else
-            QPushButton::keyPressEvent(event);
-    }
-
-    void paintEvent(QPaintEvent* event) override
-    {
-        QPushButton::paintEvent(event);
-        if (!hasFocus())
-            return;
-        QPainter painter(this);
-        painter.setPen(QPen(Qt::black, 1, Qt::DotLine)); // on the tile's own colours
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
-    }
-};
 
 /// Read once, and gone before the application is: thousands of tiles have these two.
 struct Icons : QObject
@@ -81,7 +55,12 @@ public:
     using ElidedLabel::ElidedLabel;
 
 protected:
-    bool event(QEvent* event) override { return isTooEarly(this, event) || ElidedLabel::event(event); }
+    bool event(QEvent* event) override
+    {
+        // The tile says what is in its tooltip.
+        return event->type() == QEvent::ToolTip ? QLabel::event(event)
+                                                : isTooEarly(this, event) || ElidedLabel::event(event);
+    }
 
     /// Names stand on the tile's own colours, in a dark palette too.
     QPalette colours() const override
@@ -104,6 +83,56 @@ QHBoxLayout* centred(QWidget* widget)
 
 } // namespace
 
+/// Enter clicks it as Space does, and it shows that it has the focus, which its style sheet would hide.
+class TavFileButton::IconButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+    QString badge; ///< stands in a corner of the icon
+
+protected:
+    bool event(QEvent* event) override { return isTooEarly(this, event) || QPushButton::event(event); }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (isEnter(event))
+            click();
+        else
+            QPushButton::keyPressEvent(event);
+    }
+
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPushButton::paintEvent(event);
+        QPainter painter(this);
+        if (!badge.isEmpty())
+            paintBadge(painter);
+        if (!hasFocus())
+            return;
+        painter.setPen(QPen(Qt::black, 1, Qt::DotLine)); // on the tile's own colours
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+
+private:
+    void paintBadge(QPainter& painter) const
+    {
+        const int height = fontMetrics().height();
+        QRect place(0, 0, qMax(fontMetrics().horizontalAdvance(badge) + height / 2, height), height);
+        QRect icon(QPoint(), iconSize());
+        icon.moveCenter(rect().center());
+        place.moveBottomRight(icon.bottomRight());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0x30, 0x30, 0x30));
+        painter.drawRoundedRect(place, height / 2.0, height / 2.0);
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.setPen(Qt::white);
+        painter.drawText(place, Qt::AlignCenter, badge);
+    }
+};
+
 TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* parent)
     : QWidget(parent)
     , icon(new IconButton(this))
@@ -116,7 +145,7 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setStyleSheet("QPushButton{border:none;}");
     icon->setAutoDefault(false);
     icon->setAccessibleName(name);
-    auto* label = new NameLabel(name, nameWidth(this));
+    label = new NameLabel(name, nameWidth(this));
     // Its stretches would else take all the room that there is in a row of few.
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     // The colour of a selected tile fills all of it.
@@ -142,9 +171,27 @@ int TavFileButton::widthIn(const QWidget* widget)
     return nameWidth(widget) + 2 * margin;
 }
 
+/// The whole name where the tile does not show it, and not in the colours of the tile's style sheet.
 bool TavFileButton::event(QEvent* event)
 {
-    return isTooEarly(this, event) || QWidget::event(event);
+    if (event->type() != QEvent::ToolTip)
+        return isTooEarly(this, event) || QWidget::event(event);
+    const bool tellsMore = label->isCut() || !whichOfName.isEmpty();
+    QToolTip::showText(
+        static_cast<QHelpEvent*>(event)->globalPos(), tellsMore ? plainToolTip(getDescription()) : QString());
+    return true;
+}
+
+void TavFileButton::setNamesake(int number, const QString& which)
+{
+    whichOfName = which;
+    icon->badge = QString::number(number);
+    icon->setAccessibleName(getDescription());
+}
+
+QString TavFileButton::getDescription() const
+{
+    return whichOfName.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, whichOfName);
 }
 
 void TavFileButton::setSelected(bool on)

@@ -3,7 +3,8 @@
 
 #include <QWidget>
 
-class QPushButton;
+class ElidedLabel;
+class ITreeElement;
 
 /// The tile of one file or folder: its icon above its name. The first click selects, the next one opens. A
 /// tile never deselects itself; whoever has several does that.
@@ -20,7 +21,15 @@ public:
     /// Selects or deselects, and colours the tile accordingly.
     void setSelected(bool on);
 
+    /// Tells it from the others of its name: a number on its icon, and \a which behind its name where there
+    /// is room for more, in its tooltip and for screen readers.
+    void setNamesake(int number, const QString& which);
+    /// The name, with what tells it from others of that name.
+    QString getDescription() const;
+
     bool selected = false;
+    /// What it stands for. For whoever placed it, and borrowed.
+    ITreeElement* element = nullptr;
 
     /// All tiles are of one size, whatever their names: a grid of thousands needs not ask each.
     QSize sizeHint() const override;
@@ -39,7 +48,11 @@ private slots:
     void _onClicked();
 
 private:
-    QPushButton* icon;
+    class IconButton;
+
+    IconButton* icon;
+    ElidedLabel* label;
     QString name;
+    QString whichOfName; // empty when it is the only one
     int type;
 };

@@ -8,12 +8,14 @@
 #include "ui/cloudspace/TavFileButton.h"
 #include "ui/cloudspace/TileArea.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDirIterator>
 #include <QGridLayout>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -136,7 +138,7 @@ struct Download
     Contents after;
     QString missed = {}; ///< what the window says of it; empty when all of it came
     QStringList before = {}; ///< old files
-    QList<bool> covers = {}; ///< the answers to the question whether to cover them
+    QVector<QPair<QString, bool>> covers = {}; ///< which the user is asked about, and the answers
     bool hasDirectory = true; ///< whether the user chose one
 };
 
@@ -151,12 +153,17 @@ const QVector<Download> downloads{
     {"backups", {{}, {"5=Survey", "6=T"}}, "My backup", {{backup + "5", "five"}, {backup + "6", binary}},
         {{"out/My backup/Survey/Survey.bak", "five"}, {"out/My backup/T/T.bak", binary}}},
     {"its own id, not its project's", one, "Soft/P/a.dwg", {{shared + "11", "new"}}, {{"out/a.dwg", "new"}},
-        {}, {"out/a.dwg"}, {true}},
+        {}, {"out/a.dwg"}, {{"a.dwg", true}}},
+    {"of two of one name the one that is selected", nested, "Soft/a/x.dwg", {{shared + "12", "second"}},
+        {{"out/x.dwg", "second"}}},
+    {"two of one name", nested, "Soft/a", {{shared + "11", "first"}, {shared + "13", "y"}},
+        {{"out/a/x.dwg", "first"}, {"out/a/y.dwg", "y"}}, "x.dwg (2 of 2, ID 12)", {},
+        {{"x.dwg (2 of 2, ID 12)", false}}},
     {"no id at all", {{"=P|=a.dwg"}}, "Soft/P/a.dwg", {}, {}, "a.dwg"},
     {"one is kept, one fails, one is covered", three, "Soft/P", {{shared + "12", ""}, {shared + "13", "new"}},
         {{"out/P/a.dwg", "old"}, {"out/P/%1 <i>.dwg", "old"}, {"out/P/c.dwg", "new"}},
         "a.dwg, %1 <i>.dwg (返回值解析失败)", {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"},
-        {false, true, true}},
+        {{"a.dwg", false}, {"%1 <i>.dwg", true}, {"c.dwg", true}}},
     {"no directory is the root", {{"1=P|11=nowhere to be written.dwg"}}, "Soft/P/nowhere to be written.dwg",
         {{shared + "11", ""}}, {}, "nowhere to be written.dwg (返回值解析失败)", {}, {}, false},
     {"hostile names",
@@ -245,14 +252,30 @@ private slots:
         }
         const QList<TavFileButton*> tiles = tilesOf(*dialog);
         QVERIFY(isSelected(tiles[0], false) && isSelected(tiles[1], false) && isSelected(tiles[2]));
-        // Two of one name are one to the browser: neither whitens the other.
-        click(tiles[0]);
-        click(tiles[1]);
-        QVERIFY(isSelected(tiles[0]) && isSelected(tiles[1]) && isSelected(tiles[2], false));
+        // Of two of one name, too.
+        for (const int clicked : {1, 0}) {
+            click(tiles[clicked]);
+            for (int i = 0; i < tiles.size(); ++i)
+                QVERIFY(isSelected(tiles[i], i == clicked));
+        }
         expectTree(nested);
         press(*dialog, "Refresh");
         QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
         press(*dialog, "Download"); // nothing is selected any more
+    }
+
+    void twoOfOneNameAreToldApart()
+    {
+        const auto dialog = open({{"1=P|11=x.dwg", "2=Q", "3=P|31=y.dwg"}}, "Soft/");
+        const QList<TavFileButton*> tiles = tilesOf(*dialog);
+        const auto look = [](TavFileButton* tile) { return tile->grab().toImage(); };
+        QCOMPARE(tiles[0]->focusProxy()->accessibleName(), QString("P (1 of 2, ID 1)"));
+        QCOMPARE(tiles[1]->focusProxy()->accessibleName(), QString("Q"));
+        QCOMPARE(tiles[2]->focusProxy()->accessibleName(), QString("P (2 of 2, ID 3)"));
+        QCOMPARE(tiles[0]->findChild<QLabel*>()->text(), QString("P"));
+        QVERIFY(look(tiles[0]) != look(tiles[2]));
+        click(tiles[2], 2);
+        QCOMPARE(view(*dialog), QString("My space\\Soft\\P\\: y.dwg"));
     }
 
     void aTreeWithHolesSaysSo()
@@ -286,8 +309,12 @@ private slots:
         dialog->resize(4000, dialog->height()); // no note is cut
         for (const auto& [target, bytes] : row.transfers)
             fixture->expect("GET", target, bytes);
-        for (const bool cover : row.covers)
-            fixture->boxes().expect(question(cover));
+        for (const auto& [which, cover] : row.covers)
+            fixture->boxes().expect(question(cover, [which = which] {
+                const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                const QString place = which + '\n' + QDir("out").absolutePath() + '/';
+                QVERIFY2(box->informativeText().startsWith(place), qPrintable(box->informativeText()));
+            }));
         if (row.missed.isEmpty())
             fixture->boxes().expect(complete);
         fixture->whenAsked("Save path", row.hasDirectory ? QDir("out").absolutePath() : QString());
