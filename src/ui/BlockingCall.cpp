@@ -8,7 +8,8 @@
 #include <QEvent>
 #include <QEventLoop>
 #include <QThread>
-#include <QTimer>
+
+#include <utility>
 
 namespace {
 
@@ -49,16 +50,52 @@ void dropQueuedPresses()
     QCoreApplication::processEvents();
 }
 
-/// Whether the application is on its way out: its event loops end before they begin.
+/// Waits until its window has come up.
+class FirstShow : public QObject
+{
+public:
+    FirstShow(QWidget* target, std::function<void()> then)
+        : QObject(target)
+        , window(target)
+        , load(std::move(then))
+    {
+        window->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show)
+            QMetaObject::invokeMethod(
+                this, [this] { run(); }, Qt::QueuedConnection);
+        return false;
+    }
+
+private:
+    void run()
+    {
+        if (!load || !window->isVisible()) // hidden again at once
+            return;
+        deleteLater();
+        std::exchange(load, nullptr)(); // may be the window's end
+    }
+
+    QWidget* window;
+    std::function<void()> load;
+};
+
+/// Whether the application is on its way out: its event loops end before they begin. Nothing else is to
+/// happen meanwhile, as far as that can be had.
 bool applicationQuits()
 {
     bool ran = false;
     QEventLoop loop;
-    QTimer::singleShot(0, &loop, [&] {
+    const auto end = [&] {
         ran = true;
         loop.quit();
-    });
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    };
+    QMetaObject::invokeMethod(&loop, end, Qt::QueuedConnection);
+    loop.exec(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers
+        | QEventLoop::X11ExcludeTimers);
     return !ran;
 }
 
@@ -106,8 +143,12 @@ Waiting::~Waiting()
     delete note;
 }
 
+BuiltApart* BuiltApart::innermost = nullptr;
+
 BuiltApart::BuiltApart(QDialog* target)
-    : dialog(target)
+    : outer(std::exchange(innermost, this))
+    , dialog(target)
+    , hadParent(target->parentWidget())
     , parent(target->parentWidget())
 {
     dialog->setParent(nullptr, dialog->windowFlags());
@@ -115,21 +156,48 @@ BuiltApart::BuiltApart(QDialog* target)
 
 BuiltApart::~BuiltApart()
 {
+    innermost = outer;
     if (parent)
         dialog->setParent(parent, dialog->windowFlags());
 }
 
+bool BuiltApart::isOrphan(const QWidget* window)
+{
+    return innermost && innermost->dialog == window && innermost->hadParent && !innermost->parent;
+}
+
+Attendance::Attendance(QWidget* within)
+    : part(within)
+    , window(within->window())
+    , wasOpen(window->isVisible())
+{
+}
+
+bool Attendance::lasts() const
+{
+    return part && window && (!wasOpen || window->isVisible()) && !BuiltApart::isOrphan(window);
+}
+
+void onceShown(QWidget* window, const std::function<void()>& load)
+{
+    new FirstShow(window, load);
+}
+
 Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request)
 {
-    const QPointer<QWidget> window(within->window());
-    const bool wasOpen = window->isVisible();
+    const Attendance attendance(within);
+    if (!attendance.lasts())
+        return Outcome::Abandoned;
     bool done = false;
+    bool quits = false;
     {
-        const Waiting waiting(window, what);
-        done = request();
+        // Around the questions too: what happens meanwhile finds a window that waits.
+        const Waiting waiting(within, what);
+        quits = applicationQuits();
+        done = !quits && request();
+        quits = quits || applicationQuits();
     }
-    // The window last: it may go while the application is asked.
-    if ((!done && applicationQuits()) || !window || (wasOpen && !window->isVisible()))
+    if (quits || !attendance.lasts())
         return Outcome::Abandoned;
     return done ? Outcome::Done : Outcome::Refused;
 }

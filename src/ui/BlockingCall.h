@@ -45,7 +45,7 @@ private:
 };
 
 /// Keeps a dialog that asks the platform while it is built out of its parent's hands for that time: a parent
-/// that goes meanwhile would destroy it half built. It stays without a parent then.
+/// that goes meanwhile would destroy it half built. It stays without a parent then, and nobody waits for it.
 class BuiltApart
 {
 public:
@@ -54,10 +54,38 @@ public:
     BuiltApart(const BuiltApart&) = delete;
     BuiltApart& operator=(const BuiltApart&) = delete;
 
+    /// Whether \a window is being built and lost its parent.
+    static bool isOrphan(const QWidget* window);
+
 private:
+    static BuiltApart* innermost;
+
+    BuiltApart* outer;
     QDialog* dialog;
+    bool hadParent;
     QPointer<QWidget> parent;
 };
+
+/// Whether anybody waits for what a window does next. Made before something that runs an event loop, and
+/// asked after it.
+class Attendance
+{
+public:
+    /// \param within a part of the window
+    explicit Attendance(QWidget* within);
+
+    /// Not when the window or the part was closed or destroyed meanwhile. Runs no events: what was meant for
+    /// a box or a dialog that comes next still comes there.
+    bool lasts() const;
+
+private:
+    QPointer<QWidget> part;
+    QPointer<QWidget> window;
+    bool wasOpen;
+};
+
+/// Calls \a load once, when \a window has come up: it may wait for the platform, which is seen then.
+void onceShown(QWidget* window, const std::function<void()>& load);
 
 /// How a request ended.
 enum class Outcome
@@ -67,7 +95,7 @@ enum class Outcome
     Abandoned ///< the window was closed or destroyed, or the application quits: nobody waits for an answer
 };
 
-/// Runs \a request, which blocks in an event loop of its own, with the window of \a within Waiting. After
-/// Outcome::Abandoned the caller may not exist any more.
+/// Runs \a request, which blocks in an event loop of its own, with the window of \a within Waiting; not when
+/// nobody waits for it any more. After Outcome::Abandoned the caller may not exist any more.
 /// \param what what the window is doing, for the user
 Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/MessageBoxes.h"
 
+#include "ui/BlockingCall.h"
+
 #include <QApplication>
 #include <QLabel>
 #include <QPointer>
@@ -71,16 +73,15 @@ QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, cons
     return button;
 }
 
-/// Runs and deletes \a box. Whether \a window is still waited for: not when it was closed or went meanwhile,
-/// nor when the application quits, which ends a box without closing it. \a answer becomes the button pressed.
-bool isAnswered(QPointer<QMessageBox> box, QPointer<QWidget> window, int& answer)
+/// Runs and deletes \a box. Whether somebody waits for the answer: not either when the application quits,
+/// which ends a box without closing it. \a answer becomes the button pressed.
+bool isAnswered(QPointer<QMessageBox> box, const Attendance& attendance, int& answer)
 {
-    const bool wasOpen = window->isVisible();
     const PlainCursor cursor;
     answer = box->exec();
     const bool quits = box && box->isVisible();
     delete box;
-    return !quits && window && (!wasOpen || window->isVisible());
+    return !quits && attendance.lasts();
 }
 
 } // namespace
@@ -88,18 +89,24 @@ bool isAnswered(QPointer<QMessageBox> box, QPointer<QWidget> window, int& answer
 bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& button, const QString& more)
 {
+    const Attendance attendance(window);
+    if (!attendance.lasts())
+        return false;
     const QPointer<QMessageBox> box = newBox(icon, window, title, text, more);
     addButton(box, QMessageBox::Ok, button);
     int answer = 0;
-    return isAnswered(box, window, answer);
+    return isAnswered(box, attendance, answer);
 }
 
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& proceed, const QString& cancel, const QString& more)
 {
+    const Attendance attendance(window);
+    if (!attendance.lasts())
+        return false;
     const QPointer<QMessageBox> box = newBox(icon, window, title, text, more);
     addButton(box, QMessageBox::Ok, proceed);
     box->setDefaultButton(addButton(box, QMessageBox::Cancel, cancel));
     int answer = 0;
-    return isAnswered(box, window, answer) && answer == QMessageBox::Ok;
+    return isAnswered(box, attendance, answer) && answer == QMessageBox::Ok;
 }

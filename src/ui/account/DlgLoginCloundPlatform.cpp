@@ -122,14 +122,14 @@ void DlgLoginCloundPlatform::hideEvent(QHideEvent* event)
 
 void DlgLoginCloundPlatform::_register()
 {
-    ScopedDialog<DlgRegisterR2V> dialog(this, QString());
+    ScopedDialog<DlgRegisterR2V> dialog(this);
     if (dialog.accepted())
         goOnWithPassword(dialog->registeredName());
 }
 
 void DlgLoginCloundPlatform::_retrievePassword()
 {
-    ScopedDialog<DlgResetPassword> dialog(this, QString());
+    ScopedDialog<DlgResetPassword> dialog(this);
     if (dialog.accepted())
         goOnWithPassword(dialog->account());
 }

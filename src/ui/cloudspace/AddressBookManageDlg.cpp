@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/AddressBookManageDlg.h"
 
-#include "cloud/CloudFileManger.h"
 #include "ui/ScopedDialog.h"
 #include "ui/cloudspace/AddAltAccountDlg.h"
 #include "ui/cloudspace/RecordTable.h"
@@ -27,10 +26,9 @@ using Friends = QList<CloudFileManger::CloudAddressBookInfo>;
 
 AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* parent)
     : Dialog(parent)
-    , client(manager)
+    , client(handleOn(manager))
     , table(new RecordTable({tr("Remark name"), tr("Account"), tr("Company")}, QString(), this))
 {
-    const BuiltApart apart(this);
     setWindowTitle(tr("Address book Management"));
     table->setAccessibleName(windowTitle());
     auto* addButton = new QPushButton(tr("Add"), this);
@@ -54,8 +52,8 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
     connect(deleteButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onDelRecord);
     connect(editButton, &QPushButton::clicked, this, &AddressBookManageDlg::_onAltRecord);
     connect(closeButton, &QPushButton::clicked, this, &QDialog::accept);
-    load();
     table->widen(this);
+    onceShown(this, [this] { load(); });
 }
 
 void AddressBookManageDlg::load()
@@ -103,7 +101,7 @@ bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const 
 
 void AddressBookManageDlg::_onAddRecord()
 {
-    ScopedDialog<AddAltAccountDlg> form(this, QString());
+    ScopedDialog<AddAltAccountDlg> form(this);
     form->setWindowTitle(tr("Add"));
     if (!form.accepted())
         return;
@@ -120,7 +118,7 @@ void AddressBookManageDlg::_onAltRecord()
     const int row = selectedRow();
     if (row < 0)
         return;
-    ScopedDialog<AddAltAccountDlg> form(this, QString());
+    ScopedDialog<AddAltAccountDlg> form(this);
     form->setWindowTitle(tr("Change"));
     form->startFrom(
         table->text(row, RemarkColumn), table->text(row, AccountColumn), table->text(row, CompanyColumn));

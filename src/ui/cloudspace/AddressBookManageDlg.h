@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cloud/CloudHandle.h"
 #include "toolkit/Dialog.h"
 
 #include <QString>
 
-class CloudFileManger;
 class RecordTable;
 
 /// The user's address book: the friends to share with, to be added, edited and deleted.
@@ -14,8 +14,7 @@ class AddressBookManageDlg : public Dialog
     Q_OBJECT
 
 public:
-    /// Asks the platform for the address book.
-    /// \param manager not owned; must outlive the dialog
+    /// Asks the platform for the address book once it is shown.
     AddressBookManageDlg(CloudFileManger* manager, QWidget* parent);
 
 private slots:
@@ -28,6 +27,6 @@ private:
     int selectedRow() const;
     bool findEntry(const QString& account, QString& id, const QString& complaint);
 
-    CloudFileManger* client;
+    CloudHandle client;
     RecordTable* table;
 };

@@ -28,13 +28,14 @@ enum Column
 ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
     CloudFileManger::ShareProjectInfo* chosen, QString projectName, QString projectId, QWidget* parent)
     : Dialog(parent)
-    , client(manager)
+    , client(handleOn(manager))
     , chosenProject(chosen)
+    , currentName(std::move(projectName))
+    , currentId(std::move(projectId))
     , table(new RecordTable({QString(), tr("Cloud Project Name"), tr("Cloud Project Description"),
                                 tr("Source Client"), tr("Cloud project ID")},
           QString(), this))
 {
-    const BuiltApart apart(this);
     setWindowTitle(tr("Choose Cloud Project"));
     auto* label = new QLabel(tr("Please select a cloud project"), this);
     label->setBuddy(table);
@@ -58,11 +59,17 @@ ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
     connect(addButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg);
     connect(confirmButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onWhetherNull);
     connect(cancelButton, &QPushButton::clicked, this, &QDialog::reject);
-    load();
-    const int row = projectId.isEmpty() ? rowOf(NameColumn, projectName) : rowOf(IdColumn, projectId);
+    table->widen(this);
+    onceShown(this, [this] { loadFirst(); });
+}
+
+void ChoiceCloudProjectDlg::loadFirst()
+{
+    if (!load())
+        return;
+    const int row = currentId.isEmpty() ? rowOf(NameColumn, currentName) : rowOf(IdColumn, currentId);
     if (row >= 0)
         table->setCurrentCell(row, BoxColumn);
-    table->widen(this);
 }
 
 /// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.
@@ -137,7 +144,7 @@ void ChoiceCloudProjectDlg::_onWhetherNull()
 
 void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
 {
-    ScopedDialog<CreateCloudProjectDlg> form(this, QString());
+    ScopedDialog<CreateCloudProjectDlg> form(this);
     if (!form.accepted())
         return;
     const auto request = [manager = client, name = form->name(), description = form->description()] {

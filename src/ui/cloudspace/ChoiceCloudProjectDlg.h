@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "cloud/CloudFileManger.h"
+#include "cloud/CloudHandle.h"
 
 #include "toolkit/Dialog.h"
 
@@ -17,8 +17,8 @@ class ChoiceCloudProjectDlg : public Dialog
     Q_OBJECT
 
 public:
-    /// Asks the platform for the projects.
-    /// \param manager not owned; must outlive the dialog. What the user confirms becomes its current project.
+    /// Asks the platform for the projects once it is shown.
+    /// \param manager What the user confirms becomes its current project.
     /// \param chosen receives the project that the user checks; must outlive the dialog
     /// \param projectName, projectId the current project, whose row is highlighted at first
     ChoiceCloudProjectDlg(CloudFileManger* manager, CloudFileManger::ShareProjectInfo* chosen,
@@ -31,12 +31,15 @@ private slots:
     void _onCheckChange(int row);
 
 private:
+    void loadFirst();
     bool load();
     void showProjects();
     int rowOf(int column, const QString& text) const;
 
-    CloudFileManger* client;
+    CloudHandle client;
     CloudFileManger::ShareProjectInfo* chosenProject;
+    QString currentName;
+    QString currentId;
     QString chosenId;
     RecordTable* table;
     QMap<int, MycheckBox*> boxes;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/CloudShareTabWidget.h"
 
-#include "cloud/CloudFileManger.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 #include "ui/ScopedDialog.h"
@@ -127,7 +126,7 @@ CloudShareTabWidget::CloudShareTabWidget(CloudFileManger* manager, QString proje
     QMap<QString, QString> fileTypeMap, QClipboard* board, QString fourth, QString ownAccount,
     QWidget* parent)
     : QWidget(parent)
-    , client(manager)
+    , client(handleOn(manager))
     , fileTypes(std::move(fileTypeMap))
     , clipboard(board)
     , account(std::move(ownAccount))
@@ -326,22 +325,22 @@ void CloudShareTabWidget::_onOpenFileDlg()
 {
     const QString suffix = typeCombo->currentData().toString();
     const QString filter = suffix.isEmpty() ? QStringLiteral("()") : "(*." + suffix + ')';
-    const QPointer<CloudShareTabWidget> self(this);
+    const Attendance attendance(this);
     const QString path = FileDialog::getOpenFileName(
         pSystemSettings, this, tr("Obtaining the file path"), QString(), filter, nullptr, {});
-    if (self && !path.isEmpty())
+    if (attendance.lasts() && !path.isEmpty())
         pathEdit->setText(path);
 }
 
 void CloudShareTabWidget::_onOpenAddressBookManageDlg()
 {
-    if (ScopedDialog<AddressBookManageDlg>(this, tr("Loading the address book..."), client).run())
+    if (ScopedDialog<AddressBookManageDlg>(this, client.get()).run())
         loadFriends();
 }
 
 void CloudShareTabWidget::_onOpenGroupManageDlg()
 {
-    if (ScopedDialog<GroupManageDlg>(this, tr("Loading the groups..."), client, clipboard, account).run())
+    if (ScopedDialog<GroupManageDlg>(this, client.get(), clipboard, account).run())
         loadGroups();
 }
 
@@ -363,7 +362,7 @@ bool CloudShareTabWidget::chooseProject()
 {
     CloudFileManger::ShareProjectInfo chosen;
     return ScopedDialog<ChoiceCloudProjectDlg>(
-        this, tr("Loading the cloud projects..."), client, &chosen, currentProjectName, currentProjectId)
+        this, client.get(), &chosen, currentProjectName, currentProjectId)
         .accepted();
 }
 

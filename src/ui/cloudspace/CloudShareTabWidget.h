@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cloud/CloudHandle.h"
+
 #include <QMap>
 #include <QWidget>
 
-class CloudFileManger;
 class QClipboard;
 class QComboBox;
 class QLabel;
@@ -58,7 +59,7 @@ private:
     bool chooseProject();
     bool upload(const QString& path, QString& fileId, const QString& button = QString());
 
-    CloudFileManger* client;
+    CloudHandle client;
     QMap<QString, QString> fileTypes; // from the suffix in lower case to the platform's support type
     QClipboard* clipboard;
     QString account;

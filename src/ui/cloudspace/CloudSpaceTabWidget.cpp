@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/CloudSpaceTabWidget.h"
 
-#include "cloud/CloudFileManger.h"
 #include "core/ITreeElement.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
@@ -129,7 +128,7 @@ CloudSpaceTabWidget::CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* b
     , tileArea(new TileArea(tileGrid, this))
     , refreshButton(new QPushButton(tr("Refresh"), this))
     , downloadButton(new QPushButton(tr("Download"), this))
-    , client(manager)
+    , client(handleOn(manager))
     , clipboard(board)
 {
     pathEdit->setReadOnly(true);
@@ -183,7 +182,7 @@ void CloudSpaceTabWidget::_onRefresh()
         fetched.reset(manager->getFileTree(), tav_tree_element_release_instance);
         return true;
     });
-    if (!self || !fetched)
+    if (!self || !fetched) // a window that was closed may be shown again
         return;
     navigationStack.clear(); // should a refresh have come in between
     tree = std::move(fetched);
@@ -289,11 +288,11 @@ void CloudSpaceTabWidget::_onDownload()
     if (!selected)
         return;
 
-    const QPointer<CloudSpaceTabWidget> self(this);
+    const Attendance attendance(this);
     // Cancelled or not: an empty directory stands for the root of the file system.
     const QString directory = FileDialog::getExistingDirectory(
         pSystemSettings, this, tr("Save path"), QString(), QFileDialog::ShowDirsOnly);
-    if (!self || !tileList.contains(selected))
+    if (!attendance.lasts() || !tileList.contains(selected))
         return;
 
     delete note;
@@ -343,12 +342,11 @@ Outcome CloudSpaceTabWidget::downloadFile(
 
     // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
     if (QFile::exists(target)) {
-        const QPointer<CloudSpaceTabWidget> self(this);
-        const bool wasOpen = isVisible();
+        const Attendance attendance(this);
         const bool covered = askBox(QMessageBox::Question, this, tr("Prompt"),
             tr("A file with the same name exists,whether or not covered?"), QString(), QString(),
             description + '\n' + QDir::toNativeSeparators(target));
-        if (!self || (wasOpen && !isVisible()))
+        if (!attendance.lasts())
             return Outcome::Abandoned;
         if (!covered)
             return miss(description);

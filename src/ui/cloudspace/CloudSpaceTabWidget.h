@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cloud/CloudHandle.h"
 #include "ui/BlockingCall.h"
 
 #include <QList>
@@ -9,7 +10,6 @@
 
 #include <memory>
 
-class CloudFileManger;
 class ITreeElement;
 class QClipboard;
 class QGridLayout;
@@ -61,7 +61,7 @@ private:
     TileArea* tileArea;
     QPushButton* refreshButton;
     QPushButton* downloadButton;
-    CloudFileManger* client;
+    CloudHandle client;
     std::shared_ptr<ITreeElement> tree;
     QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree
     QList<TavFileButton*> tileList;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/DlgMyCloudSpace.h"
 
-#include "cloud/CloudFileManger.h"
+#include "cloud/CloudHandle.h"
 #include "ui/BlockingCall.h"
 #include "ui/cloudspace/CloudShareTabWidget.h"
 #include "ui/cloudspace/CloudSpaceTabWidget.h"
@@ -16,6 +16,7 @@ DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString
     QString ownAccount, QString fourth, QWidget* parent)
     : Dialog(parent)
 {
+    const CloudHandle client = handleOn(manager);
     const BuiltApart apart(this);
     // Nothing of this window is on the screen while the platform is asked: the one below tells of it.
     std::optional<Waiting> waiting;
@@ -25,10 +26,10 @@ DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString
     setWindowTitle(tr("Cloud space"));
     QClipboard* clipboard = QGuiApplication::clipboard();
 
-    browser = new CloudSpaceTabWidget(manager, clipboard, nullptr);
+    browser = new CloudSpaceTabWidget(client.get(), clipboard, this);
     // The tab takes the last two texts the other way round.
-    auto* share = new CloudShareTabWidget(manager, manager->getProjectName(), manager->getProjectId(),
-        fileTypeMap, clipboard, fourth, ownAccount, nullptr);
+    auto* share = new CloudShareTabWidget(client.get(), client->getProjectName(), client->getProjectId(),
+        fileTypeMap, clipboard, fourth, ownAccount, this);
     auto* tabs = new QTabWidget;
     tabs->addTab(browser, tr("My cloud space"));
     tabs->addTab(share, tr("Share"));

@@ -18,9 +18,10 @@ class CloudSpaceTabWidget;
 /// request for the backups, one for each share source, one for this software's own shares, one for each
 /// shared project, and two for the lists, each of at most 5000 ms. The constructor waits in event loops that
 /// hold user input back but keep timers and painting alive; \a parent, when it is visible, is disabled and
-/// says what happens. It may show message boxes. \a parent may go meanwhile: the dialog then has no parent,
-/// and belongs to the caller. Later requests block in the same way, with the whole window disabled, and say
-/// on it what they do. The dialog, its parent and the application may go during any of them.
+/// says what happens. It may show message boxes. \a parent may be destroyed meanwhile: the dialog then has no
+/// parent, fetches nothing more and belongs to the caller. Later requests block in the same way, with the
+/// whole window disabled, and say on it what they do. The dialog, its parent and the client may be destroyed
+/// and the application may quit during any of them.
 ///
 /// Names that come from the platform are shown as plain text, and a download is written inside the chosen
 /// directory only, whatever an element is called. A download takes the place of a file only once all of it is
@@ -32,10 +33,10 @@ class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgMyCloudSpace : public Dialog
     Q_OBJECT
 
 public:
-    /// \param manager the signed-in user's client; not null, not owned, and must outlive the dialog, its
-    /// construction included, whatever becomes of \a parent. Its current project changes with what the user
-    /// chooses to share into, and when he adds a project. Without a current project it downloads no backups:
-    /// see CloudFileManger::DownloadCloudProFile().
+    /// \param manager the signed-in user's client; not null and not owned. The dialog works with the same
+    /// members, and goes on with them when \a manager is destroyed. Its current project changes with what the
+    /// user chooses to share into, and when he adds a project. Without a current project it downloads no
+    /// backups: see CloudFileManger::DownloadCloudProFile().
     /// \param fileTypeMap the file types offered for sharing: from the suffix in lower case to the support
     /// type id that the platform's tables have for it
     /// \param ownAccount the user's account name, as CloudAccountLogin::getUserName() gives it. It tells

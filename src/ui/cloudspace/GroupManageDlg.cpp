@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/GroupManageDlg.h"
 
-#include "cloud/CloudFileManger.h"
 #include "core/Screen.h"
 #include "ui/ElidedLabel.h"
 #include "ui/ScopedDialog.h"
@@ -59,14 +58,13 @@ QStandardItem* newItem(const QString& text, const QString& iconFile)
 GroupManageDlg::GroupManageDlg(
     CloudFileManger* manager, QClipboard* systemClipboard, QString ownAccount, QWidget* parent)
     : Dialog(parent)
-    , client(manager)
+    , client(handleOn(manager))
     , clipboard(systemClipboard)
     , account(std::move(ownAccount))
     , model(new QStandardItemModel(this))
     , tree(new QTreeView(this))
     , hint(new QLabel(this))
 {
-    const BuiltApart apart(this);
     setWindowTitle(tr("Group management"));
     tree->setModel(model);
     tree->setAccessibleName(tr("Groups"));
@@ -102,7 +100,7 @@ GroupManageDlg::GroupManageDlg(
     layout->addLayout(contents);
     layout->addWidget(closeButton, 0, Qt::AlignRight);
     resize(int(dpi_scaled(620.0)), int(dpi_scaled(320.0)));
-    load();
+    onceShown(this, [this] { load(); });
 }
 
 void GroupManageDlg::load()
@@ -219,7 +217,7 @@ void GroupManageDlg::_onGetInvitationCode()
 
 void GroupManageDlg::_onJoinGroup()
 {
-    ScopedDialog<JoinGroupDlg> form(this, QString(), clipboard);
+    ScopedDialog<JoinGroupDlg> form(this, clipboard);
     if (!form.accepted())
         return;
     const auto request = [manager = client, code = form->invitationCode()] {
@@ -232,7 +230,7 @@ void GroupManageDlg::_onJoinGroup()
 
 void GroupManageDlg::_onCreateGroup()
 {
-    ScopedDialog<CreateGroupDlg> form(this, QString());
+    ScopedDialog<CreateGroupDlg> form(this);
     if (!form.accepted())
         return;
     const auto request = [manager = client, name = form->groupName()] { return manager->CreateGroup(name); };

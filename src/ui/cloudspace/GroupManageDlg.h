@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cloud/CloudHandle.h"
 #include "toolkit/Dialog.h"
 
 #include <QString>
 
 #include <optional>
 
-class CloudFileManger;
 class QClipboard;
 class QLabel;
 class QStandardItem;
@@ -20,8 +20,7 @@ class GroupManageDlg : public Dialog
     Q_OBJECT
 
 public:
-    /// Asks the platform for the groups and the members of each.
-    /// \param manager not owned; must outlive the dialog
+    /// Asks the platform for the groups and the members of each once it is shown.
     /// \param ownAccount the user's account name, which tells whose groups are the user's own
     GroupManageDlg(
         CloudFileManger* manager, QClipboard* systemClipboard, QString ownAccount, QWidget* parent);
@@ -48,7 +47,7 @@ private:
     std::optional<bool> isOwner(const QString& groupId);
     void deleteWithMembers(const QString& groupId);
 
-    CloudFileManger* client;
+    CloudHandle client;
     QClipboard* clipboard;
     QString account;
     QStandardItemModel* model;

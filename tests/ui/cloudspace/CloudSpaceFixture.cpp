@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "CloudSpaceFixture.h"
 
+#include "ui/WindowNote.h"
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -38,10 +40,13 @@ void CloudSpaceFixture::whenOpened(const QString& title, const std::function<voi
     // Each has a timer of its own: one whose play is on the stack does not fire.
     auto* poll = new QTimer(&polls);
     awaited.append({poll, title});
-    QObject::connect(poll, &QTimer::timeout, [this, poll, title, play] {
+    QObject::connect(poll, &QTimer::timeout, [this, poll, title, play, sighted = false]() mutable {
         const QPointer<QDialog> dialog(qobject_cast<QDialog*>(QApplication::activeModalWidget()));
         const bool mine = awaited.first().first == poll;
-        if (!mine || !dialog || !dialog->isVisible() || dialog->windowTitle() != title)
+        if (!mine || !dialog || !dialog->isActiveWindow() || dialog->windowTitle() != title)
+            return;
+        // What it loads begins with the next events, and is there when its note is gone.
+        if (!std::exchange(sighted, true) || dialog->findChild<WindowNote*>())
             return;
         poll->stop();
         awaited.removeFirst();
@@ -61,4 +66,11 @@ void CloudSpaceFixture::whenAsked(const QString& title, const QString& path)
         dialog.findChild<QLineEdit*>("fileNameEdit")->setText(path);
         QMetaObject::invokeMethod(&dialog, "accept");
     });
+}
+
+void bringUpLoaded(QDialog& dialog)
+{
+    dialog.show();
+    QCoreApplication::processEvents(); // in which it loads
+    bringUp(dialog);
 }

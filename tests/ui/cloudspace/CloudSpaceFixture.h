@@ -32,6 +32,9 @@ private:
     QVector<QPair<QTimer*, QString>> awaited; ///< with the titles
 };
 
+/// Shows \a dialog and waits until it has loaded what it shows.
+void bringUpLoaded(QDialog& dialog);
+
 /// A test program on the cloud space dialogs: every test begins and ends with the fixture.
 class CloudSpaceTest : public QObject
 {

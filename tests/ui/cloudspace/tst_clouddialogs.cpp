@@ -332,13 +332,26 @@ private slots:
         delete dialog;
     }
 
-    void mayLoseTheirParentWhileTheyAreBuilt()
+    void askNothingBeforeTheyAreShown()
     {
         for (const Kind& kind : kinds) {
-            const QPointer<QWidget> parent(new QWidget);
-            schedule(kind.loading, 0, [&] { delete parent; });
-            const std::unique_ptr<QDialog> dialog(kind.make(fixture->client(), parent));
-            QVERIFY(!parent && !dialog->parentWidget());
+            const std::unique_ptr<QDialog> dialog(kind.make(fixture->client(), nullptr));
+            QCoreApplication::processEvents();
+            dialog->show();
+            dialog->hide();
+            QCoreApplication::processEvents();
+            QVERIFY(fixture->requests().isEmpty());
+        }
+    }
+
+    void outliveTheirClient()
+    {
+        for (const Kind& kind : kinds) {
+            auto client = std::make_unique<CloudFileManger>(fixture->client());
+            schedule(kind.loading, 0, [&] { client.reset(); });
+            const std::unique_ptr<QDialog> dialog(kind.make(*client, nullptr));
+            bringUpLoaded(*dialog);
+            QVERIFY(!client);
             QCOMPARE(rowsOf(*dialog), kind.loaded);
         }
     }
@@ -450,7 +463,7 @@ private:
         QApplication::clipboard()->clear();
         schedule(steps, held, call);
         std::unique_ptr<QDialog> dialog(kind.make(fixture->client(), nullptr));
-        bringUp(*dialog);
+        bringUpLoaded(*dialog);
         return dialog;
     }
 

@@ -330,8 +330,7 @@ private slots:
         QTest::addColumn<QString>("ending");
         for (const char* moment : {"refresh", "file dialog", "question", "download"})
             for (const QString ending : {"destroyed", "destroyed with its parent", "closed"})
-                if (moment != QString("file dialog") || ending != "closed") // it is modal
-                    QTest::addRow("%s, %s", moment, qPrintable(ending)) << moment << ending;
+                QTest::addRow("%s, %s", moment, qPrintable(ending)) << moment << ending;
     }
 
     void mayGoMeanwhile()
@@ -350,7 +349,14 @@ private slots:
         if (moment == "refresh")
             expectTree(three, end); // the client finishes what it was asked for
         else if (moment == "file dialog")
-            fixture->whenOpened("Save path", [&](QDialog&) { end(); });
+            fixture->whenOpened("Save path", [&](QDialog& chooser) {
+                end();
+                if (!dialog)
+                    return;
+                // Closed by the host: what the user chooses is too late.
+                chooser.findChild<QLineEdit*>("fileNameEdit")->setText(QDir().absolutePath());
+                QMetaObject::invokeMethod(&chooser, "accept");
+            });
         else
             fixture->whenAsked("Save path", QDir().absolutePath());
         if (moment == "question") {
@@ -383,8 +389,7 @@ private slots:
         expectTree(one, [&] {
             QCOMPARE(noteOn(*parent), QString("Loading the cloud space..."));
             delete parent;
-        });
-        fixture->expectLists();
+        }); // and not the lists: nobody waits for them
         const std::unique_ptr<QDialog> dialog(new DlgMyCloudSpace(&fixture->client(), {}, "me", "4", parent));
         QVERIFY(!parent && !dialog->parentWidget());
         bringUp(*dialog);
