@@ -5,10 +5,46 @@
 #include <QPainter>
 #include <QStyle>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QToolTip>
 
-ElidedLabel::ElidedLabel(const QString& text, int maximumWidth)
+namespace {
+
+QStringList brokenLines(const QString& text, const QFont& font, int width)
+{
+    QTextLayout layout(text, font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    QStringList lines;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        lines.append(text.mid(line.textStart(), line.textLength()));
+    }
+    layout.endLayout();
+    return lines;
+}
+
+} // namespace
+
+QStringList fittingLines(const QString& text, const QFont& font, int width, int maximumLines)
+{
+    const QFontMetrics metrics(font);
+    if (maximumLines == 1)
+        return {metrics.elidedText(text, Qt::ElideMiddle, width)};
+    const int step = qMax(metrics.averageCharWidth(), 1);
+    for (int room = width * maximumLines; room > 0; room -= step) {
+        const QStringList lines = brokenLines(metrics.elidedText(text, Qt::ElideMiddle, room), font, width);
+        if (lines.size() <= maximumLines)
+            return lines;
+    }
+    return {};
+}
+
+ElidedLabel::ElidedLabel(const QString& text, int maximumWidth, int lines)
     : maximum(maximumWidth)
+    , maximumLines(lines)
 {
     setTextFormat(Qt::PlainText);
     setText(text);
@@ -16,19 +52,26 @@ ElidedLabel::ElidedLabel(const QString& text, int maximumWidth)
 
 QSize ElidedLabel::sizeHint() const
 {
-    return {qMin(fontMetrics().horizontalAdvance(text()) + 2, maximum), fontMetrics().height()};
+    return {
+        qMin(fontMetrics().horizontalAdvance(text()) + 2, maximum), maximumLines * fontMetrics().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const
 {
-    return {0, fontMetrics().height()};
+    return {0, maximumLines * fontMetrics().height()};
 }
 
 void ElidedLabel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    style()->drawItemText(
-        &painter, contentsRect(), int(alignment()), colours(), isEnabled(), fitting(), foregroundRole());
+    QRect line = contentsRect();
+    if (maximumLines > 1)
+        line.setHeight(fontMetrics().height());
+    for (const QString& text : fitting()) {
+        style()->drawItemText(
+            &painter, line, int(alignment()), colours(), isEnabled(), text.trimmed(), foregroundRole());
+        line.translate(0, line.height());
+    }
 }
 
 /// Not in the colours of a style sheet that is meant for the label.
@@ -46,9 +89,9 @@ void ElidedLabel::resizeEvent(QResizeEvent* event)
     setToolTip(isCut() ? plainToolTip(text()) : QString());
 }
 
-QString ElidedLabel::fitting() const
+QStringList ElidedLabel::fitting() const
 {
-    return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width());
+    return fittingLines(text(), font(), contentsRect().width(), maximumLines);
 }
 
 QString plainToolTip(const QString& text)

@@ -3,17 +3,18 @@
 
 #include <QLabel>
 
-/// One line of text that gives way: cut in the middle where there is no room for all of it, and whole in its
-/// tooltip then. text() is always all of it. The text is shown as it is, never as rich text.
+/// Text that gives way: cut in the middle where there is no room for all of it, and whole in its tooltip
+/// then. text() is always all of it. The text is shown as it is, never as rich text.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
 
 public:
     /// \param maximumWidth what it asks for at most, in pixels
-    ElidedLabel(const QString& text, int maximumWidth);
+    /// \param maximumLines how many it always has room for
+    ElidedLabel(const QString& text, int maximumWidth, int maximumLines = 1);
 
-    bool isCut() const { return fitting() != text(); }
+    bool isCut() const { return fitting().join(QString()) != text(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -26,10 +27,15 @@ protected:
     virtual QPalette colours() const { return palette(); }
 
 private:
-    QString fitting() const;
+    QStringList fitting() const;
 
     int maximum;
+    int maximumLines;
 };
+
+/// \a text in lines of \a width pixels, broken between words where that goes. What is too much for
+/// \a maximumLines is cut out in the middle.
+QStringList fittingLines(const QString& text, const QFont& font, int width, int maximumLines);
 
 /// \a text as a tooltip, which would else take a name with a tag in it for rich text.
 QString plainToolTip(const QString& text);

@@ -5,9 +5,13 @@
 
 #include <QEvent>
 
+namespace {
+constexpr int maximumLines = 3;
+} // namespace
+
 WindowNote::WindowNote(QWidget* owner, const QString& text, QWidget* over)
     : QLabel(owner)
-    , all(text)
+    , all(QString(text).replace('\n', ' '))
     , ground(over ? over : owner)
 {
     // The colours of a tooltip belong together in every palette.
@@ -34,7 +38,7 @@ void WindowNote::place()
 {
     const QRect room = ground == parentWidget() ? ground->rect() : ground->geometry();
     const int gap = fontMetrics().height();
-    setText(fontMetrics().elidedText(all, Qt::ElideMiddle, room.width() - 3 * gap));
+    setText(fittingLines(all, font(), room.width() - 3 * gap, maximumLines).join('\n'));
     adjustSize();
     move(room.center().x() - width() / 2, room.bottom() - height() - gap / 2);
     raise();

@@ -3,8 +3,8 @@
 
 #include <QLabel>
 
-/// A line that lies on a window's contents, at the bottom, for as long as it lives. Cut when it is too long,
-/// and shown as it is, never as rich text.
+/// A few lines that lie on a window's contents, at the bottom, for as long as they live. Cut when they are
+/// too long, and shown as they are, never as rich text.
 class WindowNote : public QLabel
 {
     Q_OBJECT

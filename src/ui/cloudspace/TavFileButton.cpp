@@ -16,6 +16,7 @@ namespace {
 
 const QSize iconSize(70, 90);
 constexpr int margin = 4;
+constexpr int nameLines = 2;
 
 /// A name of usual length fits.
 int nameWidth(const QWidget* widget)
@@ -145,7 +146,8 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setStyleSheet("QPushButton{border:none;}");
     icon->setAutoDefault(false);
     icon->setAccessibleName(name);
-    label = new NameLabel(name, nameWidth(this));
+    label = new NameLabel(name, nameWidth(this), nameLines);
+    label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     // Its stretches would else take all the room that there is in a row of few.
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     // The colour of a selected tile fills all of it.
@@ -161,8 +163,8 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
 
 QSize TavFileButton::sizeHint() const
 {
-    const int height =
-        qMax(icon->minimumHeight(), iconSize.height()) + layout()->spacing() + fontMetrics().height();
+    const int height = qMax(icon->minimumHeight(), iconSize.height()) + layout()->spacing()
+        + label->minimumSizeHint().height();
     return {widthIn(this), height + 2 * margin};
 }
 
