@@ -25,11 +25,12 @@ bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const
     const QString& proceed = QString(), const QString& cancel = QString(), const QString& more = QString());
 
 /// Guidance or success. False when \a window was closed or destroyed meanwhile.
-/// \param button the text of its button; empty for Qt's own OK
+/// \param button, more as for showBox()
 template <class Window>
-bool inform(Window* window, const QString& text, const QString& button = QString())
+bool inform(
+    Window* window, const QString& text, const QString& button = QString(), const QString& more = QString())
 {
-    return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text, button);
+    return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text, button, more);
 }
 
 /// Whether there is a text in \a field. When not, says \a complaint and leads the user there.

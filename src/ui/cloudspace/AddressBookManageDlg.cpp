@@ -59,11 +59,11 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
 void AddressBookManageDlg::load()
 {
     Friends friends;
-    const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
-        [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
+    const Outcome outcome = askCloud(this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
     if (outcome == Outcome::Refused) {
         table->setEmptyText(tr("The address book could not be loaded."));
-        inform(this, tr("Failed to load address book form!"));
+        inform(this, tr("Failed to load address book form!"), QString(), reasonOf(client));
     }
     if (outcome != Outcome::Done)
         return;
@@ -87,8 +87,8 @@ bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const 
 {
     Friends friends;
     if (!performed(
-            this, tr("Looking for the friend..."),
-            [&friends, manager = client] { return manager->SearchAddressBookList(friends); }, complaint,
+            this, client, tr("Looking for the friend..."),
+            [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, complaint,
             tr("OK")))
         return false;
     const auto found = std::find_if(
@@ -105,11 +105,12 @@ void AddressBookManageDlg::_onAddRecord()
     form->setWindowTitle(tr("Add"));
     if (!form.accepted())
         return;
-    const auto request = [manager = client, account = form->account(), name = form->name(),
-                             company = form->company()] {
-        return manager->AddToAddressBook(account, name, company);
+    const auto request = [account = form->account(), name = form->name(), company = form->company()](
+                             CloudFileManger& cloud) {
+        return cloud.AddToAddressBook(account, name, company);
     };
-    if (performed(this, tr("Adding the friend..."), request, tr("Please enter the correct account number!")))
+    if (performed(this, client, tr("Adding the friend..."), request,
+            tr("Please enter the correct account number!")))
         load();
 }
 
@@ -133,11 +134,11 @@ void AddressBookManageDlg::_onAltRecord()
     if (!findEntry(account, id, complaint))
         return;
     // In one go: who closes the window in between must not lose the friend.
-    const auto replace = [self = QPointer<AddressBookManageDlg>(this), manager = client, id, account, name,
-                             company] {
-        return manager->DelFromAddressBook(id) && self && manager->AddToAddressBook(account, name, company);
+    const auto replace = [self = QPointer<AddressBookManageDlg>(this), id, account, name, company](
+                             CloudFileManger& cloud) {
+        return cloud.DelFromAddressBook(id) && self && cloud.AddToAddressBook(account, name, company);
     };
-    if (performed(this, tr("Changing the friend..."), replace, complaint, tr("OK")))
+    if (performed(this, client, tr("Changing the friend..."), replace, complaint, tr("OK")))
         load();
 }
 
@@ -154,7 +155,7 @@ void AddressBookManageDlg::_onDelRecord()
     QString id;
     if (!findEntry(account, id, complaint))
         return;
-    const auto request = [manager = client, id] { return manager->DelFromAddressBook(id); };
-    if (performed(this, tr("Deleting the friend..."), request, complaint, tr("OK")))
+    const auto request = [id](CloudFileManger& cloud) { return cloud.DelFromAddressBook(id); };
+    if (performed(this, client, tr("Deleting the friend..."), request, complaint, tr("OK")))
         load();
 }

@@ -75,13 +75,13 @@ void ChoiceCloudProjectDlg::loadFirst()
 /// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.
 bool ChoiceCloudProjectDlg::load()
 {
-    switch (callPlatform(this, tr("Loading the cloud projects..."),
-        [manager = client] { return manager->getAllCloudProjectBackup(); })) {
+    switch (askCloud(this, client, tr("Loading the cloud projects..."),
+        [](CloudFileManger& cloud) { return cloud.getAllCloudProjectBackup(); })) {
     case Outcome::Done:
         showProjects();
         return true;
     case Outcome::Refused:
-        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + client->getLastError());
+        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + reasonOf(client));
         return true;
     case Outcome::Abandoned:
         break;
@@ -147,10 +147,9 @@ void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
     ScopedDialog<CreateCloudProjectDlg> form(this);
     if (!form.accepted())
         return;
-    const auto request = [manager = client, name = form->name(), description = form->description()] {
-        return manager->AddCloudProInfo(name, description);
-    };
-    if (!performed(this, tr("Adding the cloud project..."), request, tr("Add cloud project failed!"))
+    const auto request = [name = form->name(), description = form->description()](
+                             CloudFileManger& cloud) { return cloud.AddCloudProInfo(name, description); };
+    if (!performed(this, client, tr("Adding the cloud project..."), request, tr("Add cloud project failed!"))
         || !load())
         return;
     const int row = rowOf(IdColumn, client->getProjectId());

@@ -285,11 +285,11 @@ void CloudShareTabWidget::_onChangeCBoxState2(int row)
 void CloudShareTabWidget::loadFriends()
 {
     QList<CloudFileManger::CloudAddressBookInfo> friends;
-    const Outcome outcome = callPlatform(this, tr("Loading the address book..."),
-        [&friends, manager = client] { return manager->SearchAddressBookList(friends); });
+    const Outcome outcome = askCloud(this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
     if (outcome == Outcome::Refused) {
         friendsTable->setEmptyText(tr("The address book could not be loaded."));
-        fail(this, tr("Failed to query the address book list!"));
+        fail(this, tr("Failed to query the address book list!"), QString(), reasonOf(client));
     }
     if (outcome != Outcome::Done)
         return;
@@ -305,11 +305,11 @@ void CloudShareTabWidget::loadFriends()
 void CloudShareTabWidget::loadGroups()
 {
     QList<CloudFileManger::CloudGroupInfo> groups;
-    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
-        [&groups, manager = client] { return manager->SearchGroup(groups); });
+    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
     if (outcome == Outcome::Refused) {
         groupsTable->setEmptyText(tr("The groups could not be loaded."));
-        fail(this, tr("Group Query Failure!"));
+        fail(this, tr("Group Query Failure!"), QString(), reasonOf(client));
     }
     if (outcome != Outcome::Done)
         return;
@@ -379,10 +379,8 @@ bool CloudShareTabWidget::upload(const QString& path, QString& fileId, const QSt
 
     int id = 0;
     const bool uploaded = performed(
-        this, tr("Uploading %1...").arg(file.fileName()),
-        [&id, path, supportType, manager = client] {
-            return manager->UploadCloudShareFile2(typeFlag, supportType, path, id);
-        },
+        this, client, tr("Uploading %1...").arg(file.fileName()),
+        [&](CloudFileManger& cloud) { return cloud.UploadCloudShareFile2(typeFlag, supportType, path, id); },
         tr("File upload failed!"), button);
     fileId = QString::number(id);
     return uploaded;
@@ -396,15 +394,15 @@ void CloudShareTabWidget::_onAnonymousShare()
     if (path.isEmpty() || !chooseProject() || !upload(path, fileId))
         return;
     QString code;
-    const auto share = [&, manager = client] { return manager->CloudShareAnonymous(fileId, code, hours); };
-    if (!performed(this, tr("Sharing the file..."), share, tr("Share failed!")))
+    const auto share = [&](CloudFileManger& cloud) { return cloud.CloudShareAnonymous(fileId, code, hours); };
+    if (!performed(this, client, tr("Sharing the file..."), share, tr("Share failed!")))
         return;
     clipboard->setText(code);
     if (!showBox(QMessageBox::Information, this, tr("Anonymous share"),
             tr("Fetch Code") + ':' + code + '\n' + tr("The fetch code is copied to the clipboard.")))
         return;
-    const auto extract = [&, manager = client] { return manager->ExtractByCode(code, QString()); };
-    if (performed(this, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
+    const auto extract = [&](CloudFileManger& cloud) { return cloud.ExtractByCode(code, QString()); };
+    if (performed(this, client, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
         && inform(this, tr("Please go to my Cloud space to view the uploaded file.")))
         emit refreshMyCloudSpace();
 }
@@ -424,11 +422,11 @@ void CloudShareTabWidget::_onAccountNumberShare()
     QString fileId;
     if (!chooseProject() || !upload(path, fileId, tr("OK")))
         return;
-    const auto share = [&, manager = client] {
-        return manager->CloudShareToAccount(accounts.join(','), fileId, hours);
+    const auto share = [&](CloudFileManger& cloud) {
+        return cloud.CloudShareToAccount(accounts.join(','), fileId, hours);
     };
-    if (performed(
-            this, tr("Sharing the file..."), share, tr("Failed to share file with specified user!"), tr("OK"))
+    if (performed(this, client, tr("Sharing the file..."), share,
+            tr("Failed to share file with specified user!"), tr("OK"))
         && inform(this, tr("Share successfully!")))
         emit refreshMyCloudSpace();
 }
@@ -445,11 +443,11 @@ void CloudShareTabWidget::_onGroupShare()
     for (int row = 0; row < groupsTable->rowCount(); ++row) {
         if (!boxOf(groupsTable, row)->isChecked())
             continue;
-        const auto share = [&, manager = client, group = groupsTable->text(row, GroupId)] {
-            return manager->CloudShareToGroup(group, fileId, hours);
+        const auto share = [&, group = groupsTable->text(row, GroupId)](CloudFileManger& cloud) {
+            return cloud.CloudShareToGroup(group, fileId, hours);
         };
         const QString what = tr("Sharing with %1...").arg(groupsTable->text(row, GroupName));
-        if (!performed(this, what, share, tr("Share failed!")))
+        if (!performed(this, client, what, share, tr("Share failed!")))
             return;
         ++groups;
     }
@@ -469,8 +467,8 @@ void CloudShareTabWidget::_onConfirmExtraction()
     const QString code = codeEdit->text();
     if (!filled(this, codeEdit, tr("The text box is empty.")))
         return;
-    const auto extract = [&, manager = client] { return manager->ExtractByCode(code, QString()); };
-    if (performed(this, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
+    const auto extract = [&](CloudFileManger& cloud) { return cloud.ExtractByCode(code, QString()); };
+    if (performed(this, client, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
         && inform(this, tr("Extraction successfully! Please go to My Cloud space to view the file")))
         emit refreshMyCloudSpace();
 }

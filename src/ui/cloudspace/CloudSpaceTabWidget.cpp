@@ -4,9 +4,9 @@
 #include "core/ITreeElement.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
-#include "ui/MessageBoxes.h"
 #include "ui/WindowNote.h"
 #include "ui/cloudspace/EnterKey.h"
+#include "ui/cloudspace/Steps.h"
 #include "ui/cloudspace/TavFileButton.h"
 #include "ui/cloudspace/TileArea.h"
 
@@ -178,8 +178,8 @@ void CloudSpaceTabWidget::_onRefresh()
 
     const QPointer<CloudSpaceTabWidget> self(this);
     std::shared_ptr<ITreeElement> fetched;
-    callPlatform(this, tr("Loading the cloud space..."), [&fetched, manager = client] {
-        fetched.reset(manager->getFileTree(), tav_tree_element_release_instance);
+    askCloud(this, client, tr("Loading the cloud space..."), [&fetched](CloudFileManger& cloud) {
+        fetched.reset(cloud.getFileTree(), tav_tree_element_release_instance);
         return true;
     });
     if (!self || !fetched) // a window that was closed may be shown again
@@ -188,8 +188,8 @@ void CloudSpaceTabWidget::_onRefresh()
     tree = std::move(fetched);
     showFolder(tree.get());
     // The tree is there all the same, with a branch empty.
-    if (!client->getLastError().isEmpty())
-        tell(tr("Not everything could be loaded: %1").arg(client->getLastError()));
+    if (client->getLastFailure() != CloudFailure::None)
+        tell(tr("Not everything could be loaded: %1").arg(reasonOf(client)));
 }
 
 void CloudSpaceTabWidget::showFolder(ITreeElement* element)
@@ -297,6 +297,7 @@ void CloudSpaceTabWidget::_onDownload()
 
     delete note;
     missed.clear();
+    reasons.clear();
     const auto kept = tree; // should a refresh come in between
     const QPointer<DownloadProgress> progress(new DownloadProgress(this));
     const Outcome outcome = downloadTreeElement(selected->element, directory, selected->getDescription());
@@ -304,8 +305,7 @@ void CloudSpaceTabWidget::_onDownload()
     if (outcome == Outcome::Done)
         inform(this, tr("The download is complete!"), tr("OK"));
     if (outcome == Outcome::Refused)
-        tell(tr("Not downloaded: %1").arg(QStringList(missed.mid(0, 5)).join(", "))
-            + (missed.size() > 5 ? QStringLiteral(", ... (%1)").arg(missed.size()) : QString()));
+        tellMissed();
 }
 
 /// After Outcome::Abandoned this may not exist any more.
@@ -316,7 +316,7 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(
         QDir().mkdir(directory);
     const QString name = nameOf(element);
     if (!isPlainFileName(name))
-        return miss(description, tr("not a file name"));
+        return miss(description, tr("What is in the cloud must have the name of a file."));
     // Other than its tile, an element without a type is a file here.
     if (typeOf(element, "-1") != 0)
         return downloadFile(element, directory + '/' + name, description);
@@ -352,21 +352,30 @@ Outcome CloudSpaceTabWidget::downloadFile(
             return miss(description);
     }
 
-    const auto request = [projectId, fileId, target, manager = client] {
-        return fileId.isEmpty() ? manager->DownloadCloudProFile(projectId, target)
-                                : manager->DownloadCloudShareFile(fileId, target);
+    const auto request = [&](CloudFileManger& cloud) {
+        return fileId.isEmpty() ? cloud.DownloadCloudProFile(projectId, target)
+                                : cloud.DownloadCloudShareFile(fileId, target);
     };
-    const Outcome outcome = callPlatform(this, tr("Downloading %1...").arg(description), request);
-    if (outcome != Outcome::Refused)
-        return outcome;
-    const bool asked = !fileId.isEmpty() || !client->getProjectId().isEmpty();
-    return miss(description, asked ? client->getLastError() : tr("no cloud project is chosen"));
+    const Outcome outcome = askCloud(this, client, tr("Downloading %1...").arg(description), request);
+    return outcome == Outcome::Refused ? miss(description, reasonOf(client)) : outcome;
 }
 
 Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
 {
-    missed.append(reason.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, reason));
+    missed.append(name);
+    if (!reason.isEmpty() && !reasons.contains(reason))
+        reasons.append(reason);
     return Outcome::Refused;
+}
+
+/// What the last download left out, and why.
+void CloudSpaceTabWidget::tellMissed()
+{
+    constexpr int most = 5;
+    QString names = QStringList(missed.mid(0, most)).join(", ");
+    if (missed.size() > most)
+        names += QStringLiteral(", ... (%1)").arg(missed.size());
+    tell(tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' '));
 }
 
 /// A line on the tiles until the next step: what is no message box's affair.

@@ -53,6 +53,7 @@ private:
     Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
     Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
+    void tellMissed();
 
     // In the tab order, which is that of their making.
     QPushButton* backButton;
@@ -67,5 +68,6 @@ private:
     QList<TavFileButton*> tileList;
     QClipboard* clipboard; // not used here
     QPointer<WindowNote> note;
-    QStringList missed; // by the last download, with the reasons
+    QStringList missed; // by the last download
+    QStringList reasons; // for that
 };

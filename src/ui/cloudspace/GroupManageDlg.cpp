@@ -108,12 +108,12 @@ void GroupManageDlg::load()
     model->clear();
     model->setHorizontalHeaderLabels({tr("Groups")});
     QList<CloudFileManger::CloudGroupInfo> groups;
-    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
-        [&groups, manager = client] { return manager->SearchGroup(groups); });
+    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
     if (outcome == Outcome::Refused) {
         hint->setText(tr("The groups could not be loaded."));
         hint->show();
-        fail(this, tr("Failed to query group information!"));
+        fail(this, tr("Failed to query group information!"), QString(), reasonOf(client));
     }
     if (outcome != Outcome::Done)
         return;
@@ -136,12 +136,11 @@ void GroupManageDlg::load()
 bool GroupManageDlg::loadMembers(QStandardItem* group)
 {
     Members members;
-    const Outcome outcome = callPlatform(this, tr("Loading the groups..."),
-        [&members, manager = client, id = group->data(GroupIdRole).toString()] {
-            return manager->SearchGroupMember(id, members);
-        });
+    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
+        [&members, id = group->data(GroupIdRole).toString()](
+            CloudFileManger& cloud) { return cloud.SearchGroupMember(id, members); });
     if (outcome == Outcome::Refused)
-        return fail(this, tr("Failed to query a group member!"));
+        return failOnMembers();
     if (outcome == Outcome::Abandoned)
         return false;
     for (const auto& member : members) {
@@ -154,6 +153,12 @@ bool GroupManageDlg::loadMembers(QStandardItem* group)
         group->appendRow(item);
     }
     return true;
+}
+
+/// False when the window went meanwhile.
+bool GroupManageDlg::failOnMembers()
+{
+    return fail(this, tr("Failed to query a group member!"), QString(), reasonOf(client));
 }
 
 /// Null when there is none.
@@ -182,10 +187,9 @@ std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const
 std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 {
     Members members;
-    const Outcome outcome = callPlatform(this, tr("Looking for the group's owner..."),
-        [&members, manager = client, groupId] { return manager->SearchGroupMember(groupId, members); });
-    if (outcome == Outcome::Abandoned
-        || (outcome == Outcome::Refused && !fail(this, tr("Failed to query a group member!"))))
+    const Outcome outcome = askCloud(this, client, tr("Looking for the group's owner..."),
+        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(groupId, members); });
+    if (outcome == Outcome::Abandoned || (outcome == Outcome::Refused && !failOnMembers()))
         return std::nullopt;
     return std::any_of(members.cbegin(), members.cend(),
         [this](const auto& member) { return member.username == account && isManager(member); });
@@ -206,8 +210,8 @@ void GroupManageDlg::_onGetInvitationCode()
     }
     QString code;
     if (!performed(
-            this, tr("Generating the invitation code..."),
-            [&code, manager = client, id = group->id] { return manager->GetInviteCode(id, code); },
+            this, client, tr("Generating the invitation code..."),
+            [&](CloudFileManger& cloud) { return cloud.GetInviteCode(group->id, code); },
             tr("Failed to generate invitation code!")))
         return;
     clipboard->setText(code);
@@ -220,10 +224,9 @@ void GroupManageDlg::_onJoinGroup()
     ScopedDialog<JoinGroupDlg> form(this, clipboard);
     if (!form.accepted())
         return;
-    const auto request = [manager = client, code = form->invitationCode()] {
-        return manager->InviteToGroup(code);
-    };
-    if (performed(this, tr("Joining the group..."), request, tr("Join the group failed!"))
+    const auto request = [code = form->invitationCode()](
+                             CloudFileManger& cloud) { return cloud.InviteToGroup(code); };
+    if (performed(this, client, tr("Joining the group..."), request, tr("Join the group failed!"))
         && inform(this, tr("Join the group successfully!")))
         load();
 }
@@ -233,8 +236,9 @@ void GroupManageDlg::_onCreateGroup()
     ScopedDialog<CreateGroupDlg> form(this);
     if (!form.accepted())
         return;
-    const auto request = [manager = client, name = form->groupName()] { return manager->CreateGroup(name); };
-    if (performed(this, tr("Creating the group..."), request, tr("Failed to create group!"))
+    const auto request = [name = form->groupName()](
+                             CloudFileManger& cloud) { return cloud.CreateGroup(name); };
+    if (performed(this, client, tr("Creating the group..."), request, tr("Failed to create group!"))
         && inform(this, tr("Create group successfully!")))
         load();
 }
@@ -257,16 +261,16 @@ void GroupManageDlg::_onDelGroup()
 /// a group.
 void GroupManageDlg::deleteWithMembers(const QString& groupId)
 {
-    const auto request = [self = QPointer<GroupManageDlg>(this), manager = client, groupId] {
+    const auto request = [self = QPointer<GroupManageDlg>(this), groupId](CloudFileManger& cloud) {
         Members members;
-        if (!manager->SearchGroupMember(groupId, members))
+        if (!cloud.SearchGroupMember(groupId, members))
             return false;
         for (const auto& member : members)
-            if (!self || !manager->RemoveGroupMember(groupId, inQuery(member.username)))
+            if (!self || !cloud.RemoveGroupMember(groupId, inQuery(member.username)))
                 return false;
-        return self && manager->deleteGroup(groupId);
+        return self && cloud.deleteGroup(groupId);
     };
-    if (performed(this, tr("Deleting the group..."), request, tr("Delete failed!"))
+    if (performed(this, client, tr("Deleting the group..."), request, tr("Delete failed!"))
         && inform(this, tr("Delete successfully!")))
         load();
 }
@@ -286,8 +290,8 @@ void GroupManageDlg::_onExitGroup()
     }
     if (!confirm(this, tr("Confirm exit?")))
         return;
-    const auto request = [manager = client, id = group->id] { return manager->OutGroup(id); };
-    if (performed(this, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
+    const auto request = [id = group->id](CloudFileManger& cloud) { return cloud.OutGroup(id); };
+    if (performed(this, client, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
         && inform(this, tr("Exit group successfully!")))
         load();
 }
@@ -310,9 +314,10 @@ void GroupManageDlg::_onDelGroupMember()
             *owner ? tr("Unable to remove group master!") : tr("No operation permission!"));
         return;
     }
-    const auto request = [manager = client, groupId, userName] {
-        return manager->RemoveGroupMember(groupId, inQuery(userName));
+    const auto request = [&](CloudFileManger& cloud) {
+        return cloud.RemoveGroupMember(groupId, inQuery(userName));
     };
-    if (performed(this, tr("Removing the group member..."), request, tr("Failed to delete a group member!")))
+    if (performed(this, client, tr("Removing the group member..."), request,
+            tr("Failed to delete a group member!")))
         load();
 }

@@ -42,6 +42,7 @@ private:
 
     void load();
     bool loadMembers(QStandardItem* group);
+    bool failOnMembers();
     QStandardItem* selectedItem() const;
     std::optional<SelectedGroup> selectedGroup(const QString& complaint);
     std::optional<bool> isOwner(const QString& groupId);

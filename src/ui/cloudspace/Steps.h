@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cloud/CloudHandle.h"
 #include "ui/BlockingCall.h"
 #include "ui/MessageBoxes.h"
 
@@ -9,12 +10,29 @@
 
 inline constexpr char failureTitle[] = "Error";
 
+using CloudRequest = std::function<bool(CloudFileManger&)>;
+
+/// Runs \a request with \a window Waiting for \a what.
+inline Outcome askCloud(
+    QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request)
+{
+    return callPlatform(window, what, [client, &request] { return request(*client); });
+}
+
+/// Why the last request of \a client failed, for the user.
+inline QString reasonOf(const CloudHandle& client)
+{
+    return cloudFailureText(client->getLastFailure(), client->getLastError());
+}
+
 /// What did not work. False when \a window was closed or destroyed meanwhile.
 /// \param button the text of the box's button; empty for Qt's own OK
+/// \param reason why; empty where the text says so
 template <class Window>
-bool fail(Window* window, const QString& text, const QString& button = QString())
+bool fail(
+    Window* window, const QString& text, const QString& button = QString(), const QString& reason = QString())
 {
-    return showBox(QMessageBox::Critical, window, Window::tr(failureTitle), text, button);
+    return showBox(QMessageBox::Critical, window, Window::tr(failureTitle), text, button, reason);
 }
 
 /// Whether the user wants what \a question asks.
@@ -25,13 +43,13 @@ bool confirm(Window* window, const QString& question)
 }
 
 /// Runs \a request with \a window Waiting for \a what. Whether it was done; when it was refused, says
-/// \a complaint.
+/// \a complaint and why.
 template <class Window>
-bool performed(Window* window, const QString& what, const std::function<bool()>& request,
+bool performed(Window* window, CloudHandle client, const QString& what, const CloudRequest& request,
     const QString& complaint, const QString& button = QString())
 {
-    const Outcome outcome = callPlatform(window, what, request);
+    const Outcome outcome = askCloud(window, client, what, request);
     if (outcome == Outcome::Refused)
-        fail(window, complaint, button);
+        fail(window, complaint, button, reasonOf(client));
     return outcome == Outcome::Done;
 }

@@ -448,10 +448,13 @@ private:
                 continue;
             }
             ExpectedBox expected = step.box;
-            expected.look = [this, sent, happen = i == held ? meanwhile : Call([] {})] {
+            const bool isFailure =
+                expected.icon == QMessageBox::Critical || expected.text.startsWith("Failed");
+            expected.look = [this, sent, isFailure, happen = i == held ? meanwhile : Call([] {})] {
                 QCOMPARE(fixture->requests().size(), sent);
                 const auto* shown = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 QCOMPARE(shown->defaultButton(), shown->button(no));
+                QCOMPARE(shown->informativeText(), QString(isFailure ? "<b>no</b>" : ""));
                 happen();
             };
             fixture->boxes().expect(expected);

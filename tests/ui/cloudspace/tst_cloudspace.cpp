@@ -144,6 +144,7 @@ struct Download
 
 const QByteArray shared = "/project/cloudProjectShare/download?logicalId=";
 const QByteArray backup = "/project/cloudProjectBackup/downloadProject?projectId=";
+const QString unusable = "The connection was cut, or the answer was not the platform's. Try again.";
 const QByteArray binary("\0\r\n\xff", 4);
 
 const QVector<Download> downloads{
@@ -157,21 +158,20 @@ const QVector<Download> downloads{
     {"of two of one name the one that is selected", nested, "Soft/a/x.dwg", {{shared + "12", "second"}},
         {{"out/x.dwg", "second"}}},
     {"two of one name", nested, "Soft/a", {{shared + "11", "first"}, {shared + "13", "y"}},
-        {{"out/a/x.dwg", "first"}, {"out/a/y.dwg", "y"}}, "x.dwg (2 of 2, ID 12)", {},
+        {{"out/a/x.dwg", "first"}, {"out/a/y.dwg", "y"}}, "x.dwg (2 of 2, ID 12). ", {},
         {{"x.dwg (2 of 2, ID 12)", false}}},
-    {"no id at all", {{"=P|=a.dwg"}}, "Soft/P/a.dwg", {}, {}, "a.dwg"},
+    {"no id at all", {{"=P|=a.dwg"}}, "Soft/P/a.dwg", {}, {}, "a.dwg. "},
     {"one is kept, one fails, one is covered", three, "Soft/P", {{shared + "12", ""}, {shared + "13", "new"}},
         {{"out/P/a.dwg", "old"}, {"out/P/%1 <i>.dwg", "old"}, {"out/P/c.dwg", "new"}},
-        "a.dwg, %1 <i>.dwg (返回值解析失败)", {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"},
+        "a.dwg, %1 <i>.dwg. " + unusable, {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"},
         {{"a.dwg", false}, {"%1 <i>.dwg", true}, {"c.dwg", true}}},
     {"no directory is the root", {{"1=P|11=nowhere to be written.dwg"}}, "Soft/P/nowhere to be written.dwg",
-        {{shared + "11", ""}}, {}, "nowhere to be written.dwg (返回值解析失败)", {}, {}, false},
+        {{shared + "11", ""}}, {}, "nowhere to be written.dwg. " + unusable, {}, {}, false},
     {"hostile names",
         {{"1=P|11=..|12=../a|13=a\\b|14=C:x|15=|16=.|17=/tmp/a|18=...", "2=..|21=a", "3=../up|31=a",
             "4=|41=a", "5=d:|51=a"}},
         "Soft", {{shared + "18", "harmless"}}, {{"out/Soft/P/...", "harmless"}},
-        ".. (not a file name), ../a (not a file name), a\\b (not a file name), C:x (not a file name), "
-        " (not a file name), ... (11)"},
+        ".., ../a, a\\b, C:x, , ... (11). What is in the cloud must have the name of a file."},
 };
 
 const ExpectedBox complete{QMessageBox::Information, "Prompt", "The download is complete!", QMessageBox::Ok,
