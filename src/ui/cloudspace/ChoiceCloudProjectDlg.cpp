@@ -55,6 +55,7 @@ ChoiceCloudProjectDlg::ChoiceCloudProjectDlg(CloudFileManger* manager,
     layout->addWidget(table);
     layout->addLayout(buttons);
 
+    connect(table, &QTableWidget::itemSelectionChanged, this, &ChoiceCloudProjectDlg::chooseSelected);
     connect(table, &QTableWidget::cellClicked, this, &ChoiceCloudProjectDlg::_onChangCBoxCheck);
     connect(addButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg);
     connect(confirmButton, &QPushButton::clicked, this, &ChoiceCloudProjectDlg::_onWhetherNull);
@@ -68,8 +69,9 @@ void ChoiceCloudProjectDlg::loadFirst()
     if (!load())
         return;
     const int row = currentId.isEmpty() ? rowOf(NameColumn, currentName) : rowOf(IdColumn, currentId);
+    // Not selected: what is highlighted is what OK takes, and the user has chosen nothing yet.
     if (row >= 0)
-        table->setCurrentCell(row, BoxColumn);
+        table->setCurrentCell(row, NameColumn, QItemSelectionModel::NoUpdate);
 }
 
 /// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.
@@ -120,11 +122,19 @@ void ChoiceCloudProjectDlg::_onChangCBoxCheck(int row)
     _onCheckChange(row);
 }
 
+/// The keyboard chooses as the mouse does.
+void ChoiceCloudProjectDlg::chooseSelected()
+{
+    const QModelIndexList rows = table->selectionModel()->selectedRows();
+    if (!rows.isEmpty() && table->text(rows.first().row(), IdColumn) != chosenId)
+        _onChangCBoxCheck(rows.first().row());
+}
+
 void ChoiceCloudProjectDlg::_onCheckChange(int row)
 {
     chosenId = table->text(row, IdColumn);
-    if (table->currentRow() != row)
-        table->setCurrentCell(row, BoxColumn);
+    if (!table->selectionModel()->isRowSelected(row, QModelIndex()))
+        table->selectRow(row);
     *chosenProject = {chosenId, table->text(row, NameColumn), table->text(row, SourceColumn), QString(),
         table->text(row, DescriptionColumn)};
     for (auto box = boxes.cbegin(); box != boxes.cend(); ++box)
@@ -155,5 +165,6 @@ void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
     const int row = rowOf(IdColumn, client->getProjectId());
     if (row >= 0)
         _onChangCBoxCheck(row);
-    inform(this, tr("Add cloud project successfully!"));
+    if (inform(this, tr("Add cloud project successfully!")))
+        table->setFocus(); // where Enter is OK, and not another project
 }

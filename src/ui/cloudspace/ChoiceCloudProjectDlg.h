@@ -20,7 +20,7 @@ public:
     /// Asks the platform for the projects once it is shown.
     /// \param manager What the user confirms becomes its current project.
     /// \param chosen receives the project that the user checks; must outlive the dialog
-    /// \param projectName, projectId the current project, whose row is highlighted at first
+    /// \param projectName, projectId the current project, where the keyboard begins
     ChoiceCloudProjectDlg(CloudFileManger* manager, CloudFileManger::ShareProjectInfo* chosen,
         QString projectName, QString projectId, QWidget* parent);
 
@@ -32,6 +32,7 @@ private slots:
 
 private:
     void loadFirst();
+    void chooseSelected();
     bool load();
     void showProjects();
     int rowOf(int column, const QString& text) const;

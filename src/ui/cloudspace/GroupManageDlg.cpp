@@ -42,11 +42,17 @@ QString inQuery(const QString& userName)
     return QString::fromLatin1(QUrl::toPercentEncoding(userName, "@+:"));
 }
 
-QStandardItem* newItem(const QString& text, const QString& iconFile)
+QIcon treeIcon(const QString& name)
 {
-    QIcon icon(iconFile);
+    const QString file = ":/tav_cloud_platform_sdk/Resources/" + name;
+    QIcon icon(file);
     // Not tinted with the colour of the selection, in which it would vanish.
-    icon.addFile(iconFile, QSize(), QIcon::Selected);
+    icon.addFile(file, QSize(), QIcon::Selected);
+    return icon;
+}
+
+QStandardItem* newItem(const QString& text, const QIcon& icon)
+{
     auto* item = new QStandardItem(icon, text);
     item->setEditable(false);
     item->setToolTip(plainToolTip(text));
@@ -63,6 +69,10 @@ GroupManageDlg::GroupManageDlg(
     , account(std::move(ownAccount))
     , model(new QStandardItemModel(this))
     , tree(new QTreeView(this))
+    , rootIcon(treeIcon("folder.png"))
+    , groupIcon(treeIcon("202.png"))
+    , managerIcon(treeIcon("201.png"))
+    , memberIcon(treeIcon("200.png"))
     , hint(new QLabel(this))
 {
     setWindowTitle(tr("Group management"));
@@ -119,11 +129,10 @@ void GroupManageDlg::load()
         return;
     hint->setText(tr("You are in no group yet. Create one, or join one by its invitation code."));
     hint->setVisible(groups.isEmpty());
-    auto* root = newItem(tr("My groups"), ":/tav_cloud_platform_sdk/Resources/folder.png");
+    auto* root = newItem(tr("My groups"), rootIcon);
     model->appendRow(root);
     for (const auto& group : groups) {
-        auto* item = newItem(
-            tr("%1(ID:%2)").arg(group.groupName, group.id), ":/tav_cloud_platform_sdk/Resources/202.png");
+        auto* item = newItem(tr("%1(ID:%2)").arg(group.groupName, group.id), groupIcon);
         item->setData(group.id, GroupIdRole);
         root->appendRow(item);
         if (!loadMembers(item))
@@ -145,9 +154,8 @@ bool GroupManageDlg::loadMembers(QStandardItem* group)
         return false;
     for (const auto& member : members) {
         const bool manages = isManager(member);
-        auto* item = manages ? newItem(member.username + " - " + tr("group manager"),
-                         ":/tav_cloud_platform_sdk/Resources/201.png")
-                             : newItem(member.username, ":/tav_cloud_platform_sdk/Resources/200.png");
+        auto* item = manages ? newItem(member.username + " - " + tr("group manager"), managerIcon)
+                             : newItem(member.username, memberIcon);
         item->setData(member.username, UserNameRole);
         item->setData(manages, ManagerRole);
         group->appendRow(item);

@@ -4,6 +4,7 @@
 #include "cloud/CloudHandle.h"
 #include "toolkit/Dialog.h"
 
+#include <QIcon>
 #include <QString>
 
 #include <optional>
@@ -53,5 +54,6 @@ private:
     QString account;
     QStandardItemModel* model;
     QTreeView* tree;
+    QIcon rootIcon, groupIcon, managerIcon, memberIcon;
     QLabel* hint; // what the tree cannot say
 };

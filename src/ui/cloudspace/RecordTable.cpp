@@ -8,8 +8,11 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QPainter>
-#include <QScreen>
+#include <QScrollBar>
+
+#include <numeric>
 
 RecordTable::RecordTable(const QStringList& columns, const QString& emptyText, QWidget* parent)
     : QTableWidget(0, columns.size(), parent)
@@ -23,7 +26,8 @@ RecordTable::RecordTable(const QStringList& columns, const QString& emptyText, Q
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
     setTabKeyNavigation(false);
-    fitColumns();
+    setHorizontalScrollMode(ScrollPerPixel);
+    horizontalHeader()->setStretchLastSection(true);
 }
 
 void RecordTable::setEmptyText(const QString& text)
@@ -53,27 +57,42 @@ void RecordTable::addRecord(const QStringList& texts, QWidget* box)
 
 void RecordTable::fitColumns()
 {
-    // A name of any length leaves room for the others; the last column takes what is left.
-    QHeaderView* header = horizontalHeader();
-    header->setStretchLastSection(false);
-    header->setMaximumSectionSize(fontMetrics().averageCharWidth() * 30);
-    resizeColumnsToContents();
+    const int room = viewport()->width();
+    QVector<int> widths, least;
+    for (int column = 0; column < columnCount(); ++column) {
+        least.append(horizontalHeader()->sectionSizeHint(column) + padding());
+        widths.append(qBound(least.last(), sizeHintForColumn(column) + padding(), qMax(least.last(), room)));
+    }
+    for (int excess = std::accumulate(widths.cbegin(), widths.cend(), 0) - room; excess > 0; --excess) {
+        int widest = -1;
+        for (int column = 0; column < columnCount(); ++column)
+            if (widths[column] > least[column] && (widest < 0 || widths[column] > widths[widest]))
+                widest = column;
+        if (widest < 0)
+            break;
+        --widths[widest];
+    }
     for (int column = 0; column < columnCount(); ++column)
-        setColumnWidth(column, columnWidth(column) + padding());
-    header->setMaximumSectionSize(-1);
-    header->setStretchLastSection(true);
+        setColumnWidth(column, widths[column]);
 }
 
 void RecordTable::widen(QDialog* dialog)
 {
-    setSizeAdjustPolicy(AdjustToContents);
-    const QHeaderView* header = horizontalHeader();
-    const int wanted = dialog->sizeHint().width();
-    int atLeast = wanted - header->length();
-    for (int column = 0; column < header->count(); ++column)
-        atLeast += header->sectionSizeHint(column) + padding();
-    const int preferred = qMin(wanted, dialog->screen()->availableGeometry().width() * 9 / 10);
-    dialog->resize(qMax(preferred, qMax(atLeast, int(dpi_scaled(520.0)))), int(dpi_scaled(320.0)));
+    constexpr int usualLetters = 80;
+    int width = usualLetters * fontMetrics().averageCharWidth();
+    int headers = 0;
+    for (int column = 0; column < columnCount(); ++column)
+        headers += horizontalHeader()->sectionSizeHint(column) + padding();
+    const QMargins margins = dialog->layout()->contentsMargins();
+    width = qMax(width, headers + verticalScrollBar()->sizeHint().width()) + 2 * frameWidth() + margins.left()
+        + margins.right();
+    dialog->resize(qMax(width, int(dpi_scaled(520.0))), int(dpi_scaled(320.0)));
+}
+
+void RecordTable::resizeEvent(QResizeEvent* event)
+{
+    QTableWidget::resizeEvent(event);
+    fitColumns();
 }
 
 /// Space is a click on the row that has the focus.

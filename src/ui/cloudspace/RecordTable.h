@@ -19,10 +19,10 @@ public:
     /// Adds a row of centred texts; their number is that of the columns, less the one of \a box.
     /// \param box a check box for the first column, named after the first text
     void addRecord(const QStringList& texts, QWidget* box = nullptr);
-    /// Makes the columns fit what is in them now.
+    /// Makes the columns fit what is in them now, as far as there is room: the widest give way first, and
+    /// none below its header.
     void fitColumns();
-    /// Makes \a dialog as wide as the table needs: for the headers of its columns in any case, for what is in
-    /// them now as far as the screen has room for it.
+    /// Makes \a dialog wide enough for the headers of the columns and for texts of usual length.
     void widen(QDialog* dialog);
     /// A cell's text, all of it where the table shows less.
     QString text(int row, int column) const { return item(row, column)->text(); }
@@ -30,6 +30,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     /// What a column has more than its texts need.
