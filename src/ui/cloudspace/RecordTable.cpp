@@ -10,9 +10,29 @@
 #include <QKeyEvent>
 #include <QLayout>
 #include <QPainter>
-#include <QScrollBar>
+#include <QScreen>
 
 #include <numeric>
+
+namespace {
+
+constexpr int letters = 30; ///< of a text that is read without effort
+
+/// Takes from the widest of \a widths, but not below \a least, until together they fit \a room.
+void narrow(QVector<int>& widths, const QVector<int>& least, int room)
+{
+    for (int excess = std::accumulate(widths.cbegin(), widths.cend(), 0) - room; excess > 0; --excess) {
+        int widest = -1;
+        for (int i = 0; i < widths.size(); ++i)
+            if (widths[i] > least[i] && (widest < 0 || widths[i] > widths[widest]))
+                widest = i;
+        if (widest < 0)
+            return;
+        --widths[widest];
+    }
+}
+
+} // namespace
 
 RecordTable::RecordTable(const QStringList& columns, const QString& emptyText, QWidget* parent)
     : QTableWidget(0, columns.size(), parent)
@@ -21,6 +41,7 @@ RecordTable::RecordTable(const QStringList& columns, const QString& emptyText, Q
     setHorizontalHeaderLabels(columns);
     horizontalHeader()->setStyleSheet("QHeaderView::section{border:none;}");
     horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setTextElideMode(Qt::ElideMiddle);
     verticalHeader()->hide();
     setEditTriggers(NoEditTriggers);
     setSelectionBehavior(SelectRows);
@@ -58,34 +79,35 @@ void RecordTable::addRecord(const QStringList& texts, QWidget* box)
 void RecordTable::fitColumns()
 {
     const int room = viewport()->width();
-    QVector<int> widths, least;
+    const int readable = letters * fontMetrics().averageCharWidth();
+    QVector<int> widths, withHeaders, withTexts, least;
     for (int column = 0; column < columnCount(); ++column) {
-        least.append(horizontalHeader()->sectionSizeHint(column) + padding());
-        widths.append(qBound(least.last(), sizeHintForColumn(column) + padding(), qMax(least.last(), room)));
+        const int header = headerWidth(column);
+        const int text = sizeHintForColumn(column) + padding();
+        widths.append(qMax(header, qMin(text, room)));
+        withHeaders.append(qMax(header, qMin(text, readable)));
+        withTexts.append(qMax(header / 2, qMin(text, readable)));
+        least.append(header / 2);
     }
-    for (int excess = std::accumulate(widths.cbegin(), widths.cend(), 0) - room; excess > 0; --excess) {
-        int widest = -1;
-        for (int column = 0; column < columnCount(); ++column)
-            if (widths[column] > least[column] && (widest < 0 || widths[column] > widths[widest]))
-                widest = column;
-        if (widest < 0)
-            break;
-        --widths[widest];
-    }
+    for (const QVector<int>& limits : {withHeaders, withTexts, least})
+        narrow(widths, limits, room);
     for (int column = 0; column < columnCount(); ++column)
         setColumnWidth(column, widths[column]);
 }
 
+int RecordTable::headerWidth(int column) const
+{
+    return horizontalHeader()->sectionSizeHint(column) + padding();
+}
+
 void RecordTable::widen(QDialog* dialog)
 {
-    constexpr int usualLetters = 80;
-    int width = usualLetters * fontMetrics().averageCharWidth();
-    int headers = 0;
-    for (int column = 0; column < columnCount(); ++column)
-        headers += horizontalHeader()->sectionSizeHint(column) + padding();
     const QMargins margins = dialog->layout()->contentsMargins();
-    width = qMax(width, headers + verticalScrollBar()->sizeHint().width()) + 2 * frameWidth() + margins.left()
-        + margins.right();
+    int width =
+        letters * fontMetrics().averageCharWidth() + 2 * frameWidth() + margins.left() + margins.right();
+    for (int column = 0; column < columnCount(); ++column)
+        width += headerWidth(column);
+    width = qMin(width, dialog->screen()->availableGeometry().width() * 9 / 10);
     dialog->resize(qMax(width, int(dpi_scaled(520.0))), int(dpi_scaled(320.0)));
 }
 

@@ -19,8 +19,8 @@ public:
     /// Adds a row of centred texts; their number is that of the columns, less the one of \a box.
     /// \param box a check box for the first column, named after the first text
     void addRecord(const QStringList& texts, QWidget* box = nullptr);
-    /// Makes the columns fit what is in them now, as far as there is room: the widest give way first, and
-    /// none below its header.
+    /// Makes the columns fit what is in them now, as far as there is room: long texts give way first, then
+    /// the headers, then the other texts.
     void fitColumns();
     /// Makes \a dialog wide enough for the headers of the columns and for texts of usual length.
     void widen(QDialog* dialog);
@@ -33,6 +33,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    int headerWidth(int column) const;
     /// What a column has more than its texts need.
     int padding() const { return fontMetrics().height(); }
 
