@@ -4,9 +4,11 @@
 #include "ui/BlockingCall.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QShortcut>
 
 namespace {
 
@@ -94,6 +96,21 @@ bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, cons
         return false;
     const QPointer<QMessageBox> box = newBox(icon, window, title, text, more);
     addButton(box, QMessageBox::Ok, button);
+    int answer = 0;
+    return isAnswered(box, attendance, answer);
+}
+
+bool showCode(QWidget* window, const QString& title, const QString& text, const QString& code)
+{
+    const Attendance attendance(window);
+    if (!attendance.lasts())
+        return false;
+    const QPointer<QMessageBox> box = newBox(QMessageBox::Information, window, title, text, QString());
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    addButton(box, QMessageBox::Ok, QString());
+    auto* copy = new QShortcut(QKeySequence::Copy, box);
+    QObject::connect(
+        copy, &QShortcut::activated, box, [code] { QGuiApplication::clipboard()->setText(code); });
     int answer = 0;
     return isAnswered(box, attendance, answer);
 }

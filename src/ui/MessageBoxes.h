@@ -17,6 +17,10 @@ inline constexpr char promptTitle[] = "Prompt";
 bool showBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& button = QString(), const QString& more = QString());
 
+/// Shows a box with a \a code in its \a text, and waits for the answer. The text can be selected, and Ctrl+C
+/// without a selection copies the code. False when \a window was closed or destroyed meanwhile.
+bool showCode(QWidget* window, const QString& title, const QString& text, const QString& code);
+
 /// Shows a box with two buttons, of which Enter and Escape press the second, and waits for the answer.
 /// Whether the user pressed the first; false as well when \a window was closed or destroyed meanwhile.
 /// \param proceed, cancel the texts of the buttons; empty for Qt's own OK and Cancel

@@ -42,14 +42,20 @@ constexpr int hoursADay = 24;
 constexpr int anonymousHours[] = {2, 12, 24, 72, 168};
 constexpr int sharedHours[] = {24, 72, 168, 360, 720};
 
+QString expiryText(int hours)
+{
+    const int days = hours / hoursADay;
+    if (days == 0)
+        return CloudShareTabWidget::tr("%1 Hours").arg(hours);
+    return days == 1 ? CloudShareTabWidget::tr("1 Day") : CloudShareTabWidget::tr("%1 Days").arg(days);
+}
+
 template <int Count>
 QComboBox* expiryCombo(const int (&choices)[Count])
 {
     auto* combo = new QComboBox;
     for (const int hours : choices)
-        combo->addItem(hours >= hoursADay ? CloudShareTabWidget::tr("%1 Days").arg(hours / hoursADay)
-                                          : CloudShareTabWidget::tr("%1 Hours").arg(hours),
-            hours);
+        combo->addItem(expiryText(hours), hours);
     return combo;
 }
 
@@ -398,8 +404,8 @@ void CloudShareTabWidget::_onAnonymousShare()
     if (!performed(this, client, tr("Sharing the file..."), share, tr("Share failed!")))
         return;
     clipboard->setText(code);
-    if (!showBox(QMessageBox::Information, this, tr("Anonymous share"),
-            tr("Fetch Code") + ':' + code + '\n' + tr("The fetch code is copied to the clipboard.")))
+    if (!showCode(this, tr("Anonymous share"),
+            tr("Fetch Code") + ':' + code + '\n' + tr("The fetch code is copied to the clipboard."), code))
         return;
     const auto extract = [&](CloudFileManger& cloud) { return cloud.ExtractByCode(code, QString()); };
     if (performed(this, client, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
@@ -459,11 +465,13 @@ void CloudShareTabWidget::_onGroupShare()
 
 void CloudShareTabWidget::_onPasteCode()
 {
-    codeEdit->setText(clipboard->text());
+    codeEdit->setText(clipboard->text().trimmed());
 }
 
 void CloudShareTabWidget::_onConfirmExtraction()
 {
+    // Blanks and line breaks come with a code that is copied out of a message.
+    codeEdit->setText(codeEdit->text().trimmed());
     const QString code = codeEdit->text();
     if (!filled(this, codeEdit, tr("The text box is empty.")))
         return;

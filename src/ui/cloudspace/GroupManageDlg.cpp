@@ -223,8 +223,8 @@ void GroupManageDlg::_onGetInvitationCode()
             tr("Failed to generate invitation code!")))
         return;
     clipboard->setText(code);
-    showBox(QMessageBox::Information, this, tr("Anonymous share"),
-        tr("Invitation code:") + code + "\n" + tr("The invitation code is copied to the clipboard."));
+    showCode(this, tr("Anonymous share"),
+        tr("Invitation code:") + code + "\n" + tr("The invitation code is copied to the clipboard."), code);
 }
 
 void GroupManageDlg::_onJoinGroup()

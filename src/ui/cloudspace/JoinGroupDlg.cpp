@@ -32,13 +32,15 @@ QString JoinGroupDlg::invitationCode() const
 
 void JoinGroupDlg::_onConfirm()
 {
+    // Blanks and line breaks come with a code that is copied out of a message.
+    codeEdit->setText(codeEdit->text().trimmed());
     if (filled(this, codeEdit, tr("The invitation code cannot be empty.")))
         accept();
 }
 
 void JoinGroupDlg::_onPaste()
 {
-    codeEdit->setText(clipboard->text());
+    codeEdit->setText(clipboard->text().trimmed());
     // Enter joins now, and does not paste again.
     codeEdit->setFocus();
 }
