@@ -48,14 +48,14 @@ const QByteArray listFriends = "/project/cloudAddressBook/list";
 const QByteArray listGroups = "/project/cloudProjectGroupUser/listUserGroups";
 const QByteArray listMembers = "/project/cloudProjectGroupUser/listGroupUsers?groupId=";
 
-/// Eleven drawings, so that there is a third row, and one with a long name.
+/// Twelve drawings, so that there is a third row, one with a long name, and two of one name.
 QByteArray drawings()
 {
     QByteArray list = R"([{"id":10,"originalName":"Ground plan of the northern harbour basin.dwg"})";
     for (int i = 1; i <= 10; ++i)
         list += R"(,{"id":)" + QByteArray::number(20 + i) + R"(,"originalName":"sheet-)"
             + QByteArray::number(i) + R"(.dgn"})";
-    return list + ']';
+    return list + R"(,{"id":31,"originalName":"sheet-2.dgn"}])";
 }
 
 void expectGet(ScriptedPeer& peer, const QByteArray& target, const QByteArray& data)
@@ -103,6 +103,13 @@ void open(QWidget& window, const QString& folder)
 {
     click(window, folder);
     click(window, folder);
+}
+
+/// Shows a dialog that loads what it shows when it has come up.
+void bringUp(QWidget& dialog)
+{
+    dialog.show();
+    QCoreApplication::processEvents();
 }
 
 void shootBrowser(const Album& album, ScriptedPeer& peer, DlgMyCloudSpace& space)
@@ -166,6 +173,7 @@ void shootManagement(const Album& album, ScriptedPeer& peer, CloudFileManger& cl
 {
     expectGet(peer, listFriends, friends);
     AddressBookManageDlg book(&client, nullptr);
+    bringUp(book);
     book.findChild<QTableWidget*>()->selectRow(0);
     album.shoot(book, "book");
     album.shootBox(book, AddressBookManageDlg::tr("Delete"), "book-question");
@@ -176,6 +184,7 @@ void shootManagement(const Album& album, ScriptedPeer& peer, CloudFileManger& cl
 
     expectGroups(peer);
     GroupManageDlg manage(&client, QGuiApplication::clipboard(), "li.hua", nullptr);
+    bringUp(manage);
     auto* tree = manage.findChild<QTreeView*>();
     const QAbstractItemModel* items = tree->model();
     tree->setCurrentIndex(items->index(0, 0, items->index(0, 0)));
@@ -185,6 +194,10 @@ void shootManagement(const Album& album, ScriptedPeer& peer, CloudFileManger& cl
     expectGet(peer, listMembers + "3", surveyors);
     expectGet(peer, "/project/cloudProjectGroupUser/getInviteCode?groupId=3", R"("K7QX-2M")");
     album.shootBox(manage, GroupManageDlg::tr("Generating invitation codes"), "groups-code");
+    expectGet(peer, listMembers + "3", surveyors);
+    peer.expect("GET", "/project/cloudProjectGroupUser/getInviteCode?groupId=3",
+        behaviour::answer(R"({"code":1,"msg":"Not now / \u7a0d\u540e\u518d\u8bd5"})"));
+    album.shootBox(manage, GroupManageDlg::tr("Generating invitation codes"), "groups-failure");
     CreateGroupDlg create(nullptr);
     album.shoot(create, "groups-create");
     JoinGroupDlg join(QGuiApplication::clipboard(), nullptr);
@@ -193,6 +206,7 @@ void shootManagement(const Album& album, ScriptedPeer& peer, CloudFileManger& cl
     expectGet(peer, listProjects, ownProjects);
     CloudFileManger::ShareProjectInfo chosen;
     ChoiceCloudProjectDlg chooser(&client, &chosen, QString(), QString(), nullptr);
+    bringUp(chooser);
     chooser.findChild<QTableWidget*>()->cellWidget(1, 0)->findChild<QCheckBox*>()->setChecked(true);
     album.shoot(chooser, "chooser");
     CreateCloudProjectDlg project(nullptr);

@@ -17,7 +17,9 @@
 #include <QLineEdit>
 #include <QProgressDialog>
 #include <QScrollBar>
+#include <QShortcut>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -153,6 +155,14 @@ CloudSpaceTabWidget::CloudSpaceTabWidget(CloudFileManger* manager, QClipboard* b
         + (columns - 1) * tileGrid->horizontalSpacing() + margins.left() + margins.right()
         + tileArea->verticalScrollBar()->sizeHint().width());
 
+    const auto addShortcut = [this](const QKeySequence& keys, QPushButton* button) {
+        auto* shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, button, [button] { button->click(); });
+    };
+    addShortcut(Qt::Key_Backspace, backButton);
+    addShortcut(Qt::ALT | Qt::Key_Left, backButton);
+    addShortcut(Qt::Key_F5, refreshButton);
     connect(backButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onGetBlack);
     connect(refreshButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onRefresh);
     connect(downloadButton, &QPushButton::clicked, this, &CloudSpaceTabWidget::_onDownload);
@@ -171,10 +181,12 @@ void CloudSpaceTabWidget::keyPressEvent(QKeyEvent* event)
 void CloudSpaceTabWidget::_onRefresh()
 {
     delete note;
+    const bool byKeyboard = hasFocusInTiles();
     navigationStack.clear();
     clearTiles();
     tileArea->setEmptyText(QString());
     tree.reset();
+    updateButtons();
 
     const QPointer<CloudSpaceTabWidget> self(this);
     std::shared_ptr<ITreeElement> fetched;
@@ -187,6 +199,8 @@ void CloudSpaceTabWidget::_onRefresh()
     navigationStack.clear(); // should a refresh have come in between
     tree = std::move(fetched);
     showFolder(tree.get());
+    if (byKeyboard)
+        tileArea->focusFirst();
     // The tree is there all the same, with a branch empty.
     if (client->getLastFailure() != CloudFailure::None)
         tell(tr("Not everything could be loaded: %1").arg(reasonOf(client)));
@@ -197,16 +211,37 @@ void CloudSpaceTabWidget::showFolder(ITreeElement* element)
     if (typeOf(element) == 1)
         return;
     delete note;
-    const bool byKeyboard = tileArea->isAncestorOf(window()->focusWidget());
+    // At the root "back" is off, and loses the focus.
+    const bool byKeyboard = hasFocusInTiles() || (navigationStack.isEmpty() && backButton->hasFocus());
     clearTiles();
     navigationStack.append(element);
     placeTiles(element);
+    updateButtons();
     if (byKeyboard)
         tileArea->focusFirst();
     QString path;
     for (const ITreeElement* folder : navigationStack)
         path += nameOf(folder) + '\\';
     pathEdit->setText(path);
+}
+
+void CloudSpaceTabWidget::updateButtons()
+{
+    backButton->setEnabled(navigationStack.size() > 1);
+    downloadButton->setEnabled(selectedTile());
+}
+
+bool CloudSpaceTabWidget::hasFocusInTiles() const
+{
+    return tileArea->isAncestorOf(window()->focusWidget());
+}
+
+/// The last of them; null when there is none.
+TavFileButton* CloudSpaceTabWidget::selectedTile() const
+{
+    const auto isSelected = [](const TavFileButton* tile) { return tile->selected; };
+    const auto found = std::find_if(tileList.crbegin(), tileList.crend(), isSelected);
+    return found == tileList.crend() ? nullptr : *found;
 }
 
 void CloudSpaceTabWidget::placeTiles(const ITreeElement* folder)
@@ -255,6 +290,7 @@ void CloudSpaceTabWidget::_onSelect(QString name)
         if (selected ? tile != selected : tile->getName() != name)
             tile->setSelected(false);
     }
+    updateButtons();
 }
 
 void CloudSpaceTabWidget::_onClicked(QString name)
@@ -280,11 +316,7 @@ ITreeElement* CloudSpaceTabWidget::childOfCurrent(const QString& name) const
 
 void CloudSpaceTabWidget::_onDownload()
 {
-    QPointer<TavFileButton> selected;
-    for (TavFileButton* tile : tileList) {
-        if (tile->selected)
-            selected = tile;
-    }
+    const QPointer<TavFileButton> selected(selectedTile());
     if (!selected)
         return;
 

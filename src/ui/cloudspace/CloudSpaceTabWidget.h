@@ -44,6 +44,9 @@ private slots:
 
 private:
     void showFolder(ITreeElement* element);
+    void updateButtons();
+    bool hasFocusInTiles() const;
+    TavFileButton* selectedTile() const;
     void placeTiles(const ITreeElement* folder);
     void clearTiles();
     TavFileButton* senderTile() const;

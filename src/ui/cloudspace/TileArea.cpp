@@ -7,6 +7,7 @@
 #include <QGridLayout>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QScrollBar>
 #include <QVBoxLayout>
 #include <QWheelEvent>
@@ -49,7 +50,7 @@ TileArea::TileArea(QGridLayout* tiles, QWidget* parent)
     , grid(tiles)
     , layer(new ScrolledLayout(this))
 {
-    setMinimumHeight(int(dpi_scaled(500.0)));
+    fitMinimumHeight();
     setStyleSheet("background-color:#ffffff;");
     setFrameShape(NoFrame);
     // The area's white would leave nothing of the style's own bars.
@@ -62,6 +63,14 @@ TileArea::TileArea(QGridLayout* tiles, QWidget* parent)
     layer->addStretch();
     setLayout(layer);
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { revealFocus(now); });
+}
+
+/// Three rows of tiles; less on a small screen, which needs the rest for what is around them.
+void TileArea::fitMinimumHeight()
+{
+    const int available = screen()->availableGeometry().height();
+    const bool isSmall = available < int(dpi_scaled(570.0));
+    setMinimumHeight(isSmall ? available - int(dpi_scaled(220.0)) : int(dpi_scaled(500.0)));
 }
 
 void TileArea::addTile(QWidget* tile, int row, int column)
@@ -112,6 +121,12 @@ void TileArea::paintEvent(QPaintEvent* event)
     QPainter painter(viewport());
     painter.setPen(Qt::darkGray); // on the area's white, whatever the palette
     painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, textWhenEmpty);
+}
+
+void TileArea::showEvent(QShowEvent* event)
+{
+    fitMinimumHeight(); // the screen is known now
+    QScrollArea::showEvent(event);
 }
 
 void TileArea::resizeEvent(QResizeEvent* event)

@@ -28,11 +28,13 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
 
 private:
     class ScrolledLayout;
 
+    void fitMinimumHeight();
     void arrange();
     void scroll();
     void revealFocus(QWidget* focused);
