@@ -2,7 +2,6 @@
 #include "CloudSpaceFixture.h"
 
 #include "support/MultipartForm.h"
-#include "ui/WindowNote.h"
 #include "ui/cloudspace/CloudShareTabWidget.h"
 #include "ui/cloudspace/RecordTable.h"
 
@@ -14,7 +13,6 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
@@ -40,8 +38,7 @@ const QMap<QString, QString> fileTypes{{"dgn", "32"}, {"dwg", "31"}};
 /// The tab in a window of its own.
 struct Window : QDialog
 {
-    Window(CloudFileManger& client, const QMap<QString, QString>& types, QWidget* owner)
-        : QDialog(owner)
+    Window(CloudFileManger& client, const QMap<QString, QString>& types)
     {
         auto* tab = new CloudShareTabWidget(&client, client.getProjectName(), client.getProjectId(), types,
             QGuiApplication::clipboard(), "4", "me", nullptr);
@@ -250,11 +247,17 @@ private slots:
     {
         const QList<int> shared{24, 72, 168, 360, 720, 360}; // the last when nothing is chosen
         const QList<int> hours[]{{2, 12, 24, 72, 168, 24}, shared, shared};
+        const QString days = "1 Day, 3 Days, 7 Days, 15 Days, 30 Days";
+        const QString items[]{"2 Hours, 12 Hours, 1 Day, 3 Days, 7 Days", days, days};
         const auto window = open();
         for (const int mode : {Anonymous, Friends, Groups}) {
             choose(*window, mode, {0});
             auto* combo = seenIn<QComboBox>(*window);
-            QVERIFY(combo->count() == 5 && combo->currentIndex() == 0);
+            QStringList texts;
+            for (int i = 0; i < combo->count(); ++i)
+                texts.append(combo->itemText(i));
+            QCOMPARE(texts.join(", "), items[mode]);
+            QCOMPARE(combo->currentIndex(), 0);
             for (int i = 0; i < hours[mode].size(); ++i) {
                 combo->setCurrentIndex(i < 5 ? i : -1);
                 const auto sent = QByteArray::number(hours[mode][i]);
@@ -267,44 +270,6 @@ private slots:
         }
     }
 
-    void mayGoMeanwhile_data()
-    {
-        QTest::addColumn<int>("held");
-        QTest::addColumn<QString>("ending");
-        for (int step = 0; step < 3; ++step)
-            for (const char* ending : {"closed", "destroyed", "destroyed with its parent"})
-                QTest::addRow("request %d, %s", step, ending) << step << ending;
-    }
-
-    void mayGoMeanwhile()
-    {
-        QFETCH(int, held);
-        QFETCH(QString, ending);
-        QPointer<QWidget> parent(new QWidget);
-        const QPointer<Window> window(open(fileTypes, parent).release());
-        type(*window, "File", "a.DWG");
-        const Request requests[]{upload("31", "a.DWG"), byCode, ownExtraction};
-        const QStringList notes{"Uploading a.DWG...", "Sharing the file...", "Extracting the file..."};
-        expect(projects);
-        chooseProject("OK");
-        for (int step = 0; step < held; ++step)
-            expect(requests[step]);
-        if (held == 2)
-            fixture->boxes().expect(codeIs);
-        fixture->expectAndHold(requests[held].method, requests[held].target, requests[held].answer, [&] {
-            QCOMPARE(window->findChild<WindowNote*>()->text(), notes[held]);
-            QVERIFY(!button(*window, "Share")->isEnabled());
-            if (ending == "closed")
-                window->close();
-            else
-                delete (ending == "destroyed" ? window.data() : parent.data());
-        });
-        press(*window, "Share");
-        QCOMPARE(bool(window), ending == "closed");
-        QVERIFY(!window || window->refreshes == 0);
-        delete parent;
-    }
-
     void extracts()
     {
         const QMap<QByteArray, ExpectedBox> boxes{{"", prompt("The text box is empty.")},
@@ -313,7 +278,7 @@ private slots:
         const auto window = open();
         auto* edit = seenIn<QLineEdit>(*window);
         for (const QByteArray& given : boxes.keys()) {
-            QGuiApplication::clipboard()->setText(given);
+            QGuiApplication::clipboard()->setText(given.isEmpty() ? given : ' ' + given + "\r\n");
             press(*window, "Paste");
             QCOMPARE(edit->text(), QString(given));
             for (const bool byEnter : {false, true}) {
@@ -321,6 +286,7 @@ private slots:
                     expect(extraction(given, given == "taken"));
                 fixture->boxes().expect(boxes[given]);
                 bringUp(*window);
+                edit->setText(given + ' ');
                 edit->setFocus();
                 if (byEnter)
                     QTest::keyClick(edit, Qt::Key_Return);
@@ -424,7 +390,7 @@ private slots:
 
 private:
     /// With some files in the working directory.
-    std::unique_ptr<Window> open(const QMap<QString, QString>& types = fileTypes, QWidget* parent = nullptr)
+    std::unique_ptr<Window> open(const QMap<QString, QString>& types = fileTypes)
     {
         for (const char* name : {"a.DWG", "b.dgn", "a.xyz", "plain"}) {
             QFile file(name);
@@ -432,7 +398,7 @@ private:
             file.write("drawing");
         }
         fixture->expectLists(friendList, groupList);
-        return std::make_unique<Window>(fixture->client(), types, parent);
+        return std::make_unique<Window>(fixture->client(), types);
     }
 
     void expect(const Request& request) { fixture->expect(request.method, request.target, request.answer); }
