@@ -214,6 +214,41 @@
     </message>
 </context>
 <context>
+    <name>CloudFailure</name>
+    <message>
+        <source>There is no connection to the platform. Check the network.</source>
+        <translation>无法连接到平台，请检查网络。</translation>
+    </message>
+    <message>
+        <source>There is no secure connection to the platform. Ask your administrator about its certificate.</source>
+        <translation>无法与平台建立安全连接，请向管理员咨询平台的证书。</translation>
+    </message>
+    <message>
+        <source>It took too long. Try again later, or over a faster connection.</source>
+        <translation>等待时间过长，请稍后再试，或换用更快的网络。</translation>
+    </message>
+    <message>
+        <source>The connection was cut, or the answer was not the platform&apos;s. Try again.</source>
+        <translation>连接已中断，或者收到的不是平台的应答，请重试。</translation>
+    </message>
+    <message>
+        <source>The file could not be written. Check the folder and the room on the disk.</source>
+        <translation>无法写入文件，请检查文件夹和磁盘剩余空间。</translation>
+    </message>
+    <message>
+        <source>No cloud project is chosen.</source>
+        <translation>尚未选择云项目。</translation>
+    </message>
+    <message>
+        <source>You are signed out. Sign in again.</source>
+        <translation>您已退出登录，请重新登录。</translation>
+    </message>
+    <message>
+        <source>The platform refused, and gave no reason.</source>
+        <translation>平台拒绝了请求，且未说明原因。</translation>
+    </message>
+</context>
+<context>
     <name>CloudShareTabWidget</name>
     <message>
         <source>%1 Days</source>
@@ -364,10 +399,6 @@
         <translation>文件路径无效！</translation>
     </message>
     <message>
-        <source>Loading the cloud projects...</source>
-        <translation>正在加载云项目...</translation>
-    </message>
-    <message>
         <source>Could not find the server configuration table number for this file type!</source>
         <translation>找不到该文件类型对应的服务器配置表编号！</translation>
     </message>
@@ -455,6 +486,10 @@
         <source>Sharing with %1...</source>
         <translation>正在分享给 %1...</translation>
     </message>
+    <message>
+        <source>1 Day</source>
+        <translation>1 天</translation>
+    </message>
 </context>
 <context>
     <name>CloudSpaceTabWidget</name>
@@ -503,10 +538,6 @@
         <translation>确定</translation>
     </message>
     <message>
-        <source>Not downloaded: %1</source>
-        <translation>未下载：%1</translation>
-    </message>
-    <message>
         <source>Prompt</source>
         <translation>提示</translation>
     </message>
@@ -519,12 +550,20 @@
         <translation>正在下载 %1...</translation>
     </message>
     <message>
-        <source>not a file name</source>
-        <translation>不是文件名</translation>
+        <source>%1 of %2</source>
+        <translation>第 %1 个，共 %2 个</translation>
     </message>
     <message>
-        <source>no cloud project is chosen</source>
-        <translation>未选择云项目</translation>
+        <source>%1 of %2, ID %3</source>
+        <translation>第 %1 个，共 %2 个，ID %3</translation>
+    </message>
+    <message>
+        <source>What is in the cloud must have the name of a file.</source>
+        <translation>云端的名称不能用作文件名。</translation>
+    </message>
+    <message>
+        <source>Not downloaded: %1.</source>
+        <translation>未下载：%1。</translation>
     </message>
 </context>
 <context>
