@@ -94,7 +94,8 @@ bool CloudAccountLogin::Call::postForm(const QString& path, const QMap<QString, 
 
 bool CloudAccountLogin::Call::isAccepted()
 {
-    return checkCode(reply, error) || fail(refusalIn(reply, error), error);
+    // Not CloudFailure::SignedOut, whatever the code: a wrong password has the same.
+    return checkCode(reply, error) || fail(CloudFailure::Refused, error);
 }
 
 bool CloudAccountLogin::Call::signIn(const QString& account, const QString& encipheredPassword)

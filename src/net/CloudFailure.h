@@ -16,7 +16,7 @@ enum class CloudFailure
     Unusable, ///< the connection was cut, or what came is no reply of the platform
     NotWritten, ///< the file could not be written
     NoProject, ///< the operation needs a current project, and nothing was sent
-    SignedOut, ///< the platform does not accept the token (any more), or nobody is signed in
+    SignedOut, ///< the platform does not accept the token (any more), or nobody is signed in: sign in again
     Refused ///< the platform refused, for the reason in getLastError()
 };
 

@@ -166,7 +166,6 @@ private slots:
     {
         QFETCH(int, index);
         const Operation& operation = operations[index];
-        const bool verifies = QByteArray(operation.name).contains("Verify");
         const struct
         {
             QByteArray reply;
@@ -174,7 +173,7 @@ private slots:
             CloudFailure failure;
         } refusals[]{
             {R"({"code":1,"msg":"不"})", "不", CloudFailure::Refused},
-            {R"({"code":401,"msg":"m"})", "m", verifies ? CloudFailure::Refused : CloudFailure::SignedOut},
+            {R"({"code":401,"msg":"m"})", "m", CloudFailure::Refused},
             {R"({"code":1})", "", CloudFailure::Refused},
             {"[]", replyUnusable(), CloudFailure::Unusable},
         };

@@ -7,12 +7,16 @@
 
 inline constexpr char errorTitle[] = "error";
 
-/// The session's reason for refusing a request.
+/// The session's reason for refusing a request, and below it, where that is one of the module's own texts,
+/// what helps.
 template <class Window>
 void tellReason(
     Window* window, QMessageBox::Icon icon = QMessageBox::Information, const char* title = promptTitle)
 {
-    showBox(icon, window, Window::tr(title), CloudAccountLogin::instance()->getLastError());
+    const CloudAccountLogin* session = CloudAccountLogin::instance();
+    const QString error = session->getLastError();
+    const QString help = cloudFailureText(session->getLastFailure(), error);
+    showBox(icon, window, Window::tr(title), error, QString(), help == error ? QString() : help);
 }
 
 /// The end of a dialog's request: told and accepted when it is \a outcome Done, the session's reason when it

@@ -297,6 +297,20 @@ private slots:
                 QVERIFY2(request.body.contains(part), request.body.constData());
     }
 
+    void saysWhatHelps()
+    {
+        const Page page(Reset);
+        fillIn(*page.dialog, page.kind.filled);
+        ExpectedBox box{QMessageBox::Critical, "error", "返回值解析失败"};
+        box.look = [] {
+            const auto* shown = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QCOMPARE(shown->informativeText(), cloudFailureText(CloudFailure::Unusable, QString()));
+        };
+        fixture->expect("POST", page.kind.target, "[]");
+        fixture->boxes().expect(box);
+        press(*page.dialog, page.kind.proceed);
+    }
+
     void signsOut()
     {
         fixture->expect("POST", "/auth/oauth/token?grant_type=password", tokens);
