@@ -33,7 +33,7 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private
 
 /// One operation at work. It holds the members, so that the client may be destroyed while it waits, and has
 /// an error of its own, so that another operation of the same client, which a timer of the host may call
-/// meanwhile, does not decide about this one. What it ends in is kept when it goes.
+/// meanwhile, does not decide about this one. What it ends in is kept when it is destroyed.
 ///
 /// The carriers are what an operation is written with: each builds the request, sends it and judges the
 /// reply's envelope. One call sends one request.

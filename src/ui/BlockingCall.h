@@ -12,7 +12,7 @@ class QDialog;
 class WindowNote;
 
 /// Keeps a widget disabled for a while, and puts back what that changed: whether it was enabled, and the
-/// focus that Qt took from it. Null is fine; so is a widget that goes meanwhile.
+/// focus that Qt took from it. Null is fine; so is a widget that is destroyed meanwhile.
 class DisabledWhile
 {
 public:
@@ -30,7 +30,7 @@ private:
 /// While it lives, the user sees that a window waits for the platform, and why: everything in the window is
 /// disabled, so that neither a second request nor another text can come between, a note says what the window
 /// is doing, and the cursor says wait. What the user pressed meanwhile was meant for the window as it was
-/// before, and is dropped at the end. The window may go before.
+/// before, and is dropped at the end. The window may be destroyed before.
 class Waiting
 {
 public:
@@ -45,7 +45,8 @@ private:
 };
 
 /// Keeps a dialog that asks the platform while it is built out of its parent's hands for that time: a parent
-/// that goes meanwhile would destroy it half built. It stays without a parent then, and nobody waits for it.
+/// that is destroyed meanwhile would destroy it half built. It stays without a parent then, and nobody waits
+/// for it.
 class BuiltApart
 {
 public:

@@ -47,7 +47,7 @@ public:
     PlainCursor& operator=(const PlainCursor&) = delete;
 };
 
-/// On the heap, because the box goes when its window goes. While a window is being built, its box stands on
+/// On the heap, because a window destroys its boxes. While a window is being built, its box stands on
 /// the one below, or that the user has in front.
 QPointer<QMessageBox> newBox(
     QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& more)

@@ -5,8 +5,8 @@
 
 #include <QDialog>
 
-/// A dialog of ours on top of another window. On the heap, because it goes with its parent; else it goes at
-/// the end of the scope.
+/// A dialog of ours on top of another window. On the heap, because its parent destroys it; else it is
+/// destroyed at the end of the scope.
 template <class SubDialog>
 class ScopedDialog
 {

@@ -14,8 +14,8 @@ class QLocale;
 /// The buttons of message boxes speak with Qt's own catalogue (qtbase_zh_CN), which is for the host to
 /// install.
 ///
-/// The translator belongs to the module and goes with the application object. GUI thread only, with an
-/// application object in place; does not block.
+/// The translator belongs to the module and is destroyed with the application object. GUI thread only, with
+/// an application object in place; does not block.
 ///
 /// \return whether there is a catalogue for \a locale and it is installed
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool installCloudPlatformTranslation(const QLocale& locale);

@@ -29,7 +29,8 @@ class UserNameLoginWidget;
 ///
 /// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
 /// and presses and keys meanwhile are dropped, in all windows of the application. Boxes and sub-dialogs then
-/// run modally. The dialog, its parent and the application may go meanwhile.
+/// run modally. The dialog and its parent may be destroyed, and the application may quit,
+/// meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgLoginCloundPlatform : public Dialog
 {
     Q_OBJECT

@@ -10,8 +10,8 @@
 /// the same, so ask CloudAccountLogin::getLoginState().
 ///
 /// GUI thread only. Signing out blocks for up to three requests of at most 5000 ms each: the dialog is
-/// disabled, painting and timers go on, and presses and keys meanwhile are dropped. The dialog, its parent
-/// and the application may go meanwhile.
+/// disabled, painting and timers go on, and presses and keys meanwhile are dropped. The dialog and its
+/// parent may be destroyed, and the application may quit, meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgLogoutCloundPlatform : public Dialog
 {
     Q_OBJECT

@@ -15,7 +15,8 @@ class VerificationCode;
 /// during the request. The session stays as it was, but for CloudAccountLogin::getLastError().
 ///
 /// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
-/// and presses and keys meanwhile are dropped. The dialog, its parent and the application may go meanwhile.
+/// and presses and keys meanwhile are dropped. The dialog and its parent may be destroyed,
+/// and the application may quit, meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgResetPassword : public Dialog
 {
     Q_OBJECT

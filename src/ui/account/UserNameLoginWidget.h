@@ -54,5 +54,5 @@ private:
 
     RememberedAccounts accounts;
     QString currentFlag;
-    bool forgotten = false; // the password field was emptied when the dialog went from the screen
+    bool forgotten = false; // the password field was emptied when the dialog was hidden
 };

@@ -82,7 +82,8 @@ int AddressBookManageDlg::selectedRow() const
     return rows.isEmpty() ? -1 : rows.first().row();
 }
 
-/// Asks the platform which entry \a account has now. False when there is none, or the window went.
+/// Asks the platform which entry \a account has now. False when there is none, or the window was
+/// closed or destroyed.
 bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const QString& complaint)
 {
     Friends friends;

@@ -74,7 +74,8 @@ void ChoiceCloudProjectDlg::loadFirst()
         table->setCurrentCell(row, NameColumn, QItemSelectionModel::NoUpdate);
 }
 
-/// Where the projects cannot be listed, those that the table has stay. False when the window went meanwhile.
+/// Where the projects cannot be listed, those that the table has stay. False when the window was
+/// closed or destroyed meanwhile.
 bool ChoiceCloudProjectDlg::load()
 {
     switch (askCloud(this, client, tr("Loading the cloud projects..."),

@@ -141,7 +141,7 @@ void GroupManageDlg::load()
     tree->expandAll();
 }
 
-/// False when the window went meanwhile.
+/// False when the window was closed or destroyed meanwhile.
 bool GroupManageDlg::loadMembers(QStandardItem* group)
 {
     Members members;
@@ -163,7 +163,7 @@ bool GroupManageDlg::loadMembers(QStandardItem* group)
     return true;
 }
 
-/// False when the window went meanwhile.
+/// False when the window was closed or destroyed meanwhile.
 bool GroupManageDlg::failOnMembers()
 {
     return fail(this, tr("Failed to query a group member!"), QString(), reasonOf(client));
@@ -177,7 +177,7 @@ QStandardItem* GroupManageDlg::selectedItem() const
 }
 
 /// The selected group and whether the user manages it. Nothing when no group is selected, which \a complaint
-/// then says, or the window went.
+/// then says, or the window was closed or destroyed.
 std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const QString& complaint)
 {
     const QStandardItem* item = selectedItem();
@@ -190,8 +190,8 @@ std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const
     return owned ? std::make_optional(SelectedGroup{id, *owned}) : std::nullopt;
 }
 
-/// Whether the user manages the group now, as far as the platform tells. Nothing when the window went
-/// meanwhile.
+/// Whether the user manages the group now, as far as the platform tells. Nothing when the window was
+/// closed or destroyed meanwhile.
 std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 {
     Members members;

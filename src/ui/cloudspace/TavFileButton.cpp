@@ -31,7 +31,7 @@ bool isTooEarly(const QWidget* widget, const QEvent* event)
     return event->type() == QEvent::PolishRequest && !widget->isVisible();
 }
 
-/// Read once, and gone before the application is: thousands of tiles have these two.
+/// Read once, and destroyed before the application is: thousands of tiles have these two.
 struct Icons : QObject
 {
     Icons()
