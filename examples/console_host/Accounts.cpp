@@ -7,7 +7,8 @@ namespace {
 
 bool toldBySession(bool good, const QString& what)
 {
-    return good || failed(what, CloudAccountLogin::instance()->getLastError());
+    const CloudAccountLogin* session = CloudAccountLogin::instance();
+    return good || failed(what, cloudFailureText(session->getLastFailure(), session->getLastError()));
 }
 
 /// The platform's own rule: what has an "@" is an e-mail address, anything else a phone number.

@@ -37,7 +37,8 @@ bool tour(const QStringList& arguments)
 
     CloudFileManger client = clientOn();
     const auto told = [&](const QString& what, const std::function<bool()>& run) {
-        return step(true, what, run, [&] { return client.getLastError(); });
+        return step(true, what, run,
+            [&] { return cloudFailureText(client.getLastFailure(), client.getLastError()); });
     };
     return told("Create the cloud project \"" + file.completeBaseName() + "\"",
                [&] { return client.AddCloudProInfo(file.completeBaseName(), "Made by the tour"); })

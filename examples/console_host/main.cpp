@@ -71,7 +71,7 @@ int main(int argc, char* argv[])
         return misused("--user is missing");
 
     CloudAccountLogin* session = CloudAccountLogin::instance();
-    const auto reason = [&] { return session->getLastError(); };
+    const auto reason = [&] { return cloudFailureText(session->getLastFailure(), session->getLastError()); };
     const QByteArray user = parser.value(userOption).toUtf8();
     const QByteArray code = parser.value(codeOption).toLocal8Bit();
     const QByteArray secret = code.isEmpty() ? password() : QByteArray();

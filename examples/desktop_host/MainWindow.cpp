@@ -360,23 +360,13 @@ void MainWindow::convert()
 
     QString error;
     const auto send = [&] {
-        const QDateTime before = QFileInfo(target).lastModified();
         QString result = path;
-        if (!(target.endsWith(".dwg") ? dgn2Dwg(result, error, target) : dwg2Dgn(path, error, target)))
-            return false;
+        const bool answered =
+            target.endsWith(".dwg") ? dgn2Dwg(result, error, target) : dwg2Dgn(path, error, target);
         // To the module, a result that could not be written is no error.
-        if (QFileInfo(target).lastModified() != before)
-            return true;
-        error = tr("%1 could not be written.").arg(target);
-        return false;
+        return answered && lastConversionFailure() == CloudFailure::None;
     };
-    const auto reason = [&] {
-        const CloudFailure failure = lastConversionFailure();
-        if (failure == CloudFailure::Unusable)
-            error = tr("The conversion service did not take it, or its answer was cut.");
-        const bool own = failure == CloudFailure::None || failure == CloudFailure::Unusable;
-        return own ? error : cloudFailureText(failure, error);
-    };
+    const auto reason = [&] { return cloudFailureText(lastConversionFailure(), error); };
     if (!perform(tr("Converting %1...").arg(path), tr("%1 was not converted.").arg(path), send, reason))
         return;
     addDrawings({target});

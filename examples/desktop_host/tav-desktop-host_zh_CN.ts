@@ -104,20 +104,12 @@
         <translation>%1 已存在。要替换吗？</translation>
     </message>
     <message>
-        <source>%1 could not be written.</source>
-        <translation>无法写入 %1。</translation>
-    </message>
-    <message>
         <source>%1 was not converted.</source>
         <translation>%1 未能转换。</translation>
     </message>
     <message>
         <source>Converted to %1.</source>
         <translation>已转换为 %1。</translation>
-    </message>
-    <message>
-        <source>The conversion service did not take it, or its answer was cut.</source>
-        <translation>转换服务未能接受该图纸，或其应答中断。</translation>
     </message>
     <message>
         <source>&amp;Convert...</source>

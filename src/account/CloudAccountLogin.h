@@ -18,7 +18,7 @@
 /// Reasons are the platform's own texts, "连接超时" (no complete reply within 5000 ms) or "返回值解析失败"
 /// (no usable reply).
 ///
-/// getLastFailure() tells the kinds of failure apart.
+/// getLastFailure() tells the kinds of failure apart; CloudFailure::SignedOut comes from logout() only.
 ///
 /// Threads: any thread may use the session, one thread at a time (the module's dialogs use it on the GUI
 /// thread); it needs an application object somewhere, but no event loop of its own. An operation blocks its
@@ -100,7 +100,8 @@ public:
     /// Signs out, after checking the access token and, if it has expired, refreshing it (up to three
     /// requests). When nobody is signed in: false at once, nothing is sent, getLastError() keeps its text.
     /// Tokens and names are kept; tokens that were refreshed on the way stay refreshed even if signing out
-    /// then fails.
+    /// then fails. A check that fails leaves "error:error_description" as the platform named them in
+    /// getLastError(), even if signing out then succeeds.
     bool logout();
 
 private:

@@ -26,12 +26,15 @@ class ITreeElement;
 /// its end. Out-arguments are written on success only; listings append to the caller's container without
 /// emptying it.
 ///
-/// Texts that an operation puts into a query (ids, codes, user names to remove, software names) are sent as
-/// they are; one that may contain "#", "&", "+" or "%" goes through cloudQueryValue() first. Texts in forms,
-/// the paths of files and the names of files need nothing.
+/// The ids, codes and user names that an operation takes for its query are sent as they are; one that may
+/// contain "#", "&", "+" or "%" goes through cloudQueryValue() first. Texts in forms, paths and names of
+/// files need nothing. What the client itself is made with (software names, the project's id) goes into
+/// queries and forms alike and must be without those characters.
 ///
 /// Threads: any thread may use a client, one thread at a time; it needs an application object somewhere, but
-/// no event loop of its own. An operation blocks its thread for at most 5000 ms a request, in an event loop
+/// no event loop of its own. A client that a dialog works with belongs to the GUI thread for as long as the
+/// dialog lives; give other threads a copy. An operation blocks its thread for at most 5000 ms a request, the
+/// reading and writing of its file not counted, in an event loop
 /// that holds user input back but keeps timers, sockets and painting alive.
 ///
 /// So a timer may call in between, and may use the same client: each operation is judged by itself, and the
@@ -75,8 +78,7 @@ public:
         QString id;
         QString groupId;
         QString username;
-        qint32 adminFlag =
-            0; ///< 1 for the manager of the group; 0 for others, or where the platform sent none
+        qint32 adminFlag = 0; ///< not 0 for the group's manager; 0 where the platform sent none
     };
 
     /// \param baseAddress   the platform, as CloudAccountLogin::getUrl() gives it
@@ -89,8 +91,8 @@ public:
     /// \param projectId     the current project's id; empty when there is none yet
     ///
     /// With a project id the constructor asks for the two software tables, two requests of at most 5000 ms
-    /// each; a failure is left in getLastError() and the client is usable all the same. Without one it sends
-    /// nothing.
+    /// each; a failure of the second is left in getLastError(), and the client is usable all the same.
+    /// Without one it sends nothing.
     CloudFileManger(QString baseAddress, QString accessToken, QString third, QString softName,
         QStringList shareSourceSoft, QString backupSuffix, QString projectName, QString projectId);
     CloudFileManger(const CloudFileManger& other);
@@ -129,9 +131,11 @@ public:
     bool getAllCloudProjectBackup();
 
     /// Downloads the backup of \a projectId to \a savePath, replacing a file there only once the whole body
-    /// has been written. When the file cannot be written, because the path is empty, a folder or in none:
-    /// false with an empty last error, and CloudFailure::NotWritten. Without a current
-    /// project (not the argument's): false at once, nothing is sent, the last error keeps its text.
+    /// has been written. The folder must take a new file; what cannot be written (no such folder, an empty
+    /// path, a full disk) gives false with an empty last error, and CloudFailure::NotWritten. A platform
+    /// refuses a download by its HTTP status: CloudFailure::SignedOut for 401, CloudFailure::Unavailable for
+    /// other errors. The body of a 2xx reply is the file, whatever is in it. Without a current project (not
+    /// the argument's): false at once, nothing is sent, the last error keeps its text.
     bool DownloadCloudProFile(QString projectId, QString savePath);
 
     /// @}
@@ -142,10 +146,11 @@ public:
     /// sharing.
     /// @{
 
-    /// Uploads the file at \a filePath into the current project's share area, streamed from disk.
+    /// Uploads the file at \a filePath into the current project's share area, in the manner of
+    /// BackupCloudProFile().
     /// \param typeFlag       the type flag of the file's support type
     /// \param supportTypeId  the id of the file's type in the platform's support table
-    /// \param logicalId      receives the id to share the file by
+    /// \param logicalId      receives the id to share the file by; 0 where the platform names none
     bool UploadCloudShareFile2(QString typeFlag, QString supportTypeId, QString filePath, int& logicalId);
     /// Shares files with whoever knows the code.
     /// \param logicalIds      one id, or several joined by commas
@@ -165,6 +170,7 @@ public:
     /// failure keeps what was listed before, an empty list leaves an empty entry.
     bool getShareProjectFromPlatform(QString sourceClient);
     /// Lists the shared files of a project: adds their names by logical id to \a files.
+    /// \param sourceClient the name of this software, whose view of the project is asked for
     bool getShareProjectInfoById2(QString sourceClient, QString projectId, QMap<QString, QString>& files);
 
     /// @}

@@ -5,6 +5,7 @@
 #include "net/BuildConstants.h"
 #include "net/HttpRunner.h"
 #include "net/ReplyEnvelope.h"
+#include "net/RequestLog.h"
 #include "net/WholeFile.h"
 
 #include <QFile>
@@ -22,8 +23,10 @@ void appendDrawing(QByteArray& body, const QString& path)
     constexpr int block = 3 << 20; // of threes, so that the blocks' texts join to the whole file's
     constexpr qint64 limit = 1 << 30; // its text must fit into one array
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > limit)
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > limit) {
+        qCWarning(cloudLog) << "the drawing cannot be read, or is larger than 1 GiB";
         return;
+    }
     const int before = body.size();
     body.reserve(int(before + file.size() / 3 * 4 + 200));
     qint64 done = 0;
@@ -74,15 +77,26 @@ bool converted(QByteArray& result, QString& error, const QByteArray& operation, 
     const bool answered = httpPostSoap(text, error, conversionAddress() + "/NrvConRnx.asmx", headers,
         envelope(operation, inPath), timeoutMs);
     lastFailure = lastTransportFailure();
-    if (!answered)
-        return false;
-    result = decoded(std::move(text));
+    if (answered)
+        result = decoded(std::move(text));
     if (!result.isEmpty())
         return true;
-    // An answer that is no drawing must not become one.
-    error = replyUnusable();
-    lastFailure = CloudFailure::Unusable;
+    if (answered) { // an answer that is no drawing must not become one
+        qCWarning(cloudLog) << "the result of the conversion is not whole";
+        error = replyUnusable();
+    }
+    if (answered || lastFailure == CloudFailure::Unusable)
+        lastFailure = CloudFailure::NotConverted;
     return false;
+}
+
+/// To the caller, a result that cannot be written is no failure.
+void writeResult(const QString& path, const QByteArray& result)
+{
+    if (writeWholeFile(path, result))
+        return;
+    lastFailure = CloudFailure::NotWritten;
+    qCWarning(cloudLog) << "the result of the conversion could not be written";
 }
 
 } // namespace
@@ -101,7 +115,7 @@ bool dgn2Dwg(QString& path, QString& error, QString outLocation)
         path.replace(".dgn", ".dwg");
     else
         path = QFileInfo(outLocation).absolutePath() + "/" + QFileInfo(path).baseName() + ".dwg";
-    writeWholeFile(path, result);
+    writeResult(path, result);
     return true;
 }
 
@@ -112,6 +126,6 @@ bool dwg2Dgn(QString inPath, QString& error, QString outPath)
         SendLogInfo(error.toLocal8Bit().constData(), 0);
         return false;
     }
-    writeWholeFile(outPath, result);
+    writeResult(outPath, result);
     return true;
 }

@@ -10,15 +10,16 @@
 /// Conversion of drawings by the conversion service. The whole drawing is sent and the whole result received;
 /// the module converts nothing itself. A drawing of n bytes needs up to about 4 n of memory meanwhile.
 ///
-/// Both functions block for at most 30 s, on the GUI thread with a modal "Waiting" dialog where the
-/// application has widgets. They return true once the result has been received, and write \a error on false
-/// only: "连接超时" (no answer in time) or "返回值解析失败" (no usable result: the service refused the
-/// drawing, or the answer was cut).
+/// Both functions wait for at most 30 s, and read and write the files besides. On the GUI thread they show a
+/// modal "Waiting" dialog, which Escape closes: the conversion is given up then. They return true once the
+/// result has been received, and write \a error on false only: "连接超时" (no answer in time, or given up) or
+/// "返回值解析失败" (no usable result: the service refused the drawing, or the answer was cut).
+/// lastConversionFailure() tells the kinds of failure apart.
 ///
-/// The result replaces an older file only once all of it is on the disk. Problems with files are not
-/// reported: a drawing that cannot be read, is larger than 1 GiB or has an empty path is sent as an empty
+/// The result replaces an older file only once all of it is on the disk. Problems with files do not make the
+/// result false: a drawing that cannot be read, is larger than 1 GiB or has an empty path is sent as an empty
 /// one, which the service refuses; and where the result cannot be written (no such folder, an empty path) an
-/// older file stays and true is returned. Check that the file is there.
+/// older file stays, true is returned, and lastConversionFailure() is CloudFailure::NotWritten.
 ///
 /// Any thread may call them, several at once too; there must be an application object. Off the GUI thread no
 /// dialog is shown. The arguments by reference must live until the call returns: on the GUI thread timers run
@@ -37,7 +38,6 @@ TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(QString& path, QString& error, QStrin
 /// host's log.
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QString outPath);
 
-/// What kind of failure the last conversion on the calling thread ended in; CloudFailure::None after a
-/// success. CloudFailure::Unusable: the answer was no drawing, most often because the service did not take
-/// the one that it got.
+/// What kind of failure the last conversion on the calling thread ended in; CloudFailure::None when the
+/// result is in its file.
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFailure lastConversionFailure();

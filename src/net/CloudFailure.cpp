@@ -25,6 +25,12 @@ QString cloudFailureText(CloudFailure failure, const QString& lastError)
             "certificate.");
     case CloudFailure::TimedOut:
         return Sentences::tr("It took too long. Try again later, or over a faster connection.");
+    case CloudFailure::Cancelled:
+        return Sentences::tr("It was given up.");
+    case CloudFailure::Unavailable:
+        return Sentences::tr("The platform does not give this file: it is no longer there, or not for you.");
+    case CloudFailure::NotConverted:
+        return Sentences::tr("The conversion service did not take the drawing, or its answer was cut.");
     case CloudFailure::Unusable:
         return Sentences::tr("The connection was cut, or the answer was not the platform's. Try again.");
     case CloudFailure::NotWritten:

@@ -5,15 +5,18 @@
 
 #include <QString>
 
-/// Why an operation failed, where getLastError() alone does not tell: one of its two fixed texts stands for
-/// a refused connection, a certificate and a cut reply alike.
+/// Why an operation failed, where getLastError() alone does not tell: 返回值解析失败 stands for a refused
+/// connection, a certificate and a cut reply alike.
 enum class CloudFailure
 {
     None, ///< nothing has failed
     NoConnection, ///< the platform was not reached: refused, host not found, network or proxy not available
     NotTrusted, ///< no secure connection: the certificate is not trusted, or TLS is missing or failed
-    TimedOut, ///< no complete reply in time, or the application quit meanwhile
+    TimedOut, ///< no complete reply in time
+    Cancelled, ///< the wait was ended: the application quits, or the user closed the dialog of a conversion
     Unusable, ///< the connection was cut, or what came is no reply of the platform
+    Unavailable, ///< the platform answered a download with an error: it does not give the file
+    NotConverted, ///< the conversion service answered without a drawing
     NotWritten, ///< the file could not be written
     NoProject, ///< the operation needs a current project, and nothing was sent
     SignedOut, ///< the platform does not accept the token (any more), or nobody is signed in: sign in again

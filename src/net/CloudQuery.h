@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// \a text as it can stand in a query: everything but letters, digits, "-", ".", "_" and "~" is
+/// \a text as it can stand in a query: everything but ASCII letters and digits, "-", ".", "_" and "~" is
 /// percent-encoded, as UTF-8. The operations send their query arguments as they are; without this "#" would
 /// end the query, "&" begin another field, and "+" arrive as a blank.
 ///

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// For any proxy but none the connection is buffered. The default one is whatever the connection finds when
-/// it asks by itself, which is none again.
+/// Instead of "no proxy" it says "the default one": the manager then buffers, and the connection, which looks
+/// the default up by itself, finds that there is none.
 class BufferedConnections : public QNetworkProxyFactory
 {
 public:

@@ -44,7 +44,7 @@ struct Exchange
     QByteArray verb;
     QString url;
     const HeaderMap& headers;
-    RequestBody& body; ///< of every request, one without bytes too: see RequestBody
+    RequestBody& body; ///< every request has one, if empty: see RequestBody
     double timeoutMs;
     Waiting waiting = Waiting::Unseen;
 };
@@ -88,12 +88,12 @@ bool isGuiThread()
     return application && QThread::currentThread() == application->thread();
 }
 
-/// Waits in \a loop until \a reply is complete; false when the time is over or the wait was ended from
-/// outside.
-bool waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, Waiting waiting)
+/// Waits in \a loop until \a reply is complete. Anything but None when the time is over or the wait was ended
+/// from outside.
+CloudFailure waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, Waiting waiting)
 {
     if (reply.isFinished())
-        return true;
+        return CloudFailure::None;
     // Kept apart from the timer: in a nested call time can go by after the reply has come.
     bool timedOut = false;
     QTimer timer;
@@ -113,7 +113,9 @@ bool waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, Waiting w
         QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
-    return !timedOut && reply.isFinished();
+    if (timedOut)
+        return CloudFailure::TimedOut;
+    return reply.isFinished() ? CloudFailure::None : CloudFailure::Cancelled;
 }
 
 /// What kept \a reply from being usable.
@@ -138,11 +140,20 @@ CloudFailure failureOf(const QNetworkReply& reply)
     }
 }
 
+/// The same of \a reply to a download, whose error replies are not judged by an envelope.
+CloudFailure failureOfDownload(const QNetworkReply& reply)
+{
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (status == 401)
+        return CloudFailure::SignedOut;
+    return status >= 400 ? CloudFailure::Unavailable : CloudFailure::Unusable;
+}
+
 /// Keeps what a call ended in; true when it was good.
 bool conclude(CloudFailure failure, QString& error)
 {
     lastFailure = failure;
-    if (failure == CloudFailure::TimedOut)
+    if (failure == CloudFailure::TimedOut || failure == CloudFailure::Cancelled)
         error = connectionTimedOut();
     else if (failure != CloudFailure::None && failure != CloudFailure::NotWritten)
         error = replyUnusable();
@@ -154,6 +165,8 @@ QString problemOf(const QNetworkReply& reply, CloudFailure failure)
 {
     if (failure == CloudFailure::TimedOut)
         return QStringLiteral("no complete reply in time");
+    if (failure == CloudFailure::Cancelled)
+        return QStringLiteral("the wait was ended");
     if (failure == CloudFailure::NotWritten)
         return QStringLiteral("the file could not be written");
     return reply.error() == QNetworkReply::NoError ? QStringLiteral("the reply could not be used")
@@ -168,7 +181,7 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     RequestLog log(exchange.verb, request.url());
     if (!QCoreApplication::instance()) {
         log.refuse(QStringLiteral("there is no application object"));
-        return conclude(CloudFailure::TimedOut, error);
+        return conclude(CloudFailure::Cancelled, error);
     }
     if (!hasRoomForConnection()) {
         log.refuse(QStringLiteral("too many files are open in this process"));
@@ -183,8 +196,8 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     QNetworkAccessManager manager;
     bufferConnections(manager);
     QNetworkReply* reply = manager.sendCustomRequest(request, exchange.verb, &exchange.body);
-    // Nobody listens before the manager has begun with a request with a body, which it does with the next
-    // events.
+    // Once the manager has begun with the request, which with a body it does from the event loop: before that
+    // the size would be lost.
     QMetaObject::invokeMethod(
         reply, [reply] { reply->setReadBufferSize(readWindow); }, Qt::QueuedConnection);
     const auto take = [&] {
@@ -198,12 +211,14 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     const auto distrust = QObject::connect(
         reply, &QNetworkReply::sslErrors, [&](const auto& errors) { log.noteUntrusted(errors); });
 
-    const bool inTime = waitFor(*reply, loop, exchange.timeoutMs, exchange.waiting);
+    CloudFailure failure = waitFor(*reply, loop, exchange.timeoutMs, exchange.waiting);
+    const bool inTime = failure == CloudFailure::None;
     QObject::disconnect(reading);
     QObject::disconnect(distrust);
     if (inTime && reply->bytesAvailable() > 0)
         take();
-    CloudFailure failure = inTime ? judge(*reply) : CloudFailure::TimedOut;
+    if (inTime)
+        failure = judge(*reply);
     if (failure == CloudFailure::Unusable)
         failure = failureOf(*reply);
     log.finish(*reply, exchange.body.size(), failure == CloudFailure::None, problemOf(*reply, failure));
@@ -248,7 +263,7 @@ bool httpGetToFile(
     FileReader reader(savePath);
     return run({"GET", url, headers, nothing, timeoutMs}, error, reader, [&](const QNetworkReply& reply) {
         if (!reader.hasFailed() && !reader.hasWholeBody(reply))
-            return CloudFailure::Unusable;
+            return failureOfDownload(reply);
         return reader.commit() ? CloudFailure::None : CloudFailure::NotWritten;
     });
 }

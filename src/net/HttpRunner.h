@@ -15,22 +15,23 @@
 /// headers of \a headers, and waits in a local event loop that holds user input back until the reply is
 /// complete or \a timeoutMs milliseconds have passed. It returns true and writes \a result, or returns false,
 /// leaves \a result as it was and writes \a error:
-///   - "连接超时": no complete reply in time, or the wait was ended from outside (the application is
-///   quitting);
+///   - "连接超时": no complete reply in time, or the wait was ended from outside (the event loop of the
+///   calling thread quits, as the application's does, or Escape closed the dialog of httpPostSoap());
 ///   - "返回值解析失败": the reply cannot be used (refused, reset or cut connections end here too).
 ///
 /// Neither the HTTP status nor the transport's error decides about a reply whose body is a JSON object: it is
-/// returned as it is and judged by checkReply(). Redirects are not followed. A POST or PUT is written to the
-/// network once at most. Replies that are read into memory are limited in size (64 MiB of JSON, 512 MiB of
+/// returned as it is and judged by checkReply(). Redirects are not followed. A request is written to the
+/// network once at most. Replies that are read into memory are limited in size (8 MiB of JSON, 512 MiB of
 /// SOAP).
 ///
-/// The calling thread must own the event loop of a QCoreApplication. No state survives a call.
+/// Any thread may call; there must be a QCoreApplication. No state survives a call but
+/// lastTransportFailure().
 
 /// The time-out of every request to the platform, in milliseconds.
 constexpr double platformTimeoutMs = 5000.0;
 
-/// Why the last of these functions that returned false on this thread did, for who must tell more apart than
-/// the two texts do. To be read at once, like errno.
+/// What kind of failure the last call of this thread ended in; CloudFailure::None after a success. To be read
+/// at once, like errno.
 CloudFailure lastTransportFailure();
 
 using HeaderMap = QMap<QString, QVariant>;

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Whether \a value is one of which there may be none: that of a header that changes nothing.
+/// Whether the header of \a value is missing, or says what holds without it.
 bool isNone(const QByteArray& value, const char* same)
 {
     return value.isEmpty() || value.compare(same, Qt::CaseInsensitive) == 0;
@@ -30,7 +30,7 @@ QByteArray promisedDigest(const QNetworkReply& reply)
         for (const QByteArray& part : reply.rawHeader(header).split(',')) {
             const QByteArray digest = part.trimmed();
             if (digest.toLower().startsWith("sha-256="))
-                return QByteArray::fromBase64(digest.mid(8).replace(':', ""));
+                return QByteArray::fromBase64(digest.mid(8).replace(':', "")).leftJustified(1, '?');
         }
     }
     return QByteArray();
@@ -55,11 +55,10 @@ bool BodyReader::take(QNetworkReply& reply)
         bytes.clear();
         return false;
     }
-    // The peer's word on the length saves copying while a large body grows, and is not taken for more than
-    // that.
+    // The peer's word on the length saves copying while the body grows. Whatever it says, little is reserved.
     if (before == 0)
-        bytes.reserve(
-            int(std::min<qint64>(reply.header(QNetworkRequest::ContentLengthHeader).toLongLong(), limit)));
+        bytes.reserve(int(std::clamp<qint64>(
+            reply.header(QNetworkRequest::ContentLengthHeader).toLongLong(), 0, std::min(limit, 8 << 20))));
     bytes.resize(before + int(count));
     bytes.resize(before + int(std::max<qint64>(reply.read(bytes.data() + before, count), 0)));
     return true;

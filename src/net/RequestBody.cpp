@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "net/RequestBody.h"
 
+#include "net/RequestLog.h"
+
 #include <QFileInfo>
 #include <QNetworkRequest>
 #include <QUuid>
@@ -23,8 +25,10 @@ QByteArray quotable(const QString& name)
 std::unique_ptr<QFile> openedFile(const QString& path)
 {
     auto file = std::make_unique<QFile>(path);
-    if (!QFileInfo(path).isFile() || !file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!QFileInfo(path).isFile() || !file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        qCWarning(cloudLog) << "the file to upload cannot be read";
         return nullptr;
+    }
     return file;
 }
 

@@ -15,7 +15,7 @@ class QNetworkRequest;
 ///
 /// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when
 /// the peer closes without answering; a body that refuses makes it report an error instead. So every request
-/// has one, if it is one without bytes: what asks for a text message or leaves a group is a GET here.
+/// has one, even if it is empty: what asks for a text message or leaves a group is a GET here.
 class RequestBody : public QIODevice
 {
 public:

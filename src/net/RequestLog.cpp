@@ -16,11 +16,11 @@ Q_LOGGING_CATEGORY(cloudLog, "tav.cloud", QtWarningMsg)
 
 namespace {
 
-/// The path of \a url; a phone number or e-mail address in it is nobody's business.
+/// The path of \a url, without the phone number or e-mail address that some end with.
 QString loggable(const QUrl& url)
 {
-    static const QRegularExpression account(QStringLiteral("(?<=/)(?:[^/]*@[^/]*|\\+?\\d{5,})"));
-    return url.path(QUrl::FullyDecoded).replace(account, QStringLiteral("*"));
+    static const QRegularExpression account(QStringLiteral("(?<=/admin/mobile/|/admin/mail/)(reset/)?.+"));
+    return url.path(QUrl::FullyDecoded).replace(account, QStringLiteral("\\1*")).simplified();
 }
 
 QString nameOf(QNetworkReply::NetworkError error)
@@ -35,7 +35,7 @@ QString textOf(const QNetworkReply& reply)
     QString text = reply.errorString();
     for (const auto format : {QUrl::PrettyDecoded, QUrl::FullyEncoded})
         text.replace(reply.url().toString(format), QStringLiteral("the address"));
-    // Were it written in yet another way, rather no text than that one.
+    // It may be written in yet another way.
     return text.contains(QLatin1String("://")) ? QStringLiteral("an error with the address") : text;
 }
 
@@ -54,7 +54,8 @@ void RequestLog::noteUntrusted(const QList<QSslError>& errors)
         untrusted += certificate.isNull()
             ? error.errorString()
             : QStringLiteral("%1 (certificate of \"%2\", issued by \"%3\", valid until %4, SHA-256 %5)")
-                  .arg(error.errorString(), certificate.subjectDisplayName(), certificate.issuerDisplayName(),
+                  .arg(error.errorString(), certificate.subjectDisplayName().simplified(),
+                      certificate.issuerDisplayName().simplified(),
                       certificate.expiryDate().toString(Qt::ISODate),
                       QString::fromLatin1(certificate.digest(QCryptographicHash::Sha256).toHex()));
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudHandle.h"
+#include "net/CloudQuery.h"
 #include "net/ReplyEnvelope.h"
 #include "support/MultipartForm.h"
 #include "support/PublicOperations.h"
@@ -11,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <thread>
 #include <tuple>
 
 namespace {
@@ -299,7 +301,7 @@ private slots:
                 CloudFailure::Unusable},
         };
         for (const auto& [behave, text, failure] : failures) {
-            if (operation.isDownload && failure != CloudFailure::Unusable)
+            if (operation.isDownload)
                 continue;
             ScriptedPeer peer;
             Client made = client(peer);
@@ -310,6 +312,43 @@ private slots:
             QCOMPARE(made.getLastError(), text);
             QCOMPARE(made.getLastFailure(), failure);
         }
+    }
+
+    void aDownloadIsRefusedByItsStatus()
+    {
+        const QPair<Behaviour, CloudFailure> refusals[]{
+            {behaviour::answer(R"({"code":401,"msg":"Token失效"})", 401), CloudFailure::SignedOut},
+            {behaviour::answer(R"({"code":1})", 404), CloudFailure::Unavailable},
+            {behaviour::answer("", 200), CloudFailure::Unusable},
+        };
+        for (const auto& [behave, failure] : refusals) {
+            ScriptedPeer peer;
+            Client made = client(peer);
+            peer.expect("GET", "/project/cloudProjectShare/download?logicalId=1", behave);
+            QVERIFY(!made.DownloadCloudShareFile("1", inFolder("saved")));
+            QCOMPARE(made.getLastError(), replyUnusable());
+            QCOMPARE(made.getLastFailure(), failure);
+        }
+    }
+
+    void valuesCanBeEscapedForAQuery()
+    {
+        ScriptedPeer peer;
+        Client made = client(peer);
+        peer.expect("GET", "/project/cloudProjectGroupUser/outGroup?groupId=1%232%263%2B4%255~%E5%9B%BE",
+            behaviour::answer("{}"));
+        QVERIFY(made.OutGroup(cloudQueryValue("1#2&3+4%5~图")));
+    }
+
+    void anotherThreadMayCall()
+    {
+        ScriptedPeer peer;
+        Client made = client(peer);
+        peer.expect("GET", projects, behaviour::answer(R"({"data":[{"id":1,"sourceClient":"S"}]})"));
+        bool good = false;
+        std::thread([&] { good = made.getAllCloudProjectBackup(); }).join();
+        QVERIFY(good);
+        QCOMPARE(made.getAllCloudProjects().keys(), QStringList("1"));
     }
 
     void aCallInsideDecidesNothing_data() { rows(); }

@@ -218,7 +218,7 @@ private slots:
         expect(behaviour::answer("<soap:Fault/>", 500));
         const Conversion done = convert(ToDgn, "in.dwg", "out.dgn");
         QVERIFY(!done.ok && done.error == replyUnusable());
-        QCOMPARE(lastConversionFailure(), CloudFailure::Unusable);
+        QCOMPARE(lastConversionFailure(), CloudFailure::NotConverted);
         QCOMPARE(logged, QStringList("0:" + replyUnusable()));
         QVERIFY(!QFile::exists("out.dgn"));
     }
@@ -242,6 +242,7 @@ private slots:
             expect(behaviour::answer(answerWith(ToDgn, "bmV3")));
             const Conversion done = convert(ToDgn, "in.dwg", out);
             QVERIFY(done.ok && done.error == earlier && logged.isEmpty());
+            QCOMPARE(lastConversionFailure(), CloudFailure::NotWritten);
             QCOMPARE(read("old"), old);
             QCOMPARE(filesHere(), 2);
         }

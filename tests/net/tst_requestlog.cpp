@@ -100,7 +100,7 @@ private slots:
         const auto row = [](const char* name, const Behaviour& behave, const QString& line) {
             QTest::newRow(name) << behave << line;
         };
-        const QString post = ": POST /a/\\*: ";
+        const QString post = ": POST /admin/mobile/\\*: ";
         row("done", behaviour::answer("{}"),
             "debug" + post + "200, NoError, 8 bytes sent, 2 received, \\d+ ms");
         row("refused by the platform", behaviour::answer("{}", 401),
@@ -117,13 +117,13 @@ private slots:
     {
         QFETCH(Behaviour, behave);
         ScriptedPeer peer;
-        peer.expect("POST", "/a/13800000000?x=%22%20%E5%9B%BE%20secret%26", behave);
-        outcomeOf(posting("secret=1"), peer.address() + "/a/13800000000?x=\" 图 secret%26",
+        peer.expect("POST", "/admin/mobile/(+86)138%200000?x=%22%20%E5%9B%BE%20secret%26", behave);
+        outcomeOf(posting("secret=1"), peer.address() + "/admin/mobile/(+86)138 0000?x=\" 图 secret%26",
             {{"Authorization", "Bearer secret"}}, 2000);
         QCOMPARE(lines.size(), 1);
         QFETCH(QString, line);
         QVERIFY2(QRegularExpression('^' + line + '$').match(lines[0]).hasMatch(), qPrintable(lines[0]));
-        QVERIFY2(!lines[0].contains("secret") && !lines[0].contains("1380"), qPrintable(lines[0]));
+        QVERIFY2(!lines[0].contains("secret") && !lines[0].contains("138"), qPrintable(lines[0]));
     }
 
     void saysWhyThereWasNoConnection_data()

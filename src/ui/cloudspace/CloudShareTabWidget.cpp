@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/cloudspace/CloudShareTabWidget.h"
 
+#include "net/CloudQuery.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 #include "ui/ScopedDialog.h"
@@ -407,7 +408,9 @@ void CloudShareTabWidget::_onAnonymousShare()
     if (!showCode(this, tr("Anonymous share"),
             tr("Fetch Code") + ':' + code + '\n' + tr("The fetch code is copied to the clipboard."), code))
         return;
-    const auto extract = [&](CloudFileManger& cloud) { return cloud.ExtractByCode(code, QString()); };
+    const auto extract = [&](CloudFileManger& cloud) {
+        return cloud.ExtractByCode(cloudQueryValue(code), QString());
+    };
     if (performed(this, client, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
         && inform(this, tr("Please go to my Cloud space to view the uploaded file.")))
         emit refreshMyCloudSpace();
@@ -475,7 +478,9 @@ void CloudShareTabWidget::_onConfirmExtraction()
     const QString code = codeEdit->text();
     if (!filled(this, codeEdit, tr("The text box is empty.")))
         return;
-    const auto extract = [&](CloudFileManger& cloud) { return cloud.ExtractByCode(code, QString()); };
+    const auto extract = [&](CloudFileManger& cloud) {
+        return cloud.ExtractByCode(cloudQueryValue(code), QString());
+    };
     if (performed(this, client, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
         && inform(this, tr("Extraction successfully! Please go to My Cloud space to view the file")))
         emit refreshMyCloudSpace();

@@ -2,6 +2,7 @@
 #include "ui/cloudspace/GroupManageDlg.h"
 
 #include "core/Screen.h"
+#include "net/CloudQuery.h"
 #include "ui/ElidedLabel.h"
 #include "ui/ScopedDialog.h"
 #include "ui/cloudspace/CreateGroupDlg.h"
@@ -15,7 +16,6 @@
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTreeView>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -34,12 +34,6 @@ using Members = QVector<CloudFileManger::CloudGroupMemberInfo>;
 bool isManager(const CloudFileManger::CloudGroupMemberInfo& member)
 {
     return member.adminFlag == 1;
-}
-
-/// A user name as it goes into a query: whoever chose it may have put a "&" in it, and names another group.
-QString inQuery(const QString& userName)
-{
-    return QString::fromLatin1(QUrl::toPercentEncoding(userName, "@+:"));
 }
 
 QIcon treeIcon(const QString& name)
@@ -274,7 +268,7 @@ void GroupManageDlg::deleteWithMembers(const QString& groupId)
         if (!cloud.SearchGroupMember(groupId, members))
             return false;
         for (const auto& member : members)
-            if (!self || !cloud.RemoveGroupMember(groupId, inQuery(member.username)))
+            if (!self || !cloud.RemoveGroupMember(groupId, cloudQueryValue(member.username)))
                 return false;
         return self && cloud.deleteGroup(groupId);
     };
@@ -323,7 +317,7 @@ void GroupManageDlg::_onDelGroupMember()
         return;
     }
     const auto request = [&](CloudFileManger& cloud) {
-        return cloud.RemoveGroupMember(groupId, inQuery(userName));
+        return cloud.RemoveGroupMember(groupId, cloudQueryValue(userName));
     };
     if (performed(this, client, tr("Removing the group member..."), request,
             tr("Failed to delete a group member!")))
