@@ -278,10 +278,10 @@ void MainWindow::signOut()
 void MainWindow::openCloudSpace()
 {
     const QPointer<MainWindow> self(this);
-    CloudFileManger client = newClient(); // the dialog works with it to its end
+    CloudFileManger client = newClient();
     QPointer<DlgMyCloudSpace> dialog;
     const auto build = [&] {
-        if (!client.getAllCloudProjectBackup())
+        if (!client.getAllCloudProjectBackup() || !self)
             return false;
         // Without a current project the dialog could not download a backup, whichever it is.
         const auto projects = client.getAllCloudProjects();

@@ -2,6 +2,7 @@
 #include "net/CloudFailure.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 namespace {
 
@@ -42,5 +43,9 @@ QString cloudFailureText(CloudFailure failure, const QString& lastError)
     case CloudFailure::Refused:
         break;
     }
-    return lastError.isEmpty() ? Sentences::tr("The platform refused, and gave no reason.") : lastError;
+    // Around some of the platform's texts stands one of the module's own.
+    static const QRegularExpression wrapped(QStringLiteral("^网络错误:\\d+\\((.*)\\)$"));
+    const QRegularExpressionMatch match = wrapped.match(lastError);
+    const QString text = match.hasMatch() ? match.captured(1) : lastError;
+    return text.isEmpty() ? Sentences::tr("The platform refused, and gave no reason.") : text;
 }

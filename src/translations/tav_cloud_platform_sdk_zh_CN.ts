@@ -241,11 +241,23 @@
     </message>
     <message>
         <source>You are signed out. Sign in again.</source>
-        <translation>您已退出登录，请重新登录。</translation>
+        <translation>登录已失效，请重新登录。</translation>
     </message>
     <message>
         <source>The platform refused, and gave no reason.</source>
         <translation>平台拒绝了请求，且未说明原因。</translation>
+    </message>
+    <message>
+        <source>It was given up.</source>
+        <translation>操作已放弃。</translation>
+    </message>
+    <message>
+        <source>The platform does not give this file: it is no longer there, or not for you.</source>
+        <translation>平台不提供该文件：文件已不存在，或您无权获取。</translation>
+    </message>
+    <message>
+        <source>The conversion service did not take the drawing, or its answer was cut.</source>
+        <translation>转换服务未能接受该图纸，或其应答中断。</translation>
     </message>
 </context>
 <context>
@@ -558,7 +570,7 @@
         <translation>第 %1 个，共 %2 个，ID %3</translation>
     </message>
     <message>
-        <source>What is in the cloud must have the name of a file.</source>
+        <source>Its name in the cloud cannot be the name of a file.</source>
         <translation>云端的名称不能用作文件名。</translation>
     </message>
     <message>

@@ -33,7 +33,7 @@ private:
     int maximumLines;
 };
 
-/// \a text in lines of \a width pixels, broken between words where that goes. What is too much for
+/// \a text in lines of \a width pixels, broken between words where that is possible. What is too much for
 /// \a maximumLines is cut out in the middle.
 QStringList fittingLines(const QString& text, const QFont& font, int width, int maximumLines);
 

@@ -38,7 +38,7 @@ void FieldGrid::addRow(const QString& label, QWidget* content, QWidget* beside)
 void FieldGrid::addField(const QString& label, QWidget* field, QWidget* beside)
 {
     addRow(label, field, beside);
-    field->setAccessibleName(QString(label).remove(':'));
+    field->setAccessibleName(QString(label).remove(':').remove(QChar(0xff1a))); // and that of Chinese texts
     field->setMinimumWidth(textWidth(field, beside ? "0000000000" : "firstname.lastname@example.com"));
     if (const auto* edit = qobject_cast<QLineEdit*>(field))
         field->setMinimumWidth(qMax(field->minimumWidth(), textWidth(field, edit->placeholderText())));

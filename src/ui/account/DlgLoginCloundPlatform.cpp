@@ -155,11 +155,12 @@ void DlgLoginCloundPlatform::loginByCode()
     if (!filled(this, account, tr("The phone number cannot be empty!"))
         || !filled(this, code, tr("verification code must be filled!")))
         return;
-    const Outcome outcome = callPlatform(this, tr("Signing in..."),
-        [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()] {
-            return CloudAccountLogin::instance()->phoneLoginAccount(account.constData(), code.constData());
+    const SessionAnswer answer = askSession(this, tr("Signing in..."),
+        [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()](
+            CloudAccountLogin& session) {
+            return session.phoneLoginAccount(account.constData(), code.constData());
         });
-    conclude(this, outcome, tr("login successfully!"));
+    conclude(this, answer, tr("login successfully!"));
 }
 
 void DlgLoginCloundPlatform::loginByPassword()
@@ -171,14 +172,14 @@ void DlgLoginCloundPlatform::loginByPassword()
     QString password = passwordPage->passwordField()->text();
     const QPointer<UserNameLoginWidget> page(passwordPage);
     bool signedIn = false;
-    const Outcome outcome = callPlatform(this, tr("Signing in..."), [&] {
-        signedIn = CloudAccountLogin::instance()->userLoginAccount(
-            userName.toLocal8Bit().constData(), password.toLocal8Bit().constData());
+    const SessionAnswer answer = askSession(this, tr("Signing in..."), [&](CloudAccountLogin& session) {
+        signedIn =
+            session.userLoginAccount(userName.toLocal8Bit().constData(), password.toLocal8Bit().constData());
         return signedIn;
     });
     // Also when the dialog was closed meanwhile: the user has signed in with it.
     if (signedIn && page)
         page->saveRememberedAccount(userName, password);
     password.clear(); // before the box, which may stand for long
-    conclude(this, outcome, tr("login successfully!"));
+    conclude(this, answer, tr("login successfully!"));
 }

@@ -6,7 +6,6 @@
 #include "toolkit/Dialog.h"
 
 class PhoneLoginWidget;
-class QPushButton;
 class QTabWidget;
 class UserNameLoginWidget;
 

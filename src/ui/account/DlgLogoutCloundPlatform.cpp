@@ -27,7 +27,7 @@ DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
 
 void DlgLogoutCloundPlatform::_logout()
 {
-    const Outcome outcome =
-        callPlatform(this, tr("Signing out..."), [] { return CloudAccountLogin::instance()->logout(); });
-    conclude(this, outcome, tr("exit successfully!"));
+    const SessionAnswer answer =
+        askSession(this, tr("Signing out..."), [](CloudAccountLogin& session) { return session.logout(); });
+    conclude(this, answer, tr("exit successfully!"));
 }

@@ -49,9 +49,10 @@ void DlgRegisterR2V::_slotGetVerifyCode()
     if (!filled(this, verification.account, tr("The phone number cannot be empty!")))
         return;
     verification.startCountdown();
-    if (verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify)
-        == Outcome::Refused)
-        tellReason(this);
+    const SessionAnswer answer =
+        verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify);
+    if (answer.outcome == Outcome::Refused)
+        tellReason(this, answer);
 }
 
 bool DlgRegisterR2V::isComplete()
@@ -75,14 +76,15 @@ void DlgRegisterR2V::_slotRegister()
     const QString account = verification.account->text();
     const auto operation =
         isMail(account) ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
-    const Outcome outcome = callPlatform(this, tr("Registering..."),
+    const SessionAnswer answer = askSession(this, tr("Registering..."),
         [operation, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
-            target = account.toLocal8Bit(), code = verification.code->text().toLocal8Bit()] {
-            return (CloudAccountLogin::instance()->*operation)(
+            target = account.toLocal8Bit(),
+            code = verification.code->text().toLocal8Bit()](CloudAccountLogin& session) {
+            return (session.*operation)(
                 name.constData(), word.constData(), target.constData(), code.constData());
         });
-    if (outcome == Outcome::Refused)
-        tellReason(this);
-    if (outcome == Outcome::Done && inform(this, tr("Account registration successfully!")))
+    if (answer.outcome == Outcome::Refused)
+        tellReason(this, answer);
+    if (answer.outcome == Outcome::Done && inform(this, tr("Account registration successfully!")))
         accept();
 }

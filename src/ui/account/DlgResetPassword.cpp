@@ -59,9 +59,10 @@ void DlgResetPassword::_slotGetVerifyCode()
     if (!filled(this, verification->account, tr("The phone number cannot be empty!")))
         return;
     verification->startCountdown();
-    if (verification->request(&CloudAccountLogin::mobileVerify2, &CloudAccountLogin::emailVerify2)
-        == Outcome::Refused)
-        tellReason(this);
+    const SessionAnswer answer =
+        verification->request(&CloudAccountLogin::mobileVerify2, &CloudAccountLogin::emailVerify2);
+    if (answer.outcome == Outcome::Refused)
+        tellReason(this, answer);
 }
 
 void DlgResetPassword::_resetPassword()
@@ -70,11 +71,10 @@ void DlgResetPassword::_resetPassword()
         || !filled(this, password, tr("password can not be blank!"))
         || !filled(this, verification->code, tr("verification code must be filled!")))
         return;
-    const Outcome outcome = callPlatform(this, tr("Setting the new password..."),
+    const SessionAnswer answer = askSession(this, tr("Setting the new password..."),
         [target = verification->account->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
-            code = verification->code->text().toLocal8Bit()] {
-            return CloudAccountLogin::instance()->resetPassword(
-                target.constData(), word.constData(), code.constData());
+            code = verification->code->text().toLocal8Bit()](CloudAccountLogin& session) {
+            return session.resetPassword(target.constData(), word.constData(), code.constData());
         });
-    conclude(this, outcome, tr("Password reset successfully!"));
+    conclude(this, answer, tr("Password reset successfully!"));
 }

@@ -51,10 +51,10 @@ void PhoneLoginWidget::_slotGetVerifyCode()
         return;
     }
     const QPointer<PhoneLoginWidget> self(this);
-    const Outcome outcome =
+    const SessionAnswer answer =
         verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify);
-    if (outcome == Outcome::Refused)
-        tellReason(this);
+    if (answer.outcome == Outcome::Refused)
+        tellReason(this, answer);
     if (self)
         verification.startCountdown();
 }

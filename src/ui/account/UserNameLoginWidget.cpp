@@ -165,7 +165,7 @@ void UserNameLoginWidget::_userNameIndexChanged(int index)
 void UserNameLoginWidget::_userNameChanged(const QString&)
 {
     const int index = userName->currentIndex();
-    // The first account's password goes as well: what is being typed is another name.
+    // The first account's password is cleared as well: what is being typed is another name.
     password->setText(index > 0 ? accounts.passwordOf(index) : QString());
 }
 

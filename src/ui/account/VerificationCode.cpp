@@ -29,13 +29,14 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
     countdown->setTimerType(Qt::PreciseTimer);
 }
 
-Outcome VerificationCode::request(Operation byPhone, Operation byMail) const
+SessionAnswer VerificationCode::request(Operation byPhone, Operation byMail) const
 {
     const QString text = account->text();
     const Operation operation = isMail(text) ? byMail : byPhone;
-    return callPlatform(button, idleText + "...", [operation, target = text.toLocal8Bit()] {
-        return (CloudAccountLogin::instance()->*operation)(target.constData());
-    });
+    return askSession(
+        button, idleText + "...", [operation, target = text.toLocal8Bit()](CloudAccountLogin& session) {
+            return (session.*operation)(target.constData());
+        });
 }
 
 void VerificationCode::startCountdown()

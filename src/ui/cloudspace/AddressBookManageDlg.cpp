@@ -59,11 +59,13 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
 void AddressBookManageDlg::load()
 {
     Friends friends;
-    const Outcome outcome = askCloud(this, client, tr("Loading the address book..."),
-        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, reason);
     if (outcome == Outcome::Refused) {
         table->setEmptyText(tr("The address book could not be loaded."));
-        inform(this, tr("Failed to load address book form!"), QString(), reasonOf(client));
+        inform(this, tr("Failed to load address book form!"), QString(), reason);
     }
     if (outcome != Outcome::Done)
         return;
@@ -135,9 +137,8 @@ void AddressBookManageDlg::_onAltRecord()
     if (!findEntry(account, id, complaint))
         return;
     // In one go: who closes the window in between must not lose the friend.
-    const auto replace = [self = QPointer<AddressBookManageDlg>(this), id, account, name, company](
-                             CloudFileManger& cloud) {
-        return cloud.DelFromAddressBook(id) && self && cloud.AddToAddressBook(account, name, company);
+    const auto replace = [id, account, name, company](CloudFileManger& cloud) {
+        return cloud.DelFromAddressBook(id) && cloud.AddToAddressBook(account, name, company);
     };
     if (performed(this, client, tr("Changing the friend..."), replace, complaint, tr("OK")))
         load();

@@ -78,13 +78,15 @@ void ChoiceCloudProjectDlg::loadFirst()
 /// closed or destroyed meanwhile.
 bool ChoiceCloudProjectDlg::load()
 {
-    switch (askCloud(this, client, tr("Loading the cloud projects..."),
-        [](CloudFileManger& cloud) { return cloud.getAllCloudProjectBackup(); })) {
+    QString reason;
+    switch (askCloud(
+        this, client, tr("Loading the cloud projects..."),
+        [](CloudFileManger& cloud) { return cloud.getAllCloudProjectBackup(); }, reason)) {
     case Outcome::Done:
         showProjects();
         return true;
     case Outcome::Refused:
-        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + reasonOf(client));
+        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + reason);
         return true;
     case Outcome::Abandoned:
         break;

@@ -4,6 +4,7 @@
 #include "net/CloudQuery.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
+#include "ui/FieldGrid.h"
 #include "ui/ScopedDialog.h"
 #include "ui/cloudspace/AddressBookManageDlg.h"
 #include "ui/cloudspace/ChoiceCloudProjectDlg.h"
@@ -209,6 +210,7 @@ QWidget* CloudShareTabWidget::makeAnonymousPage()
     auto* share = new QPushButton(tr("Share"));
     shareButtons.append(share);
     codeEdit = new QLineEdit;
+    takeNoBlanks(codeEdit);
     auto* paste = new QPushButton(tr("Paste"));
     extractButton = new QPushButton(tr("Extract"));
     connect(share, &QPushButton::clicked, this, &CloudShareTabWidget::_onAnonymousShare);
@@ -263,7 +265,7 @@ void CloudShareTabWidget::showMode(int chosen)
         pages[i]->setVisible(i == mode);
 }
 
-// Each is called for the button that goes out too, which always comes before the one that goes on.
+// Each is called for the button that is switched off too, always before the one that is switched on.
 void CloudShareTabWidget::_onChangeAnonymousShare()
 {
     showMode(0);
@@ -292,11 +294,13 @@ void CloudShareTabWidget::_onChangeCBoxState2(int row)
 void CloudShareTabWidget::loadFriends()
 {
     QList<CloudFileManger::CloudAddressBookInfo> friends;
-    const Outcome outcome = askCloud(this, client, tr("Loading the address book..."),
-        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, reason);
     if (outcome == Outcome::Refused) {
         friendsTable->setEmptyText(tr("The address book could not be loaded."));
-        fail(this, tr("Failed to query the address book list!"), QString(), reasonOf(client));
+        fail(this, tr("Failed to query the address book list!"), QString(), reason);
     }
     if (outcome != Outcome::Done)
         return;
@@ -312,11 +316,13 @@ void CloudShareTabWidget::loadFriends()
 void CloudShareTabWidget::loadGroups()
 {
     QList<CloudFileManger::CloudGroupInfo> groups;
-    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
-        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); }, reason);
     if (outcome == Outcome::Refused) {
         groupsTable->setEmptyText(tr("The groups could not be loaded."));
-        fail(this, tr("Group Query Failure!"), QString(), reasonOf(client));
+        fail(this, tr("Group Query Failure!"), QString(), reason);
     }
     if (outcome != Outcome::Done)
         return;
@@ -468,13 +474,12 @@ void CloudShareTabWidget::_onGroupShare()
 
 void CloudShareTabWidget::_onPasteCode()
 {
-    codeEdit->setText(clipboard->text().trimmed());
+    codeEdit->setText(clipboard->text());
+    codeEdit->setFocus(); // where Enter extracts
 }
 
 void CloudShareTabWidget::_onConfirmExtraction()
 {
-    // Blanks and line breaks come with a code that is copied out of a message.
-    codeEdit->setText(codeEdit->text().trimmed());
     const QString code = codeEdit->text();
     if (!filled(this, codeEdit, tr("The text box is empty.")))
         return;

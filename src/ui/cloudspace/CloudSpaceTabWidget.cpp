@@ -190,10 +190,14 @@ void CloudSpaceTabWidget::_onRefresh()
 
     const QPointer<CloudSpaceTabWidget> self(this);
     std::shared_ptr<ITreeElement> fetched;
-    askCloud(this, client, tr("Loading the cloud space..."), [&fetched](CloudFileManger& cloud) {
-        fetched.reset(cloud.getFileTree(), tav_tree_element_release_instance);
-        return true;
-    });
+    QString reason;
+    askCloud(
+        this, client, tr("Loading the cloud space..."),
+        [&fetched](CloudFileManger& cloud) {
+            fetched.reset(cloud.getFileTree(), tav_tree_element_release_instance);
+            return true;
+        },
+        reason);
     if (!self || !fetched) // a window that was closed may be shown again
         return;
     navigationStack.clear(); // should a refresh have come in between
@@ -202,8 +206,8 @@ void CloudSpaceTabWidget::_onRefresh()
     if (byKeyboard)
         tileArea->focusFirst();
     // The tree is there all the same, with a branch empty.
-    if (client->getLastFailure() != CloudFailure::None)
-        tell(tr("Not everything could be loaded: %1").arg(reasonOf(client)));
+    if (!reason.isEmpty())
+        tell(tr("Not everything could be loaded: %1").arg(reason));
 }
 
 void CloudSpaceTabWidget::showFolder(ITreeElement* element)
@@ -348,14 +352,14 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(
         QDir().mkdir(directory);
     const QString name = nameOf(element);
     if (!isPlainFileName(name))
-        return miss(description, tr("What is in the cloud must have the name of a file."));
+        return miss(description, tr("Its name in the cloud cannot be the name of a file."));
     // Other than its tile, an element without a type is a file here.
     if (typeOf(element, "-1") != 0)
         return downloadFile(element, directory + '/' + name, description);
     Outcome outcome = Outcome::Done;
     for (const Child& child : childrenOf(element)) {
-        const Outcome ofChild =
-            downloadTreeElement(child.element, directory + '/' + name, child.description());
+        const Outcome ofChild = downloadTreeElement(
+            child.element, directory + '/' + name, description + '/' + child.description());
         if (ofChild == Outcome::Abandoned)
             return ofChild;
         if (ofChild == Outcome::Refused)
@@ -388,8 +392,9 @@ Outcome CloudSpaceTabWidget::downloadFile(
         return fileId.isEmpty() ? cloud.DownloadCloudProFile(projectId, target)
                                 : cloud.DownloadCloudShareFile(fileId, target);
     };
-    const Outcome outcome = askCloud(this, client, tr("Downloading %1...").arg(description), request);
-    return outcome == Outcome::Refused ? miss(description, reasonOf(client)) : outcome;
+    QString reason;
+    const Outcome outcome = askCloud(this, client, tr("Downloading %1...").arg(description), request, reason);
+    return outcome == Outcome::Refused ? miss(description, reason) : outcome;
 }
 
 Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
@@ -410,7 +415,7 @@ void CloudSpaceTabWidget::tellMissed()
     tell(tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' '));
 }
 
-/// A line on the tiles until the next step: what is no message box's affair.
+/// Shows a line on the tiles until the next step, for what is told without a message box.
 void CloudSpaceTabWidget::tell(const QString& text)
 {
     delete note;

@@ -112,12 +112,14 @@ void GroupManageDlg::load()
     model->clear();
     model->setHorizontalHeaderLabels({tr("Groups")});
     QList<CloudFileManger::CloudGroupInfo> groups;
-    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
-        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); }, reason);
     if (outcome == Outcome::Refused) {
         hint->setText(tr("The groups could not be loaded."));
         hint->show();
-        fail(this, tr("Failed to query group information!"), QString(), reasonOf(client));
+        fail(this, tr("Failed to query group information!"), QString(), reason);
     }
     if (outcome != Outcome::Done)
         return;
@@ -139,11 +141,14 @@ void GroupManageDlg::load()
 bool GroupManageDlg::loadMembers(QStandardItem* group)
 {
     Members members;
-    const Outcome outcome = askCloud(this, client, tr("Loading the groups..."),
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Loading the groups..."),
         [&members, id = group->data(GroupIdRole).toString()](
-            CloudFileManger& cloud) { return cloud.SearchGroupMember(id, members); });
+            CloudFileManger& cloud) { return cloud.SearchGroupMember(id, members); },
+        reason);
     if (outcome == Outcome::Refused)
-        return failOnMembers();
+        return failOnMembers(reason);
     if (outcome == Outcome::Abandoned)
         return false;
     for (const auto& member : members) {
@@ -158,9 +163,9 @@ bool GroupManageDlg::loadMembers(QStandardItem* group)
 }
 
 /// False when the window was closed or destroyed meanwhile.
-bool GroupManageDlg::failOnMembers()
+bool GroupManageDlg::failOnMembers(const QString& reason)
 {
-    return fail(this, tr("Failed to query a group member!"), QString(), reasonOf(client));
+    return fail(this, tr("Failed to query a group member!"), QString(), reason);
 }
 
 /// Null when there is none.
@@ -189,9 +194,11 @@ std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const
 std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 {
     Members members;
-    const Outcome outcome = askCloud(this, client, tr("Looking for the group's owner..."),
-        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(groupId, members); });
-    if (outcome == Outcome::Abandoned || (outcome == Outcome::Refused && !failOnMembers()))
+    QString reason;
+    const Outcome outcome = askCloud(
+        this, client, tr("Looking for the group's owner..."),
+        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(groupId, members); }, reason);
+    if (outcome == Outcome::Abandoned || (outcome == Outcome::Refused && !failOnMembers(reason)))
         return std::nullopt;
     return std::any_of(members.cbegin(), members.cend(),
         [this](const auto& member) { return member.username == account && isManager(member); });
@@ -263,14 +270,14 @@ void GroupManageDlg::_onDelGroup()
 /// a group.
 void GroupManageDlg::deleteWithMembers(const QString& groupId)
 {
-    const auto request = [self = QPointer<GroupManageDlg>(this), groupId](CloudFileManger& cloud) {
+    const auto request = [groupId](CloudFileManger& cloud) {
         Members members;
         if (!cloud.SearchGroupMember(groupId, members))
             return false;
         for (const auto& member : members)
-            if (!self || !cloud.RemoveGroupMember(groupId, cloudQueryValue(member.username)))
+            if (!cloud.RemoveGroupMember(groupId, cloudQueryValue(member.username)))
                 return false;
-        return self && cloud.deleteGroup(groupId);
+        return cloud.deleteGroup(groupId);
     };
     if (performed(this, client, tr("Deleting the group..."), request, tr("Delete failed!"))
         && inform(this, tr("Delete successfully!")))

@@ -43,7 +43,7 @@ private:
 
     void load();
     bool loadMembers(QStandardItem* group);
-    bool failOnMembers();
+    bool failOnMembers(const QString& reason);
     QStandardItem* selectedItem() const;
     std::optional<SelectedGroup> selectedGroup(const QString& complaint);
     std::optional<bool> isOwner(const QString& groupId);

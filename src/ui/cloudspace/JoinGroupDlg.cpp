@@ -13,6 +13,7 @@ JoinGroupDlg::JoinGroupDlg(QClipboard* systemClipboard, QWidget* parent)
     , codeEdit(new QLineEdit(this))
 {
     setWindowTitle(tr("Join group by invitation code"));
+    takeNoBlanks(codeEdit);
     codeEdit->setPlaceholderText(tr("Please enter the invitation code"));
     auto* pasteButton = new QPushButton(tr("Paste"), this);
     auto* joinButton = new QPushButton(tr("Join the group"), this);
@@ -32,15 +33,13 @@ QString JoinGroupDlg::invitationCode() const
 
 void JoinGroupDlg::_onConfirm()
 {
-    // Blanks and line breaks come with a code that is copied out of a message.
-    codeEdit->setText(codeEdit->text().trimmed());
     if (filled(this, codeEdit, tr("The invitation code cannot be empty.")))
         accept();
 }
 
 void JoinGroupDlg::_onPaste()
 {
-    codeEdit->setText(clipboard->text().trimmed());
+    codeEdit->setText(clipboard->text());
     // Enter joins now, and does not paste again.
     codeEdit->setFocus();
 }

@@ -13,16 +13,16 @@ inline constexpr char failureTitle[] = "Error";
 using CloudRequest = std::function<bool(CloudFileManger&)>;
 
 /// Runs \a request with \a window Waiting for \a what.
-inline Outcome askCloud(
-    QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request)
+/// \param reason receives why it failed, for the user; empty when nothing did. It is taken at once: a timer
+/// of the host may use the same client before the wait has ended.
+inline Outcome askCloud(QWidget* window, const CloudHandle& client, const QString& what,
+    const CloudRequest& request, QString& reason)
 {
-    return callPlatform(window, what, [client, &request] { return request(*client); });
-}
-
-/// Why the last request of \a client failed, for the user.
-inline QString reasonOf(const CloudHandle& client)
-{
-    return cloudFailureText(client->getLastFailure(), client->getLastError());
+    return callPlatform(window, what, [&reason, &request, client] {
+        const bool done = request(*client);
+        reason = cloudFailureText(client->getLastFailure(), client->getLastError());
+        return done;
+    });
 }
 
 /// What did not work. False when \a window was closed or destroyed meanwhile.
@@ -48,8 +48,9 @@ template <class Window>
 bool performed(Window* window, CloudHandle client, const QString& what, const CloudRequest& request,
     const QString& complaint, const QString& button = QString())
 {
-    const Outcome outcome = askCloud(window, client, what, request);
+    QString reason;
+    const Outcome outcome = askCloud(window, client, what, request, reason);
     if (outcome == Outcome::Refused)
-        fail(window, complaint, button, reasonOf(client));
+        fail(window, complaint, button, reason);
     return outcome == Outcome::Done;
 }
