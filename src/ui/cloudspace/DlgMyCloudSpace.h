@@ -14,14 +14,14 @@ class CloudSpaceTabWidget;
 /// The user's cloud space: a tab to browse and download what is in the cloud, and a tab to share files, by
 /// code, with friends and with groups, and to extract what others shared.
 ///
-/// Building the dialog asks the platform for the file tree, the friends and the groups, and so blocks: one
-/// request for the backups, one for each share source, one for this software's own shares, one for each
-/// shared project, and two for the lists, each of at most 5000 ms. The constructor waits in event loops that
-/// hold user input back but keep timers and painting alive; \a parent, when it is visible, is disabled and
-/// says what happens. It may show message boxes. \a parent may be destroyed meanwhile: the dialog then has no
-/// parent, fetches nothing more and belongs to the caller. Later requests block in the same way, with the
-/// whole window disabled, and say on it what they do. The dialog, its parent and the client may be destroyed
-/// and the application may quit during any of them.
+/// Building the dialog asks the platform for the file tree, the friends and the groups, and so blocks: for
+/// the requests of CloudFileManger::getFileTree() and two for the lists, each of at most 5000 ms, and for as
+/// long as the user leaves a message box open that tells of a failure. The constructor waits in event loops
+/// that hold user input back but keep timers and painting alive; the window of \a parent, when it is visible,
+/// is disabled and says what happens. \a parent may be destroyed meanwhile: the dialog then has no parent,
+/// fetches nothing more and belongs to the caller. Later requests block in the same way, with the whole
+/// window disabled, and say on it what they do. The dialog, its parent and the client may be destroyed and
+/// the application may quit during any of them.
 ///
 /// Names that come from the platform are shown as plain text, and a download is written inside the chosen
 /// directory only, whatever an element is called. A download takes the place of a file only once all of it is
