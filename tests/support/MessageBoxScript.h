@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QMessageBox>
+#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 
@@ -11,7 +12,7 @@
 /// One message box as it must come up, and what the user does with it.
 struct ExpectedBox
 {
-    QMessageBox::Icon icon;
+    QMessageBox::Icon icon; ///< NoIcon leaves icon, title and buttons open
     QString title;
     QString text;
     QMessageBox::StandardButtons buttons = QMessageBox::Ok;
@@ -42,10 +43,12 @@ public:
 
 private:
     void poll();
-    void handle(QMessageBox& box);
+    void look(QMessageBox& box);
     void compare(const QString& what, const QString& actual, const QString& expected);
 
     QTimer timer;
     std::list<ExpectedBox> script;
     QStringList complaints;
+    QPointer<QMessageBox> looked; ///< waits for its answer
+    QMessageBox::StandardButton answer = QMessageBox::NoButton;
 };

@@ -138,10 +138,11 @@ void PeerConnection::waitForClient()
     close();
 }
 
-void PeerConnection::pause(int milliseconds)
+bool PeerConnection::pause(int milliseconds)
 {
     for (int waited = 0; waited < milliseconds && !interrupted; waited += 5)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return !interrupted;
 }
 
 void PeerConnection::close()
@@ -289,6 +290,12 @@ void ScriptedPeer::expect(const QByteArray& method, const QByteArray& target, Be
     script.push_back({method, target, std::move(behaviour)});
 }
 
+void ScriptedPeer::expectNothing()
+{
+    const std::lock_guard lock(mutex);
+    script.clear();
+}
+
 void ScriptedPeer::settle()
 {
     if (stopping)
@@ -306,6 +313,17 @@ void ScriptedPeer::settle()
     changed.wait(lock, allGone);
 }
 
+QStringList ScriptedPeer::reset()
+{
+    settle();
+    const std::lock_guard lock(mutex);
+    for (const Exchange& missing : script)
+        complain(QStringLiteral("never came: ") + QString::fromUtf8(missing.method + ' ' + missing.target));
+    script.clear();
+    recorded.clear();
+    return std::exchange(complaints, {});
+}
+
 QStringList ScriptedPeer::finish()
 {
     if (stopping)
@@ -318,9 +336,7 @@ QStringList ScriptedPeer::finish()
         client.connection.interrupt(); // for one that came at the last moment; what it sent is still read
         client.thread.join();
     }
-    for (const Exchange& missing : script)
-        complain(QStringLiteral("never came: ") + QString::fromUtf8(missing.method + ' ' + missing.target));
-    return complaints;
+    return reset();
 }
 
 QVector<RecordedRequest> ScriptedPeer::requests()
@@ -384,14 +400,10 @@ void ScriptedPeer::serveOne(PeerConnection& connection)
         const std::lock_guard lock(mutex);
         place = recorded.size();
         recorded.append(RecordedRequest());
-        expected = !script.empty() || again.behaviour;
-        if (script.empty()) {
-            exchange = again;
-        } else {
+        expected = !script.empty();
+        if (expected) {
             exchange = script.front();
             script.pop_front();
-            if (repeats && script.empty())
-                again = exchange;
         }
     }
     if (!expected)

@@ -48,7 +48,8 @@ public:
     bool send(const QByteArray& bytes);
     /// Waits until the client has gone, reading nothing that it sends, and closes.
     void waitForClient();
-    void pause(int milliseconds);
+    /// False as well once the peer wants the connection to end.
+    bool pause(int milliseconds);
     void close();
     /// Closes with a reset instead of an orderly end.
     void reset();
@@ -93,7 +94,8 @@ Behaviour stallInBody(std::function<void()> meanwhile, const QByteArray& body);
 /// An HTTP peer on a loopback port that answers by a script and records what it gets.
 ///
 /// The script is a queue: each request takes the next exchange. A request that the script does not have,
-/// another one than it has, or an exchange that nobody asked for fails the running test when the peer goes.
+/// another one than it has, or an exchange that nobody asked for fails the running test when the peer goes,
+/// or is told by reset().
 class ScriptedPeer
 {
 public:
@@ -108,13 +110,15 @@ public:
     static QString refusedAddress();
 
     void expect(const QByteArray& method, const QByteArray& target, Behaviour behaviour);
-    /// Lets the last exchange of the script be asked for again and again. A GET may be repeated by the
-    /// network stack; nothing else may.
-    void allowRepeats() { repeats = true; }
+    /// Expects nothing of what is still to come.
+    void expectNothing();
 
     /// Waits until no client is connected any more, or throws out those that stay.
     void settle();
-    /// Ends the peer and returns what was wrong; what is returned here no longer fails the test.
+    /// Settles, forgets the script and the requests, and returns what was wrong, for the next test to begin
+    /// with nothing of this one; what is returned here no longer fails the test.
+    QStringList reset();
+    /// The same, and ends the peer.
     QStringList finish();
 
     /// The requests of which at least one byte came, in the order in which they began. Settles first.
@@ -151,13 +155,11 @@ private:
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Exchange> script;
-    Exchange again; ///< what a repeated request gets
     std::list<Client> clients;
     QVector<RecordedRequest> recorded;
     QStringList complaints;
     int emptyRounds = 0; ///< how often nobody was at the door
     std::atomic<int> accepted{0};
-    std::atomic<bool> repeats{false};
     std::atomic<bool> stopping{false};
     std::thread acceptor;
 };

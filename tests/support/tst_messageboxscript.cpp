@@ -43,6 +43,14 @@ private slots:
             QString());
     }
 
+    void complainsOfMarkup()
+    {
+        MessageBoxScript script;
+        script.expectPrompt("<b>x</b>");
+        QMessageBox::information(nullptr, "Prompt", "<b>x</b>");
+        QCOMPARE(script.finish(), QStringList("text is \"x\", not \"<b>x</b>\""));
+    }
+
     void complainsOfTooManyAndTooFew()
     {
         MessageBoxScript script;

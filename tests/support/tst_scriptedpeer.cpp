@@ -94,6 +94,20 @@ private slots:
         }
     }
 
+    void beginsAnew()
+    {
+        ScriptedPeer peer;
+        peer.expect("GET", "/a", behaviour::closeAfter());
+        peer.expect("GET", "/lost", behaviour::closeAfter());
+        exchange(peer.address(), "GET /other HTTP/1.1\r\n\r\n");
+        QCOMPARE(peer.reset(), QStringList({"GET /other came instead of GET /a", "never came: GET /lost"}));
+        QVERIFY(peer.requests().isEmpty());
+        peer.expect("GET", "/b", behaviour::answer("{}"));
+        QCOMPARE(exchange(peer.address(), "GET /b HTTP/1.1\r\n\r\n").bytes, behaviour::response("{}"));
+        QCOMPARE(peer.requests().size(), 1);
+        QCOMPARE(peer.finish(), QStringList());
+    }
+
     void misbehaves_data()
     {
         QTest::addColumn<Behaviour>("behave");

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # The dialogs' tests and pictures. Included from tests/CMakeLists.txt.
-target_sources(tav_test_support PRIVATE support/MessageBoxScript.cpp)
+target_sources(tav_test_support PRIVATE support/MessageBoxScript.cpp support/Robot.cpp)
 target_link_libraries(tav_test_support PUBLIC Qt5::Widgets)
 
 tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)

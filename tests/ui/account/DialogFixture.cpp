@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DialogFixture.h"
 
+#include "support/Robot.h"
 #include "support/TestConstants.h"
 
 #include <QApplication>
@@ -11,6 +12,8 @@
 #include <QPushButton>
 #include <QTabBar>
 #include <QTest>
+
+#include <atomic>
 
 namespace {
 
@@ -27,7 +30,7 @@ DialogFixture::DialogFixture()
 {
     setPlatformAddress(peer.address());
     pristine();
-    holder.setInterval(5);
+    QGuiApplication::setQuitOnLastWindowClosed(false); // a host has more windows
 }
 
 void DialogFixture::begin()
@@ -36,58 +39,51 @@ void DialogFixture::begin()
     scratch = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir::setCurrent(scratch->path()));
     script = std::make_unique<MessageBoxScript>();
-    requestsBefore = peer.requests().size();
-    expected = 0;
+}
+
+QStringList DialogFixture::finish()
+{
+    const QStringList wrong = (script ? script->finish() : QStringList()) + peer.reset();
+    QCoreApplication::removePostedEvents(&gui);
+    script.reset();
+    return wrong;
 }
 
 void DialogFixture::end()
 {
-    QObject::disconnect(&holder, nullptr, nullptr, nullptr);
-    script.reset();
-    QCOMPARE(requests().size(), expected);
+    const QStringList wrong = finish();
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join("; ")));
     QVERIFY(!QApplication::overrideCursor());
 }
 
 void DialogFixture::expect(const QByteArray& method, const QByteArray& target, const QByteArray& json)
 {
-    ++expected;
     peer.expect(method, target, behaviour::answer(json));
 }
 
 void DialogFixture::expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
     const std::function<void()>& meanwhile)
 {
-    ++expected;
-    arrived = false;
-    released = false;
-    peer.expect(method, target, [this, json](PeerConnection& connection) {
-        connection.readHead();
-        connection.readBody();
-        arrived = true;
-        while (!released)
-            connection.pause(1);
+    peer.expect(method, target, [this, json, meanwhile](PeerConnection& connection) {
+        if (!connection.readHead() || !connection.readBody())
+            return;
+        const auto released = std::make_shared<std::atomic<bool>>(false);
+        QMetaObject::invokeMethod(
+            &gui,
+            [meanwhile, released] {
+                meanwhile();
+                *released = true;
+            },
+            Qt::QueuedConnection);
+        while (!*released && connection.pause(1)) { }
         connection.send(behaviour::response(json));
     });
-    QObject::connect(&holder, &QTimer::timeout, [this, meanwhile] {
-        if (!arrived)
-            return;
-        holder.stop();
-        meanwhile();
-        released = true;
-    });
-    holder.start();
-}
-
-QVector<RecordedRequest> DialogFixture::requests()
-{
-    return peer.requests().mid(requestsBefore);
 }
 
 void bringUp(QDialog& dialog)
 {
     dialog.show();
-    dialog.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    robot::waitForFront(dialog);
 }
 
 QPushButton* button(const QWidget& window, const QString& text)
@@ -102,30 +98,34 @@ void press(const QWidget& window, const QString& text)
 {
     QPushButton* target = button(window, text);
     QVERIFY2(target, qPrintable(text));
-    QTest::mouseClick(target, Qt::LeftButton);
+    robot::click(*target);
 }
 
 void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play)
 {
     bool played = false;
-    QTimer::singleShot(0, &dialog, [&] {
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
         const QPointer<QDialog> opened = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        QVERIFY(opened && opened != &dialog);
-        bringUp(*opened);
+        if (!opened || opened == &dialog || !opened->isVisible())
+            return;
+        poll.stop();
+        robot::waitForFront(*opened);
         play(*opened);
         played = true;
         // Left open by a play that failed, it would keep the test from ending.
         if (opened)
             opened->close();
     });
+    poll.start(5);
     press(dialog, link);
     QVERIFY(played);
 }
 
 void openTab(const QDialog& dialog, Tab tab)
 {
-    auto* bar = dialog.findChild<QTabBar*>();
-    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(tab).center());
+    const auto* bar = dialog.findChild<QTabBar*>();
+    robot::click(*bar, bar->tabRect(tab).center());
 }
 
 QLineEdit* field(const QWidget& window, const QString& name)
@@ -143,11 +143,10 @@ void type(const QWidget& window, const QString& name, const QString& text)
 {
     QLineEdit* target = field(window, name);
     QVERIFY2(target, qPrintable(name));
-    target->setFocus();
-    target->selectAll();
-    QTest::keyClick(target, Qt::Key_Delete);
-    for (const QChar letter : text) // keyClicks() has only those of a western keyboard
-        QTest::sendKeyEvent(QTest::Click, target, Qt::Key_unknown, letter, Qt::NoModifier);
+    robot::click(*target);
+    robot::key(*target, Qt::Key_A, Qt::ControlModifier);
+    robot::key(*target, Qt::Key_Delete);
+    robot::write(*target, text);
 }
 
 void fillIn(const QWidget& window, const Texts& texts)

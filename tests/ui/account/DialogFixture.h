@@ -8,7 +8,6 @@
 #include <QDialog>
 #include <QTemporaryDir>
 
-#include <atomic>
 #include <memory>
 
 class QLineEdit;
@@ -29,20 +28,24 @@ class DialogFixture
 {
 public:
     DialogFixture();
+    virtual ~DialogFixture() = default;
 
     /// A session that nobody has signed in to, an empty folder and an empty script: for every test's begin.
     void begin();
-    /// For every test's end: fails it when the boxes were others than the script has, or a request is
-    /// missing.
+    /// For every test's end: fails it when a box, a request or a dialog is missing or was another one.
     void end();
+    /// Ends without failing: what was missing or other than expected.
+    virtual QStringList finish();
 
     /// The platform answers the next request with \a json.
     void expect(const QByteArray& method, const QByteArray& target, const QByteArray& json);
     /// The same, but once the request is there \a meanwhile runs, in the GUI thread, before the answer comes.
     void expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
         const std::function<void()>& meanwhile);
+    /// No request any more.
+    void expectNothing() { peer.expectNothing(); }
     /// The requests of this test.
-    QVector<RecordedRequest> requests();
+    QVector<RecordedRequest> requests() { return peer.requests(); }
 
     MessageBoxScript& boxes() { return *script; }
 
@@ -50,11 +53,7 @@ private:
     ScriptedPeer peer;
     std::unique_ptr<QTemporaryDir> scratch;
     std::unique_ptr<MessageBoxScript> script;
-    int expected = 0;
-    int requestsBefore = 0;
-    std::atomic<bool> arrived{false};
-    std::atomic<bool> released{false};
-    QTimer holder;
+    QObject gui; ///< gets what the peer's threads have to do here
 };
 
 /// A test program on the account dialogs: every test begins and ends with the fixture.

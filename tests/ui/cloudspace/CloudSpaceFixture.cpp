@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "CloudSpaceFixture.h"
 
-#include "ui/WindowNote.h"
+#include "support/Robot.h"
 
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPointer>
 #include <QTest>
+
+namespace {
+constexpr char playedProperty[] = "playedByFixture";
+}
 
 void CloudSpaceFixture::begin()
 {
@@ -18,15 +22,14 @@ void CloudSpaceFixture::begin()
     manager->setProjectID("7");
 }
 
-void CloudSpaceFixture::end()
+QStringList CloudSpaceFixture::finish()
 {
-    QStringList missing;
+    QStringList wrong = DialogFixture::finish();
     for (const auto& [poll, title] : std::exchange(awaited, {})) {
         poll->stop();
-        missing.append(title);
+        wrong.append("never came: " + title);
     }
-    DialogFixture::end();
-    QVERIFY2(missing.isEmpty(), qPrintable("never opened: " + missing.join(", ")));
+    return wrong;
 }
 
 void CloudSpaceFixture::expectLists(const QByteArray& friends, const QByteArray& groups)
@@ -40,16 +43,22 @@ void CloudSpaceFixture::whenOpened(const QString& title, const std::function<voi
     // Each has a timer of its own: one whose play is on the stack does not fire.
     auto* poll = new QTimer(&polls);
     awaited.append({poll, title});
-    QObject::connect(poll, &QTimer::timeout, [this, poll, title, play, sighted = false]() mutable {
+    QObject::connect(poll, &QTimer::timeout, [this, poll, title, play] {
         const QPointer<QDialog> dialog(qobject_cast<QDialog*>(QApplication::activeModalWidget()));
         const bool mine = awaited.first().first == poll;
-        if (!mine || !dialog || !dialog->isActiveWindow() || dialog->windowTitle() != title)
+        if (!mine || !dialog || !dialog->isVisible() || dialog->windowTitle() != title
+            || dialog->property(playedProperty).toBool())
             return;
-        // What it loads begins with the next events, and is there when its note is gone.
-        if (!std::exchange(sighted, true) || dialog->findChild<WindowNote*>())
+        // One that has only just come up may first ask the platform for its contents.
+        if (QApplication::overrideCursor() && QApplication::overrideCursor()->shape() == Qt::WaitCursor)
             return;
         poll->stop();
         awaited.removeFirst();
+        dialog->setProperty(playedProperty, true);
+        robot::waitForFront(*dialog);
+        QCoreApplication::processEvents();
+        if (!dialog)
+            return;
         play(*dialog);
         if (dialog)
             dialog->close();

@@ -11,10 +11,10 @@ class CloudSpaceFixture : public DialogFixture
 public:
     /// A client of the software "Soft", with "Current" (7) as its current project.
     void begin();
-    /// Fails the test as well when a dialog never came up.
-    void end();
+    QStringList finish() override;
 
     CloudFileManger& client() { return *manager; }
+    void destroyClient() { manager.reset(); }
 
     /// The platform lists friends and groups, each given as a JSON array.
     void expectLists(const QByteArray& friends = "[]", const QByteArray& groups = "[]");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/Robot.h"
 #include "ui/cloudspace/MycheckBox.h"
 
 #include <QAbstractItemView>
@@ -56,5 +57,5 @@ inline void clickRow(const QWidget& window, const QString& text)
     const QModelIndex index = indexOf(*view->model(), text);
     QVERIFY2(index.isValid(), qPrintable(text));
     view->scrollTo(index);
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+    robot::click(*view->viewport(), view->visualRect(index).center());
 }

@@ -267,7 +267,8 @@ private slots:
         QTest::addColumn<Flow>("flow");
         for (const Kind& kind : kinds)
             for (const Flow& flow : kind.flows)
-                QTest::newRow(qPrintable(flow.button + ", " + flow.what)) << kind << flow;
+                QTest::newRow(qPrintable(kind.headers.last() + ": " + flow.button + ", " + flow.what))
+                    << kind << flow;
     }
 
     void doWhatTheirButtonsSay()
