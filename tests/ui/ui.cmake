@@ -4,6 +4,7 @@ target_sources(tav_test_support PRIVATE support/MessageBoxScript.cpp support/Rob
 target_link_libraries(tav_test_support PUBLIC Qt5::Widgets)
 
 tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)
+tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)

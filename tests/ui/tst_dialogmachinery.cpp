@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+#include "account/DialogFixture.h"
+
+#include "support/Robot.h"
+#include "ui/BlockingCall.h"
+#include "ui/MessageBoxes.h"
+#include "ui/ScopedDialog.h"
+#include "ui/WindowNote.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+namespace {
+
+const QByteArray granted = R"({"code":0})";
+const QByteArray refusal = R"({"code":1,"msg":"no"})";
+
+/// A window in which presses and letters leave a trace.
+struct Window : QDialog
+{
+    explicit Window(QWidget* parent = nullptr)
+        : QDialog(parent)
+        , edit(new QLineEdit)
+        , presses(new QPushButton("0"))
+    {
+        auto* layout = new QVBoxLayout(this);
+        layout->addWidget(edit);
+        layout->addWidget(presses);
+        layout->addStretch();
+        connect(presses, &QPushButton::clicked, presses,
+            [this] { presses->setText(QString::number(presses->text().toInt() + 1)); });
+        resize(400, 300);
+        bringUp(*this);
+        robot::click(*edit);
+    }
+
+    /// What was done in it.
+    QString traces() const { return presses->text() + edit->text(); }
+
+    QLineEdit* edit;
+    QPushButton* presses;
+};
+
+enum Ending
+{
+    Stays,
+    Closed,
+    Destroyed,
+    Quits
+};
+
+void endingRows()
+{
+    QTest::addColumn<int>("ending");
+    QTest::newRow("stays") << int(Stays);
+    QTest::newRow("closed") << int(Closed);
+    QTest::newRow("destroyed") << int(Destroyed);
+    QTest::newRow("application quits") << int(Quits);
+}
+
+void happen(int ending, QWidget* window)
+{
+    if (ending == Closed)
+        window->close();
+    else if (ending == Destroyed)
+        delete window;
+    else if (ending == Quits)
+        QCoreApplication::quit();
+}
+
+/// Runs \a play in the application's event loop, for it to quit.
+void inEventLoop(const std::function<void()>& play)
+{
+    QTimer::singleShot(0, qApp, [&] {
+        play();
+        QCoreApplication::quit();
+    });
+    QCoreApplication::exec();
+}
+
+} // namespace
+
+class TestDialogMachinery : public DialogTest
+{
+    Q_OBJECT
+
+private slots:
+    void theTestsHandIsAPersons()
+    {
+        Window behind;
+        Window window;
+        window.setModal(true);
+        window.hide();
+        bringUp(window);
+        robot::click(*behind.presses);
+        robot::click(*window.presses);
+        robot::click(*window.edit);
+        robot::write(window, QString("a") + QChar(0x4e00) + QString("B&"));
+        robot::key(window, Qt::Key_Home);
+        robot::key(window, Qt::Key_Z);
+        QCOMPARE(behind.traces() + window.traces(), "01za" + QString(QChar(0x4e00)) + "B&");
+        window.presses->setEnabled(false);
+        robot::click(*window.presses);
+        QCOMPARE(window.presses->text(), QString("1"));
+    }
+
+    void inputDuringAWaitIsForNobody()
+    {
+        Window host;
+        Window window;
+        QString during;
+        expect([&] {
+            QVERIFY(QApplication::overrideCursor());
+            for (const Window* one : {&host, &window})
+                robot::queueClick(*one->presses);
+            robot::queueKey(Qt::Key_X, "x");
+        });
+        const auto wait = [&] {
+            const bool done = request();
+            during = host.traces() + window.traces();
+            return done;
+        };
+        QCOMPARE(callPlatform(&window, "Waiting", wait), Outcome::Done);
+        QCOMPARE(during, QString("00"));
+        QCoreApplication::processEvents();
+        QCOMPARE(host.traces() + window.traces(), QString("00"));
+        // What comes after it is for the window again, and the focus is where it was.
+        robot::key(window, Qt::Key_Y);
+        robot::click(*window.presses);
+        QCOMPARE(window.traces(), QString("1y"));
+    }
+
+    void aWaitWithinAWaitEndsNothingButItself()
+    {
+        Window window;
+        const auto waits = [&] {
+            return !window.edit->isEnabled() && QApplication::overrideCursor()
+                && window.findChild<WindowNote*>();
+        };
+        expect([&] {
+            fixture->expect("GET", target, granted);
+            QCOMPARE(callPlatform(&window, "Inner", request), Outcome::Done);
+            QVERIFY(waits());
+        });
+        QCOMPARE(callPlatform(&window, "Outer", request), Outcome::Done);
+        QVERIFY(!waits() && window.edit->hasFocus());
+    }
+
+    void aWaitTellsWhetherItsWindowIsStillThere_data() { endingRows(); }
+
+    void aWaitTellsWhetherItsWindowIsStillThere()
+    {
+        QFETCH(int, ending);
+        const QPointer<Window> window(new Window);
+        inEventLoop([&] {
+            fixture->expectAndHold("GET", target, refusal, [&] { happen(ending, window); });
+            QCOMPARE(callPlatform(window, "Waiting", request),
+                ending == Stays ? Outcome::Refused : Outcome::Abandoned);
+            const auto never = [] { return !QTest::qVerify(false, "asked", "", __FILE__, __LINE__); };
+            if (ending == Quits)
+                QCOMPARE(callPlatform(window, "Waiting", never), Outcome::Abandoned);
+            if (ending != Stays)
+                return;
+            QPointer<QWidget> part(new QWidget(window));
+            fixture->expectAndHold("GET", target, granted, [&] { delete part; });
+            QCOMPARE(callPlatform(part, "Waiting", request), Outcome::Abandoned);
+        });
+        delete window;
+    }
+
+    void aBoxTellsWhetherItsWindowIsStillThere_data() { endingRows(); }
+
+    void aBoxTellsWhetherItsWindowIsStillThere()
+    {
+        QFETCH(int, ending);
+        const QPointer<Window> window(new Window);
+        inEventLoop([&] {
+            const bool goesOn = ending == Stays;
+            const auto look = [&] { happen(ending, window); };
+            fixture->boxes().expectPrompt("<i>text</i>", look);
+            QCOMPARE(showBox(QMessageBox::Information, window, "Prompt", "<i>text</i>"), goesOn);
+            if (ending == Quits) // and none comes up any more
+                QVERIFY(!showBox(QMessageBox::Information, window, "Prompt", "text"));
+            QCOMPARE(QApplication::activeModalWidget(), nullptr);
+            if (ending == Quits || !window)
+                return;
+            fixture->boxes().expect({QMessageBox::Question, "Prompt", "<i>text</i>",
+                QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok});
+            QVERIFY(askBox(QMessageBox::Question, window, "Prompt", "<i>text</i>"));
+        });
+        delete window;
+    }
+
+    void aSubDialogTellsWhetherItsParentIsStillThere_data() { endingRows(); }
+
+    void aSubDialogTellsWhetherItsParentIsStillThere()
+    {
+        QFETCH(int, ending);
+        const QPointer<Window> window(new Window);
+        inEventLoop([&] {
+            QPointer<QDialog> shown;
+            QTimer poll;
+            connect(&poll, &QTimer::timeout, [&] {
+                if (!(shown = qobject_cast<QDialog*>(QApplication::activeModalWidget())))
+                    return;
+                poll.stop();
+                happen(ending, window);
+                if (shown && ending != Quits) // which ends it
+                    shown->accept();
+            });
+            poll.start(1);
+            {
+                ScopedDialog<QDialog> dialog(window);
+                QCOMPARE(ending == Quits ? dialog.run() : dialog.accepted(), ending == Stays);
+            }
+            QVERIFY(!shown);
+            if (ending != Stays || !window)
+                return;
+            ScopedDialog<QDialog> late(window);
+            window->close();
+            QTimer::singleShot(0, window, [] {
+                if (QWidget* unexpected = QApplication::activeModalWidget())
+                    unexpected->close();
+            });
+            QVERIFY(!late.run() && !late->testAttribute(Qt::WA_WState_Created));
+        });
+        delete window;
+    }
+
+    void aNoteFollowsItsWindow()
+    {
+        const QString text = "<i>A text</i> that is longer than a narrow window, and is cut there";
+        Window window;
+        auto* part = new QWidget(&window);
+        part->show();
+        const WindowNote onWindow(&window, text);
+        const WindowNote onPart(&window, text, part);
+        for (const QRect& room :
+            {QRect(0, 0, 1200, 300), QRect(10, 20, 250, 400), QRect(90, 70, 1200, 200)}) {
+            window.resize(room.size());
+            part->setGeometry(room);
+            QCoreApplication::processEvents();
+            const QPair<const WindowNote*, QRect> notes[]{{&onWindow, window.rect()}, {&onPart, room}};
+            for (const auto& [note, ground] : notes) {
+                QVERIFY(note->isVisible() && ground.contains(note->geometry()));
+                QVERIFY(qAbs(note->geometry().center().x() - ground.center().x()) <= 1);
+                QVERIFY(ground.bottom() - note->geometry().bottom() < note->height());
+                QCOMPARE(note->text().contains(QChar(0x2026)), room.width() < 1000);
+                QCOMPARE(note->text() == text, room.width() > 1000);
+                // The platform may have written it.
+                QCOMPARE(note->textFormat(), Qt::PlainText);
+                QVERIFY(note->toolTip().contains(text.toHtmlEscaped()));
+            }
+        }
+    }
+
+private:
+    const QByteArray target = "/admin/mobile/1";
+    const std::function<bool()> request = [] { return CloudAccountLogin::instance()->mobileVerify("1"); };
+
+    void expect(const std::function<void()>& meanwhile)
+    {
+        fixture->expectAndHold("GET", target, granted, meanwhile);
+    }
+};
+
+QTEST_MAIN(TestDialogMachinery)
+#include "tst_dialogmachinery.moc"
