@@ -8,6 +8,7 @@ tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp ui/account/DialogFixture
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)
+tav_test(tst_lifetimes ui/tst_lifetimes.cpp ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
 foreach(name IN ITEMS clouddialogs cloudspace sharetab)
     tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp
         ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
