@@ -44,10 +44,10 @@ void tellReason(Window* window, const SessionAnswer& answer,
 /// The end of a dialog's request: told and accepted when it was done, told why when it was refused. \a dialog
 /// is not looked at when the request was abandoned.
 template <class AccountDialog>
-void conclude(AccountDialog* dialog, const SessionAnswer& answer, const QString& success)
+void conclude(AccountDialog* dialog, const SessionAnswer& answer, const QString& doneText)
 {
     if (answer.outcome == Outcome::Refused)
         tellReason(dialog, answer, QMessageBox::Critical, errorTitle);
-    if (answer.outcome == Outcome::Done && inform(dialog, success))
+    if (answer.outcome == Outcome::Done && inform(dialog, doneText))
         dialog->accept();
 }
