@@ -10,7 +10,7 @@
 #include <QTextDocumentFragment>
 
 namespace {
-constexpr int pollMs = 5;
+constexpr int pollMs = 1;
 constexpr char seenProperty[] = "seenByScript";
 
 QString named(QMessageBox::StandardButtons buttons)

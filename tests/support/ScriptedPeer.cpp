@@ -364,7 +364,7 @@ void ScriptedPeer::acceptClients()
 {
     pollfd door{listener, POLLIN, 0};
     while (!stopping) {
-        if (::poll(&door, 1, 5) == 0) {
+        if (::poll(&door, 1, 1) == 0) {
             const std::lock_guard lock(mutex);
             ++emptyRounds;
             changed.notify_all();

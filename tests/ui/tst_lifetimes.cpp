@@ -34,7 +34,7 @@ using Act = std::function<void(QDialog&)>;
 enum GoesOn
 {
     Never,
-    WhenClosed, ///< it is part of one operation, which is not left half done
+    UnlessQuitting, ///< it is part of one operation, which is not left half done
     Anyway ///< the client finishes what it was asked for
 };
 
@@ -85,7 +85,7 @@ Steps get(const QString& target, const QByteArray& answer = success, GoesOn goes
 Steps later(Steps steps)
 {
     for (Step& step : steps)
-        step.goesOn = WhenClosed;
+        step.goesOn = UnlessQuitting;
     return steps;
 }
 
@@ -183,7 +183,7 @@ const Flow addressBook{"address book",
     {presses("Add"), selects("13", "Edit"), selects("13", "Delete")},
     friends + opens("Add", {fills({{"Account", "14"}}, "OK")}) + addsFriend + friends
         + opens("Change", {presses("OK")}) + friends + asks("DELETE", book + "delete?id=5")
-        + asks("POST", book + "add", success, WhenClosed) + friends + box("Confirm deletion?") + friends
+        + asks("POST", book + "add", success, UnlessQuitting) + friends + box("Confirm deletion?") + friends
         + asks("DELETE", book + "delete?id=5") + friends};
 
 const QString users = "/project/cloudProjectGroupUser/";
@@ -208,9 +208,9 @@ const Flow groups{"groups",
         + asks("POST", "/project/cloudProjectGroup/saveOrUpdate") + box("Create group successfully!") + list
         + members + members + asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E") + list + members + members
         + box("Do you want to delete this group?") + members
-        + asks("DELETE", kick + "me", success, WhenClosed)
-        + asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E", success, WhenClosed)
-        + asks("DELETE", "/project/cloudProjectGroup/delete?id=7", success, WhenClosed)
+        + asks("DELETE", kick + "me", success, UnlessQuitting)
+        + asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E", success, UnlessQuitting)
+        + asks("DELETE", "/project/cloudProjectGroup/delete?id=7", success, UnlessQuitting)
         + box("Delete successfully!") + list + members};
 
 const Steps projects = get("/project/cloudProjectBackup/getProjectList?sourceClient=Soft",
@@ -423,7 +423,7 @@ private:
     bool goesOn(int i) const
     {
         const GoesOn how = flow.steps[i].goesOn;
-        return how == Anyway || (how == WhenClosed && ending == Closed);
+        return how == Anyway || (how == UnlessQuitting && ending != Quits);
     }
 
     /// The user of a window that went while he did something goes on with nothing.

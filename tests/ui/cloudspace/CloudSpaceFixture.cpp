@@ -63,7 +63,7 @@ void CloudSpaceFixture::whenOpened(const QString& title, const std::function<voi
         if (dialog)
             dialog->close();
     });
-    poll->start(5);
+    poll->start(1);
 }
 
 void CloudSpaceFixture::whenAsked(const QString& title, const QString& path)
