@@ -12,25 +12,6 @@ const QByteArray clientCredential = "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ="
 const QByteArray boundary = "boundary_of_tests";
 constexpr int startTimeout = 20000;
 
-Answer toAnswer(const httplib::Result& result)
-{
-    if (!result)
-        return {};
-    return {result->status, QByteArray::fromStdString(result->body)};
-}
-
-Answer send(const Client& client,
-    const std::function<httplib::Result(httplib::Client&, const httplib::Headers&)>& request)
-{
-    httplib::Client http("127.0.0.1", client.port());
-    http.set_url_encode(false);
-    http.set_read_timeout(30);
-    httplib::Headers headers;
-    if (!client.authorization().isEmpty())
-        headers.emplace("Authorization", client.authorization().toStdString());
-    return toAnswer(request(http, headers));
-}
-
 } // namespace
 
 QJsonObject Answer::json() const
@@ -44,26 +25,21 @@ Client::Client(int port, const QByteArray& authorization)
 {
 }
 
-Answer Client::get(const QByteArray& path) const
+Answer Client::send(
+    const char* method, const QByteArray& path, const QByteArray& body, const FormFields& headers) const
 {
-    return send(
-        *this, [&](auto& http, const auto& headers) { return http.Get(path.toStdString(), headers); });
-}
-
-Answer Client::del(const QByteArray& path) const
-{
-    return send(
-        *this, [&](auto& http, const auto& headers) { return http.Delete(path.toStdString(), headers); });
-}
-
-Answer Client::post(const QByteArray& path, const QByteArray& body, const QByteArray& type,
-    const FormFields& moreHeaders) const
-{
-    return send(*this, [&](auto& http, httplib::Headers headers) {
-        for (const auto& [name, value] : moreHeaders)
-            headers.emplace(name.toStdString(), value.toStdString());
-        return http.Post(path.toStdString(), headers, body.toStdString(), type.toStdString());
-    });
+    httplib::Client http("127.0.0.1", m_port);
+    http.set_url_encode(false);
+    http.set_read_timeout(30);
+    httplib::Request request;
+    request.method = method;
+    request.path = path.toStdString();
+    request.body = body.toStdString();
+    for (const auto& [name, value] : headers + FormFields{{"Authorization", m_authorization}})
+        if (!value.isEmpty())
+            request.set_header(name.toStdString(), value.toStdString());
+    const httplib::Result result = http.send(request);
+    return result ? Answer{result->status, QByteArray::fromStdString(result->body)} : Answer();
 }
 
 Answer Client::postForm(const QByteArray& path, const FormFields& fields) const

@@ -32,18 +32,23 @@ class Client
 public:
     explicit Client(int port, const QByteArray& authorization = {});
 
-    Answer get(const QByteArray& path) const;
-    Answer del(const QByteArray& path) const;
+    Answer get(const QByteArray& path) const { return send("GET", path); }
+    Answer del(const QByteArray& path) const { return send("DELETE", path); }
     Answer post(const QByteArray& path, const QByteArray& body = {}, const QByteArray& type = {},
-        const FormFields& moreHeaders = {}) const;
+        const FormFields& moreHeaders = {}) const
+    {
+        return send("POST", path, body, moreHeaders + FormFields{{"Content-Type", type}});
+    }
     Answer postForm(const QByteArray& path, const FormFields& fields) const;
     Answer upload(const QByteArray& path, const FormFields& fields, const QByteArray& fileName,
         const QByteArray& content) const;
 
     QByteArray authorization() const { return m_authorization; }
-    int port() const { return m_port; }
 
 private:
+    Answer send(const char* method, const QByteArray& path, const QByteArray& body = {},
+        const FormFields& headers = {}) const;
+
     int m_port;
     QByteArray m_authorization;
 };

@@ -86,6 +86,7 @@ private slots:
 
     void manyClientsAtOnce()
     {
+        const QByteArray path = "/project/cloudProjectShare/download?logicalId=";
         std::atomic<int> good{0};
         std::vector<std::thread> clients(200);
         for (int i = 0; i < 200; ++i)
@@ -93,9 +94,7 @@ private slots:
                 const Client client = m_platform.signedIn("alice");
                 const QByteArray content = QByteArray::number(i) + QByteArray(100000, 'x');
                 const QByteArray file = uploadSharedFile(client, addProject(client), "x.dwg", content);
-                good += client.get("/project/cloudProjectShare/download?logicalId=" + file).body == content
-                    ? 1
-                    : 0;
+                good += client.get(path + file).body == content;
             });
         for (std::thread& client : clients)
             client.join();
@@ -107,18 +106,21 @@ private slots:
         QTest::addColumn<QStringList>("options");
         QTest::addColumn<QString>("reason");
 
+        const auto row = [](const char* name, const QStringList& options, const QString& reason) {
+            QTest::newRow(name) << options << reason;
+        };
+        const QString any = "127.0.0.1:0";
         const QString own = "127.0.0.1:" + QString::number(m_platform.port());
-        const QString data = m_platform.data() + "/another";
-        const QString none = m_platform.data() + "/lock";
-        QTest::newRow("port in use") << QStringList{"--listen", own, "--data", data}
-                                     << "Cannot listen at " + own;
-        QTest::newRow("data in use") << QStringList{"--listen", "127.0.0.1:0", "--data", m_platform.data()}
-                                     << "in use by another platform";
-        QTest::newRow("certificate is none") << QStringList{"--listen", "127.0.0.1:0", "--data", data,
-            "--tls-certificate", none, "--tls-key", none}
-                                             << "TLS certificate";
-        QTest::newRow("short key") << QStringList{"--cipher-key", "short"} << "16 bytes";
-        QTest::newRow("unknown option") << QStringList{"--nonsense"} << "--nonsense";
+        const QString data = m_platform.data();
+        const QString other = data + "/another";
+        const QString none = data + "/lock";
+        row("port in use", {"--listen", own, "--data", other}, "Cannot listen at " + own);
+        row("data in use", {"--listen", any, "--data", data}, "in use by another platform");
+        row("certificate is none",
+            {"--listen", any, "--data", other, "--tls-certificate", none, "--tls-key", none},
+            "TLS certificate");
+        row("short key", {"--cipher-key", "short"}, "16 bytes");
+        row("unknown option", {"--nonsense"}, "--nonsense");
     }
 
     void startsThatCannotSucceed()

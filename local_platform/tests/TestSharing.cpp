@@ -83,20 +83,6 @@ private slots:
         QCOMPARE(download(m_platform.signedIn("bob"), file).body, QByteArray("the bridge"));
     }
 
-    void shareWithAccounts()
-    {
-        const Client alice = m_platform.signedIn("alice");
-        const QByteArray project = addProject(alice, "Tower");
-        const QByteArray first = uploadSharedFile(alice, project, "1.dwg", "one");
-        const QByteArray second = uploadSharedFile(alice, project, "2.dwg", "two");
-        const FormFields form = shareForm(project, first + "," + second, {{"userNames", "bob,alice"}});
-        QVERIFY(alice.postForm(base + "toUSer", form).ok());
-        const Client bob = m_platform.signedIn("bob");
-        QCOMPARE(filesOf(bob, project).count(), 2);
-        QCOMPARE(download(bob, second).body, QByteArray("two"));
-        QCOMPARE(download(m_platform.signedIn("carol"), second).status, 404);
-    }
-
     void shareWithGroup()
     {
         const Client alice = m_platform.signedIn("alice");
@@ -152,7 +138,7 @@ private slots:
         row("no hours", "toAnonymous", {{"durationHours", "0"}}, hours);
         row("overflow", "toAnonymous", {{"durationHours", "99999999999999999999999"}}, hours);
         row("no file", "toAnonymous", {{"logicalIds", " ,"}}, "There is no file to share");
-        row("one unknown of two", "toUSer", {{"logicalIds", "FILE,999999"}}, "The file does not exist");
+        row("another's file", "toUSer", {{"logicalIds", "FILE,ANOTHERS"}}, "The file does not exist");
         row("unknown account", "toUSer", {{"userNames", "bob,nobody"}}, "The account nobody does not exist");
         row("unknown group", "toGroup", {}, "The group does not exist");
     }
@@ -165,15 +151,16 @@ private slots:
         const Client alice = m_platform.signedIn("alice");
         const QByteArray project = addProject(alice);
         const QByteArray file = uploadSharedFile(alice, project, "x.dwg", "x");
+        const Client bob = m_platform.signedIn("bob");
+        const QByteArray anothers = uploadSharedFile(bob, addProject(bob), "y.dwg", "y");
         for (auto& field : change)
-            field.second.replace("FILE", file);
+            field.second.replace("FILE", file).replace("ANOTHERS", anothers);
         // The first field of a name counts.
         const Answer answer = alice.postForm(
             base + path, change + shareForm(project, file, {{"userNames", "bob"}, {"groupId", "999999"}}));
         QCOMPARE(answer.msg(), msg);
         QVERIFY(answer.status >= 400 && answer.code() != 0);
-        QVERIFY2(download(m_platform.signedIn("bob"), file).status == 404,
-            "a refused share gives nothing to anybody");
+        QVERIFY2(download(bob, file).status == 404, "a refused share gives nothing to anybody");
     }
 
     void targetSoftware()
@@ -183,7 +170,7 @@ private slots:
         const QByteArray project = addProject(alice, "For some", "SoftT");
         const auto share = [&](const QByteArray& type) {
             const QByteArray file = uploadSharedFile(alice, project, "x" + type, "x", type);
-            alice.postForm(base + "toUSer", shareForm(project, file, {{"userNames", "bob"}}));
+            alice.postForm(base + "toUSer", shareForm(project, file, {{"userNames", "alice,bob"}}));
         };
         share("71");
         QCOMPARE(projectsFor(bob, "SoftT", "SoftV").count(), 1);
@@ -201,7 +188,10 @@ private slots:
 
     void hostileNames()
     {
+        const QByteArray content("x\0\r\n--boundary", 14);
         const QPair<QByteArray, QString> names[]{
+            {"", "file"},
+            {QByteArray(5000, 'x'), QString(5000, 'x')},
             {"\xe6\xb5\x8b\xe9\x87\x8f.dwg", "测量.dwg"},
             {"../../x.dwg", "x.dwg"},
             {"C:\\x\\y.dwg", "y.dwg"},
@@ -211,9 +201,9 @@ private slots:
         const Client alice = m_platform.signedIn("alice");
         for (const auto& [sent, told] : names) {
             const QByteArray project = addProject(alice);
-            const QByteArray file = uploadSharedFile(alice, project, sent, "x");
+            const QByteArray file = uploadSharedFile(alice, project, sent, content);
             QCOMPARE(filesOf(alice, project).item(0).value("originalName").toString(), told);
-            QCOMPARE(download(alice, file).body, QByteArray("x"));
+            QCOMPARE(download(alice, file).body, content);
         }
     }
 
