@@ -18,9 +18,6 @@ enum Direction
     ToDgn
 };
 
-Q_DECLARE_METATYPE(Behaviour)
-Q_DECLARE_METATYPE(Direction)
-
 namespace {
 const QByteArray old = "the old file";
 const QString earlier = QStringLiteral("an earlier text");
@@ -98,129 +95,112 @@ private slots:
         setPlatformAddress(peer->address());
     }
 
-    void convertsByteForByte_data()
-    {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<Direction>("direction");
-        for (const int size : {0, 1, 2, block, 2 * block + 2})
-            for (const auto direction : {ToDwg, ToDgn})
-                QTest::addRow("%d bytes, %s", size, operationOf(direction).constData()) << size << direction;
-    }
-
     void convertsByteForByte()
     {
-        QFETCH(int, size);
-        QFETCH(Direction, direction);
-        const QByteArray drawing = pattern(size);
-        const QByteArray result = "converted" + drawing.toUpper();
-        write("in.dgn", drawing);
-        expect(behaviour::answer(answerWith(direction, result.toBase64())));
-        const Conversion done = convert(direction, "in.dgn", "out/in.dwg");
-        QVERIFY(done.ok && done.error == earlier && logged.isEmpty());
-        QVERIFY(read("out/in.dwg") == result);
-        QVERIFY(read("in.dgn") == drawing);
+        for (const int size : {0, 1, 2, block, 2 * block + 2})
+            for (const auto direction : {ToDwg, ToDgn}) {
+                const QByteArray drawing = pattern(size);
+                const QByteArray result = "converted" + drawing.toUpper();
+                write("in.dgn", drawing);
+                expect(behaviour::answer(answerWith(direction, result.toBase64())));
+                const Conversion done = convert(direction, "in.dgn", "out/in.dwg");
+                QVERIFY(done.ok && done.error == earlier && logged.isEmpty());
+                QVERIFY2(read("out/in.dwg") == result, QByteArray::number(size));
+                QVERIFY(read("in.dgn") == drawing);
 
-        const RecordedRequest request = peer->onlyRequest();
-        QVERIFY(request.body == requestFor(direction, drawing));
-        QCOMPARE(request.header("Content-Type"), QByteArray("text/xml; charset=utf-8"));
-        QCOMPARE(request.header("SOAPAction"), "http://tempuri.org/" + operationOf(direction));
-        QVERIFY(request.values("Authorization").isEmpty());
-    }
-
-    void writesWhereItIsTold_data()
-    {
-        QTest::addColumn<Direction>("direction");
-        QTest::addColumn<QString>("in");
-        QTest::addColumn<QString>("out");
-        QTest::addColumn<QString>("written"); // "%" is the absolute path of the folder
-        const auto row = [](const char* in, const char* out, const char* written,
-                             Direction direction = ToDwg) {
-            QTest::addRow("%s to %s", in, out) << direction << in << out << written;
-        };
-        row("x.dgn", "", "x.dwg");
-        row("a.dgn.d/x.dgn.dgn", "", "a.dwg.d/x.dwg.dwg");
-        row("X.DGN", "", "X.DGN");
-        row("drawing", "", "drawing");
-        row("x.v8.dgn", "out/any.dwg", "%/out/x.dwg");
-        row("图 1.dgn", "%/out/", "%/out/图 1.dwg");
-        row("a.dgn.d/x.dgn", "other.dwg", "%/x.dwg");
-        row("x.dwg", "out/y", "out/y", ToDgn);
-        row("x.dwg", "x.dwg", "x.dwg", ToDgn);
+                const RecordedRequest request = peer->requests().last();
+                QVERIFY(request.body == requestFor(direction, drawing));
+                QCOMPARE(request.header("Content-Type"), QByteArray("text/xml; charset=utf-8"));
+                QCOMPARE(request.header("SOAPAction"), "http://tempuri.org/" + operationOf(direction));
+                QVERIFY(request.values("Authorization").isEmpty());
+            }
     }
 
     void writesWhereItIsTold()
     {
-        QFETCH(Direction, direction);
-        QFETCH(QString, in);
-        QFETCH(QString, out);
-        QFETCH(QString, written);
-        write(in, "drawing");
-        expect(behaviour::answer(answerWith(direction, "bmV3")));
-        const Conversion done = convert(direction, in, out.replace('%', folder->path()));
-        QVERIFY2(done.ok, qPrintable(done.error));
-        QCOMPARE(done.path, written.replace('%', folder->path()));
-        QCOMPARE(read(done.path), QByteArray("new"));
-        QCOMPARE(filesHere(), done.path == in ? 1 : 2);
+        const struct
+        {
+            QString in;
+            QString out;
+            QString written; // "%" is the absolute path of the folder
+            Direction direction = ToDwg;
+        } rows[]{
+            {"x.dgn", "", "x.dwg"},
+            {"a.dgn.d/x.dgn.dgn", "", "a.dwg.d/x.dwg.dwg"},
+            {"X.DGN", "", "X.DGN"},
+            {"drawing", "", "drawing"},
+            {"x.v8.dgn", "out/any.dwg", "%/out/x.dwg"},
+            {"图 1.dgn", "%/out/", "%/out/图 1.dwg"},
+            {"a.dgn.d/x.dgn", "other.dwg", "%/x.dwg"},
+            {"x.dwg", "out/y", "out/y", ToDgn},
+            {"x.dwg", "x.dwg", "x.dwg", ToDgn},
+        };
+        for (auto [in, out, written, direction] : rows) {
+            cleanup();
+            init();
+            write(in, "drawing");
+            expect(behaviour::answer(answerWith(direction, "bmV3")));
+            const Conversion done = convert(direction, in, out.replace('%', folder->path()));
+            QVERIFY2(done.ok, qPrintable(done.error));
+            QCOMPARE(done.path, written.replace('%', folder->path()));
+            QCOMPARE(read(done.path), QByteArray("new"));
+            QCOMPARE(filesHere(), done.path == in ? 1 : 2);
+        }
     }
 
-    void takesTheRightFileOrNone_data()
+    void takesTheRightFileOrNone()
     {
-        QTest::addColumn<Behaviour>("behave");
-        QTest::addColumn<QByteArray>("result"); // null: it fails
-        const auto row = [](const char* title, const QByteArray& reply, const QByteArray& result,
-                             int status = 200) {
-            QTest::newRow(title) << behaviour::answer(reply, status) << result;
-        };
         const auto text = [](const QByteArray& base64) { return answerWith(ToDwg, base64); };
         const auto tagged = [](const QByteArray& opening, const QByteArray& closing) {
             return "<r>\n<" + opening + ">QUJD</" + closing + ">\n</r>";
         };
         const QByteArray name = "ConDgn2DwgResult";
         const QByteArray none;
-        row("a namespace prefix", tagged("ns:" + name, "ns:" + name), "ABC");
-        row("attributes", tagged(name + " xmlns=\"http://tempuri.org/\" a='1'", name), "ABC");
-        row("space before the end of a tag", tagged(name + " ", name + " "), "ABC");
-        row("line breaks", text("QU\r\nJD\nREVG\r\n"), "ABCDEF");
-        row("two paddings", text("QQ=="), "A");
-        row("an error status with a result", text("QUJD"), "ABC", 500);
-        row("blank result", text(" \r\n "), none);
-        row("SOAP fault that quotes the element",
-            "<faultstring>no " + name + " for QUJD " + name + "</faultstring>", none, 500);
-        row("cut within the end tag", tagged(name, name).chopped(8), none);
-        row("padding missing", text("QUI"), none);
-        row("one character too many", text("QUJDR"), none);
-        row("padding inside", text("QQ==QUJD"), none);
-        row("URL alphabet", text("-_-_"), none);
-        row("an element in it", text("<file>QUJD</file>"), none);
-        QTest::newRow("cut by the connection")
-            << behaviour::closeAfter(behaviour::response(text("QUJDREVG")).chopped(90)) << none;
-    }
-
-    void takesTheRightFileOrNone()
-    {
-        QFETCH(Behaviour, behave);
-        QFETCH(QByteArray, result);
+        const struct
+        {
+            QByteArray reply;
+            QByteArray result; // null: it fails
+            int status = 200;
+        } rows[]{
+            {tagged("ns:" + name, "ns:" + name), "ABC"},
+            {"<ConDwg2DgnResult>REVG</ConDwg2DgnResult>" + tagged(name, name), "ABC"},
+            {tagged(name + " xmlns=\"http://tempuri.org/\" a='1'", name), "ABC"},
+            {tagged(name + " ", name + " "), "ABC"},
+            {text("QU\r\nJD\nREVG\r\n"), "ABCDEF"},
+            {text("QQ=="), "A"},
+            {text("QUJD"), "ABC", 500},
+            {text(" \r\n "), none},
+            {"<faultstring>no " + name + " for QUJD " + name + "</faultstring>", none, 500},
+            {"<r><" + name + "/></r>", none},
+            {tagged(name, name).chopped(8), none},
+            {text("QUI"), none}, // padding missing
+            {text("QUJDR"), none},
+            {text("QQ==QUJD"), none},
+            {text("-_-_"), none}, // the alphabet of addresses
+            {text("<file>QUJD</file>"), none},
+        };
         write("in.dgn", "drawing");
-        write("out/in.dwg", old);
-        expect(behave);
-        const Conversion done = convert(ToDwg, "in.dgn", "out/x");
-        QCOMPARE(done.ok, !result.isNull());
-        QCOMPARE(done.error, done.ok ? earlier : replyUnusable());
-        QCOMPARE(done.path, done.ok ? folder->path() + "/out/in.dwg" : QString("in.dgn"));
-        QCOMPARE(read("out/in.dwg"), done.ok ? result : old);
-        QCOMPARE(filesHere(), 2);
-        QVERIFY(logged.isEmpty());
+        for (const auto& [reply, result, status] : rows) {
+            write("out/in.dwg", old);
+            expect(behaviour::answer(reply, status));
+            const Conversion done = convert(ToDwg, "in.dgn", "out/x");
+            QVERIFY2(done.ok == !result.isNull(), reply);
+            QCOMPARE(done.error, done.ok ? earlier : replyUnusable());
+            QCOMPARE(done.path, done.ok ? folder->path() + "/out/in.dwg" : QString("in.dgn"));
+            QCOMPARE(read("out/in.dwg"), done.ok ? result : old);
+            QCOMPARE(filesHere(), 2);
+            QVERIFY(logged.isEmpty());
+        }
     }
 
     void aFailureOfTheOtherWayIsLogged()
     {
-        write("in.dwg", "drawing");
         expect(behaviour::answer("<soap:Fault/>", 500));
         const Conversion done = convert(ToDgn, "in.dwg", "out.dgn");
         QVERIFY(!done.ok && done.error == replyUnusable());
         QCOMPARE(lastConversionFailure(), CloudFailure::NotConverted);
         QCOMPARE(logged, QStringList("0:" + replyUnusable()));
-        QVERIFY(!QFile::exists("out.dgn"));
+        QCOMPARE(filesHere(), 0);
     }
 
     void anUnreadableDrawingIsSentAsNothing()

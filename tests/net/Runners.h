@@ -60,23 +60,17 @@ inline Runner postingSoap(const QByteArray& body)
 {
     return {"httpPostSoap", "POST", [body](auto& result, auto& error, auto url, auto headers, double ms) {
                 QByteArray text;
-                if (!httpPostSoap(text, error, url, headers, body, ms))
-                    return false;
-                result = {{"soap", text}};
-                return true;
+                const bool ok = httpPostSoap(text, error, url, headers, body, ms);
+                if (ok)
+                    result = {{"soap", text}};
+                return ok;
             }};
 }
 
-/// The downloaded bytes are put under "file".
 inline Runner downloading(const QString& savePath)
 {
     return {"httpGetToFile", "GET", [savePath](auto& result, auto& error, auto url, auto headers, double ms) {
-                if (!httpGetToFile(result, error, url, savePath, headers, ms))
-                    return false;
-                QFile file(savePath);
-                file.open(QIODevice::ReadOnly);
-                result = {{"file", file.readAll()}};
-                return true;
+                return httpGetToFile(result, error, url, savePath, headers, ms);
             }};
 }
 

@@ -12,9 +12,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-Q_DECLARE_METATYPE(Behaviour)
-Q_DECLARE_METATYPE(CloudFailure)
-
 namespace {
 
 QStringList lines;
@@ -70,14 +67,12 @@ class TestRequestLog : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { qInstallMessageHandler(keepLine); }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
-    void init()
+    void initTestCase()
     {
-        lines.clear();
+        qInstallMessageHandler(keepLine);
         QLoggingCategory::setFilterRules("tav.cloud.debug=true");
     }
+    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
 
     void cleanup() { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); }
 
@@ -93,70 +88,57 @@ private slots:
         }
     }
 
-    void saysWhatHappened_data()
-    {
-        QTest::addColumn<Behaviour>("behave");
-        QTest::addColumn<QString>("line"); // as a pattern
-        const auto row = [](const char* name, const Behaviour& behave, const QString& line) {
-            QTest::newRow(name) << behave << line;
-        };
-        const QString post = ": POST /admin/mobile/\\*: ";
-        row("done", behaviour::answer("{}"),
-            "debug" + post + "200, NoError, 8 bytes sent, 2 received, \\d+ ms");
-        row("refused by the platform", behaviour::answer("{}", 401),
-            "debug" + post + "401, AuthenticationRequiredError, 8 bytes sent, 2 received, \\d+ ms");
-        row("silent", behaviour::silent(), "warning" + post + "no status, .*: no complete reply in time");
-        row("cut", behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{"),
-            "warning" + post + "200, RemoteHostClosedError, 8 bytes sent, 1 received, .*: Connection closed");
-        row("no JSON", behaviour::answer("secret"), "warning" + post + "200, .*the reply could not be used");
-        row("not found", behaviour::answer("secret", 404),
-            "warning" + post + "404, ContentNotFoundError, .*: Error transferring the address - .*");
-    }
-
     void saysWhatHappened()
     {
-        QFETCH(Behaviour, behave);
-        ScriptedPeer peer;
-        peer.expect("POST", "/admin/mobile/(+86)138%200000?x=%22%20%E5%9B%BE%20secret%26", behave);
-        outcomeOf(posting("secret=1"), peer.address() + "/admin/mobile/(+86)138 0000?x=\" 图 secret%26",
-            {{"Authorization", "Bearer secret"}}, 2000);
-        QCOMPARE(lines.size(), 1);
-        QFETCH(QString, line);
-        QVERIFY2(QRegularExpression('^' + line + '$').match(lines[0]).hasMatch(), qPrintable(lines[0]));
-        QVERIFY2(!lines[0].contains("secret") && !lines[0].contains("138"), qPrintable(lines[0]));
-    }
-
-    void saysWhyThereWasNoConnection_data()
-    {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<CloudFailure>("failure");
-        QTest::addColumn<QString>("part");
-        QTest::newRow("refused") << ScriptedPeer::refusedAddress() << CloudFailure::NoConnection
-                                 << "ConnectionRefusedError";
-        QTest::newRow("no such protocol") << "gopher://127.0.0.1" << CloudFailure::Unusable << "gopher";
-        QTest::newRow("not trusted") << "https" << CloudFailure::NotTrusted
-                                     << "(certificate of \"Test peer\", issued by \"Test peer\"";
-        QTest::newRow("proxy") << "proxy" << CloudFailure::NoConnection << "through the proxy 127.0.0.1:";
+        const QString post = ": POST /admin/mobile/\\*: ";
+        const std::pair<Behaviour, QString> ends[]{
+            // and the line as a pattern
+            {behaviour::answer("{}"), "debug" + post + "200, NoError, 8 bytes sent, 2 received, \\d+ ms"},
+            {behaviour::answer("{}", 401),
+                "debug" + post + "401, AuthenticationRequiredError, 8 bytes sent, 2 received, \\d+ ms"},
+            {behaviour::silent(), "warning" + post + "no status, .*: no complete reply in time"},
+            {behaviour::closeAfter("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{"),
+                "warning" + post
+                    + "200, RemoteHostClosedError, 8 bytes sent, 1 received, .*: Connection closed"},
+            {behaviour::answer("secret"), "warning" + post + "200, .*the reply could not be used"},
+            {behaviour::answer("secret", 404),
+                "warning" + post + "404, ContentNotFoundError, .*: Error transferring the address - .*"},
+        };
+        for (const auto& [behave, line] : ends) {
+            lines.clear();
+            ScriptedPeer peer;
+            peer.expect("POST", "/admin/mobile/(+86)138%200000?x=%22%20%E5%9B%BE%20secret%26", behave);
+            outcomeOf(posting("secret=1"), peer.address() + "/admin/mobile/(+86)138 0000?x=\" 图 secret%26",
+                {{"Authorization", "Bearer secret"}}, 2000);
+            QCOMPARE(lines.size(), 1);
+            QVERIFY2(QRegularExpression('^' + line + '$').match(lines[0]).hasMatch(), qPrintable(lines[0]));
+            QVERIFY2(!lines[0].contains("secret") && !lines[0].contains("138"), qPrintable(lines[0]));
+        }
     }
 
     void saysWhyThereWasNoConnection()
     {
-        QFETCH(QString, address);
-        UntrustedPeer untrusted;
-        if (address == "https")
-            address = untrusted.address();
-        if (address == "proxy") {
-            const QUrl nobody(ScriptedPeer::refusedAddress());
-            QNetworkProxy::setApplicationProxy(
-                {QNetworkProxy::HttpProxy, "127.0.0.1", quint16(nobody.port()), "user", "secret"});
-            address = "http://platform.example";
+        const UntrustedPeer untrusted;
+        const QString nobody = ScriptedPeer::refusedAddress();
+        const std::tuple<QString, CloudFailure, QString> ends[]{
+            {nobody, CloudFailure::NoConnection, "ConnectionRefusedError"},
+            {"gopher://127.0.0.1", CloudFailure::Unusable, "gopher"},
+            {untrusted.address(), CloudFailure::NotTrusted,
+                "(certificate of \"Test peer\", issued by \"Test peer\""},
+            {"http://platform.example", CloudFailure::NoConnection, "through the proxy 127.0.0.1:"},
+        };
+        for (const auto& [address, failure, part] : ends) {
+            lines.clear();
+            if (address.contains("example"))
+                QNetworkProxy::setApplicationProxy(
+                    {QNetworkProxy::HttpProxy, "127.0.0.1", quint16(QUrl(nobody).port()), "user", "secret"});
+            QVERIFY(outcomeOf(posting("secret"), address + "/?a secret").failedWith(replyUnusable()));
+            QCOMPARE(lastTransportFailure(), failure);
+            QCOMPARE(lines.size(), 1);
+            QVERIFY2(
+                lines[0].startsWith("warning: POST /: ") && lines[0].contains(part), qPrintable(lines[0]));
+            QVERIFY2(!lines[0].contains("secret"), qPrintable(lines[0]));
         }
-        QVERIFY(outcomeOf(posting("secret"), address + "/?a secret").failedWith(replyUnusable()));
-        QTEST(lastTransportFailure(), "failure");
-        QFETCH(QString, part);
-        QCOMPARE(lines.size(), 1);
-        QVERIFY2(lines[0].startsWith("warning: POST /: ") && lines[0].contains(part), qPrintable(lines[0]));
-        QVERIFY2(!lines[0].contains("secret"), qPrintable(lines[0]));
     }
 
 private:
