@@ -228,59 +228,54 @@ private slots:
         QCOMPARE(session->getLastError(), QString("m"));
     }
 
-    void logsOut_data()
-    {
-        QTest::addColumn<QList<QByteArray>>("replies"); // to check, refresh if the check fails, logout
-        QTest::addColumn<bool>("good");
-        QTest::addColumn<QString>("error");
-        QTest::addColumn<QStringList>("tokens");
-
-        const QStringList first{"A1", "R1"};
-        const QStringList second{"A2", "R2"};
-        const auto row = [](const char* name, const QList<QByteArray>& replies, bool good, const char* error,
-                             const QStringList& tokens) {
-            QTest::newRow(name) << replies << good << QString::fromUtf8(error) << tokens;
-        };
-        row("check passes", {known, R"({"code":0})"}, true, "", first);
-        row("refused", {known, R"({"code":1,"msg":"no"})"}, false, "no", first);
-        row("unusable", {known, "<html>"}, false, "返回值解析失败", first);
-        row("refreshed", {expired, newTokens, "{}"}, true, "invalid_token:Token失效", second);
-        row("check says nothing", {"{}", newTokens, "{}"}, true, ":", second);
-        row("check unusable", {"<html>", newTokens, "{}"}, true, "返回值解析失败", second);
-        row("refresh refused", {expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again",
-            first);
-        row("refresh unusable", {expired, "1"}, false, "返回值解析失败", first);
-    }
-
     void logsOut()
     {
-        QFETCH(QList<QByteArray>, replies);
-        QFETCH(bool, good);
-        QFETCH(QStringList, tokens);
-        signIn();
-        const bool refreshes = replies[0] != known;
-        peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(replies[0]));
-        if (refreshes)
-            peer->expect("POST", "/auth/oauth/token?grant_type=refresh_token", behaviour::answer(replies[1]));
-        const bool sends = replies.size() == (refreshes ? 3 : 2);
-        if (sends)
-            peer->expect("DELETE", "/auth/token/logout", behaviour::answer(replies.last()));
-        const int before = peer->requests().size();
-        QCOMPARE(session->logout(), good);
-        QTEST(session->getLastError(), "error");
-        QCOMPARE(session->getLoginState(), !good);
-        QVERIFY(!good || !session->logout()); // nobody is signed in any more
-        QCOMPARE(stateOf(*session), QStringList({"user", "server-name"}) + tokens);
+        const QStringList first{"A1", "R1"};
+        const QStringList second{"A2", "R2"};
+        const struct
+        {
+            QList<QByteArray> replies; // to check, refresh if the check fails, logout
+            bool good;
+            QString error;
+            QStringList tokens;
+        } rows[]{
+            {{known, R"({"code":0})"}, true, "", first},
+            {{known, R"({"code":1,"msg":"no"})"}, false, "no", first},
+            {{known, "<html>"}, false, replyUnusable(), first},
+            {{expired, newTokens, "{}"}, true, "invalid_token:Token失效", second},
+            {{"{}", newTokens, "{}"}, true, ":", second},
+            {{"<html>", newTokens, "{}"}, true, replyUnusable(), second},
+            {{expired, R"({"code":1,"msg":"sign in again"})"}, false, "sign in again", first},
+            {{expired, "1"}, false, replyUnusable(), first},
+        };
+        for (const auto& [replies, good, error, tokens] : rows) {
+            init();
+            signIn();
+            const bool refreshes = replies[0] != known;
+            const bool sends = replies.size() == (refreshes ? 3 : 2);
+            peer->expect("POST", "/auth/oauth/check_token", behaviour::answer(replies[0]));
+            if (refreshes)
+                peer->expect(
+                    "POST", "/auth/oauth/token?grant_type=refresh_token", behaviour::answer(replies[1]));
+            if (sends)
+                peer->expect("DELETE", "/auth/token/logout", behaviour::answer(replies.last()));
+            const int before = peer->requests().size();
+            QCOMPARE(session->logout(), good);
+            QCOMPARE(session->getLastError(), error);
+            QCOMPARE(session->getLoginState(), !good);
+            QVERIFY(!good || !session->logout()); // nobody is signed in any more
+            QCOMPARE(stateOf(*session), QStringList({"user", "server-name"}) + tokens);
 
-        const QVector<RecordedRequest> sent = peer->requests().mid(before);
-        QCOMPARE(sent[0].body, QByteArray("token=A1"));
-        QCOMPARE(sent[0].header("Authorization"), clientCredential().toUtf8());
-        if (refreshes) {
-            QCOMPARE(sent[1].body, QByteArray("refresh_token=R1&scope=server"));
-            QCOMPARE(sent[1].header("Authorization"), refreshBearer().toUtf8());
+            const QVector<RecordedRequest> sent = peer->requests().mid(before);
+            QCOMPARE(sent[0].body, QByteArray("token=A1"));
+            QCOMPARE(sent[0].header("Authorization"), clientCredential().toUtf8());
+            if (refreshes) {
+                QCOMPARE(sent[1].body, QByteArray("refresh_token=R1&scope=server"));
+                QCOMPARE(sent[1].header("Authorization"), refreshBearer().toUtf8());
+            }
+            if (sends)
+                QCOMPARE(sent.last().header("Authorization"), "Bearer " + tokens[0].toUtf8());
         }
-        if (sends)
-            QCOMPARE(sent.last().header("Authorization"), "Bearer " + tokens[0].toUtf8());
     }
 
     void cleanup() { peer->settle(); }

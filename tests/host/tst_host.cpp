@@ -98,49 +98,45 @@ private slots:
         QCOMPARE(process.readAllStandardOutput().toDouble(), 150.0);
     }
 
-    void fileDialogStartsAndRemembers_data()
-    {
-        // Relative to a folder with given/, last/ and other/ in it; "" stays empty.
-        QTest::addColumn<QStringList>("paths"); // told to start in, answered, started in, remembered
-        QTest::addColumn<QStringList>("shown"); // of what is in other/
-        QTest::addColumn<bool>("withSettings");
-        const QStringList all{"folder", "plan.dwg"};
-        QTest::newRow("file") << QStringList({"given", "other/plan.dwg", "given", "other"}) << all << true;
-        QTest::newRow("cancelled") << QStringList({"", "", "last", "last"}) << all << true;
-        QTest::newRow("no settings") << QStringList({"given", "other/plan.dwg", "given", "last"}) << all
-                                     << false;
-        QTest::newRow("folder") << QStringList({"", "other", "last", "other"}) << QStringList("folder")
-                                << true;
-    }
     void fileDialogStartsAndRemembers()
     {
-        QFETCH(QStringList, paths);
-        QFETCH(QStringList, shown);
-        QFETCH(bool, withSettings);
-        const QTemporaryDir scratch;
-        const QDir base(scratch.path());
-        for (QString& path : paths)
-            path = path.isEmpty() ? path : base.filePath(path);
-        QVERIFY(base.mkpath("given") && base.mkpath("last") && base.mkpath("other/folder"));
-        QVERIFY(QFile(base.filePath("other/plan.dwg")).open(QIODevice::WriteOnly));
-        pSystemSettings->setLastDirectory(base.filePath("last"));
+        // Relative to a folder with given/, last/ and other/ in it; "" stays empty.
+        const struct
+        {
+            QStringList paths; // told to start in, answered, started in, remembered
+            QStringList shown = {"folder", "plan.dwg"}; // of what is in other/
+            ISystemSettings* settings = pSystemSettings;
+        } rows[]{
+            {{"given", "other/plan.dwg", "given", "other"}},
+            {{"", "", "last", "last"}}, // cancelled
+            {{"given", "other/plan.dwg", "given", "last"}, {"folder", "plan.dwg"}, nullptr},
+            {{"", "other", "last", "other"}, {"folder"}},
+        };
+        for (auto [paths, shown, settings] : rows) {
+            const QTemporaryDir scratch;
+            const QDir base(scratch.path());
+            for (QString& path : paths)
+                path = path.isEmpty() ? path : base.filePath(path);
+            QVERIFY(base.mkpath("given") && base.mkpath("last") && base.mkpath("other/folder"));
+            QVERIFY(QFile(base.filePath("other/plan.dwg")).open(QIODevice::WriteOnly));
+            pSystemSettings->setLastDirectory(base.filePath("last"));
 
-        QString opened;
-        QTimer::singleShot(0, this, [&] {
-            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            const auto close = qScopeGuard([&] { dialog->isVisible() ? dialog->reject() : void(); });
-            opened = dialog->directory().absolutePath();
-            dialog->setDirectory(base.filePath("other"));
-            QTRY_COMPARE_WITH_TIMEOUT(namesIn(*dialog), shown, 30000);
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(paths[1]);
-            if (!paths[1].isEmpty())
-                QMetaObject::invokeMethod(dialog, "accept");
-        });
-        ISystemSettings* settings = withSettings ? pSystemSettings : nullptr;
-        const QString got = shown.size() > 1
-            ? FileDialog::getOpenFileName(settings, nullptr, "Choose", paths[0], "All (*)")
-            : FileDialog::getExistingDirectory(settings, nullptr, "Choose", paths[0]);
-        QCOMPARE(QStringList({got, opened, pSystemSettings->lastDirectory()}), paths.mid(1));
+            QString opened;
+            QTimer::singleShot(0, this, [&, answer = paths[1], expected = shown] {
+                auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                const auto close = qScopeGuard([&] { dialog->isVisible() ? dialog->reject() : void(); });
+                opened = dialog->directory().absolutePath();
+                dialog->setDirectory(base.filePath("other"));
+                QTRY_COMPARE_WITH_TIMEOUT(namesIn(*dialog), expected, 30000);
+                dialog->findChild<QLineEdit*>("fileNameEdit")->setText(answer);
+                if (!answer.isEmpty())
+                    QMetaObject::invokeMethod(dialog, "accept");
+            });
+            const QString got = shown.size() > 1
+                ? FileDialog::getOpenFileName(settings, nullptr, "Choose", paths[0], "All (*)")
+                : FileDialog::getExistingDirectory(settings, nullptr, "Choose", paths[0]);
+            QCOMPARE(QStringList({got, opened, pSystemSettings->lastDirectory()}), paths.mid(1));
+        }
     }
 
     void dialogOpensAsLargeAsTheUserMadeIt()
