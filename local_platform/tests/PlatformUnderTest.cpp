@@ -19,12 +19,6 @@ QJsonObject Answer::json() const
     return QJsonDocument::fromJson(body).object();
 }
 
-Client::Client(int port, const QByteArray& authorization)
-    : m_port(port)
-    , m_authorization(authorization)
-{
-}
-
 Answer Client::send(
     const char* method, const QByteArray& path, const QByteArray& body, const FormFields& headers) const
 {
@@ -53,17 +47,6 @@ Answer Client::upload(const QByteArray& path, const FormFields& fields, const QB
     const QByteArray disposition =
         "Content-Disposition: form-data; name=\"file\"; filename=\"" + fileName + "\"\r\n\r\n";
     return post(path, multipart(fields, disposition + content), multipartType());
-}
-
-PlatformUnderTest::PlatformUnderTest(const QStringList& options)
-{
-    start(options);
-}
-
-PlatformUnderTest::~PlatformUnderTest()
-{
-    if (m_process.state() != QProcess::NotRunning)
-        kill();
 }
 
 void PlatformUnderTest::start(const QStringList& options)
@@ -158,10 +141,8 @@ QString PlatformUnderTest::program()
 
 QByteArray addProject(const Client& client, const QByteArray& title, const QByteArray& software)
 {
-    return idText(client
-                      .postForm("/project/cloudProjectInfo/add",
-                          {{"sourceClient", software}, {"projectTitle", title}, {"description", "d"}})
-                      .data());
+    const FormFields form = {{"sourceClient", software}, {"projectTitle", title}, {"description", "d"}};
+    return idText(client.postForm("/project/cloudProjectInfo/add", form).data());
 }
 
 QByteArray addGroup(const Client& client, const QByteArray& name)
@@ -173,10 +154,8 @@ QByteArray addGroup(const Client& client, const QByteArray& name)
 QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
     const QByteArray& content, const QByteArray& supportType)
 {
-    const Answer answer = client.upload("/project/cloudProjectShare/upload",
-        {{"projectId", project}, {"sourceClient", "SoftA"}, {"supportTypeId", supportType},
-            {"typeFlag", "1"}},
-        name, content);
+    const FormFields form = {{"projectId", project}, {"supportTypeId", supportType}, {"typeFlag", "1"}};
+    const Answer answer = client.upload("/project/cloudProjectShare/upload", form, name, content);
     return idText(answer.data().toObject().value("logicalId"));
 }
 

@@ -30,7 +30,11 @@ using FormFields = QVector<QPair<QByteArray, QByteArray>>;
 class Client
 {
 public:
-    explicit Client(int port, const QByteArray& authorization = {});
+    explicit Client(int port, const QByteArray& authorization = {})
+        : m_port(port)
+        , m_authorization(authorization)
+    {
+    }
 
     Answer get(const QByteArray& path) const { return send("GET", path); }
     Answer del(const QByteArray& path) const { return send("DELETE", path); }
@@ -57,8 +61,8 @@ private:
 class PlatformUnderTest
 {
 public:
-    explicit PlatformUnderTest(const QStringList& options = {});
-    ~PlatformUnderTest();
+    explicit PlatformUnderTest(const QStringList& options = {}) { start(options); }
+    ~PlatformUnderTest() { kill(); }
 
     /// On the same data, at another port.
     void restart(const QStringList& options = {});

@@ -30,9 +30,9 @@ private slots:
         m_aliceState = stateOfAlice();
     }
 
-    void needsAToken_data() { endpoints(); }
+    void refusesStrangers_data() { endpoints(); }
 
-    void needsAToken()
+    void refusesStrangers()
     {
         const int files = m_platform.storedFiles().size();
         for (const QByteArray authorization : {"", "Bearer ", "Bearer nonsense", "Bearer tav-local-refresh",
@@ -42,12 +42,7 @@ private slots:
             QCOMPARE(answer.msg(), QString("Token失效"));
         }
         QCOMPARE(m_platform.storedFiles().size(), files);
-    }
 
-    void anothersIdsDoNotExist_data() { endpoints(); }
-
-    void anothersIdsDoNotExist()
-    {
         QFETCH(QString, msg);
         const Client bob = m_platform.signedIn("bob");
         const Answer answer = call(bob, m_aliceIds);

@@ -17,44 +17,31 @@ private slots:
         }
     }
 
-    void refusals_data()
+    void refusals()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("authorization");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("msg");
-
         const QByteArray client = m_platform.asClient().authorization();
-        const auto row = [](const char* name, const QByteArray& authorization, const QByteArray& path,
-                             const QByteArray& body, const QString& msg) {
-            QTest::newRow(name) << "/auth/" + path << authorization << body << msg;
-        };
         const QByteArray password = "oauth/token?grant_type=password";
         const QByteArray refresh = "oauth/token?grant_type=refresh_token";
         const QByteArray alice = "username=alice&password=" + PlatformUnderTest::wirePassword("alice");
         const QString wrong = "The user name or the password is wrong";
-        row("wrong password", client, password, "username=alice&password=eA%3D%3D", wrong);
-        row("clear password", client, password, "username=alice&password=demo-alice-1", wrong);
-        row("unknown user", client, password, "username=nobody&password=eA%3D%3D", wrong);
-        row("wrong credential", "Basic eDp5", password, alice, "The client credential is wrong");
-        row("refresh by client", client, refresh, "refresh_token=x", "The refresh credential is wrong");
-        row("unknown refresh token", "Bearer tav-local-refresh", refresh, "refresh_token=x",
-            "The refresh token is unknown or has expired");
-        row("no code sent", client, "mobile/token/sms?mobile=SMS@13800000003&code=123456&grant_type=mobile",
-            {}, "There is no valid verification code; ask for a new one");
-    }
-
-    void refusals()
-    {
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, authorization);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, msg);
-        const Answer answer = Client(m_platform.port(), authorization).post(path, body);
-        QVERIFY(answer.status >= 400);
-        QCOMPARE(answer.code(), 1);
-        QCOMPARE(answer.msg(), msg);
-        QVERIFY(!answer.json().contains("access_token"));
+        const std::tuple<QByteArray, QByteArray, QByteArray, QString> requests[]{
+            {client, password, "username=alice&password=eA%3D%3D", wrong},
+            {client, password, "username=alice&password=demo-alice-1", wrong},
+            {client, password, "username=nobody&password=eA%3D%3D", wrong},
+            {"Basic eDp5", password, alice, "The client credential is wrong"},
+            {client, refresh, "refresh_token=x", "The refresh credential is wrong"},
+            {"Bearer tav-local-refresh", refresh, "refresh_token=x",
+                "The refresh token is unknown or has expired"},
+            {client, "mobile/token/sms?mobile=SMS@13800000003&code=123456&grant_type=mobile", "",
+                "There is no valid verification code; ask for a new one"},
+        };
+        for (const auto& [authorization, path, body, msg] : requests) {
+            const Answer answer = Client(m_platform.port(), authorization).post("/auth/" + path, body);
+            QCOMPARE(answer.msg(), msg);
+            QVERIFY(answer.status >= 400);
+            QCOMPARE(answer.code(), 1);
+            QVERIFY(!answer.json().contains("access_token"));
+        }
     }
 
     void tokenLife()

@@ -127,40 +127,30 @@ private slots:
         QCOMPARE(download(platform.signedIn("alice"), file).body, QByteArray("x"));
     }
 
-    void refusedShares_data()
-    {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<FormFields>("change");
-        QTest::addColumn<QString>("msg");
-        const QString hours = "A share lasts from 1 to 87840 hours";
-        const auto row = [](const char* name, const QByteArray& path, const FormFields& change,
-                             const QString& msg) { QTest::newRow(name) << path << change << msg; };
-        row("no hours", "toAnonymous", {{"durationHours", "0"}}, hours);
-        row("overflow", "toAnonymous", {{"durationHours", "99999999999999999999999"}}, hours);
-        row("no file", "toAnonymous", {{"logicalIds", " ,"}}, "There is no file to share");
-        row("another's file", "toUSer", {{"logicalIds", "FILE,ANOTHERS"}}, "The file does not exist");
-        row("unknown account", "toUSer", {{"userNames", "bob,nobody"}}, "The account nobody does not exist");
-        row("unknown group", "toGroup", {}, "The group does not exist");
-    }
-
     void refusedShares()
     {
-        QFETCH(QByteArray, path);
-        QFETCH(FormFields, change);
-        QFETCH(QString, msg);
         const Client alice = m_platform.signedIn("alice");
+        const Client bob = m_platform.signedIn("bob");
         const QByteArray project = addProject(alice);
         const QByteArray file = uploadSharedFile(alice, project, "x.dwg", "x");
-        const Client bob = m_platform.signedIn("bob");
         const QByteArray anothers = uploadSharedFile(bob, addProject(bob), "y.dwg", "y");
-        for (auto& field : change)
-            field.second.replace("FILE", file).replace("ANOTHERS", anothers);
-        // The first field of a name counts.
-        const Answer answer = alice.postForm(
-            base + path, change + shareForm(project, file, {{"userNames", "bob"}, {"groupId", "999999"}}));
-        QCOMPARE(answer.msg(), msg);
-        QVERIFY(answer.status >= 400 && answer.code() != 0);
-        QVERIFY2(download(bob, file).status == 404, "a refused share gives nothing to anybody");
+        const QString hours = "A share lasts from 1 to 87840 hours";
+        const std::tuple<QByteArray, FormFields, QString> shares[]{
+            {"toAnonymous", {{"durationHours", "0"}}, hours},
+            {"toAnonymous", {{"durationHours", "99999999999999999999999"}}, hours},
+            {"toAnonymous", {{"logicalIds", " ,"}}, "There is no file to share"},
+            {"toUSer", {{"logicalIds", file + "," + anothers}}, "The file does not exist"},
+            {"toUSer", {{"userNames", "bob,nobody"}}, "The account nobody does not exist"},
+            {"toGroup", {}, "The group does not exist"},
+        };
+        for (const auto& [path, change, msg] : shares) {
+            // The first field of a name counts.
+            const Answer answer = alice.postForm(base + path,
+                change + shareForm(project, file, {{"userNames", "bob"}, {"groupId", "999999"}}));
+            QCOMPARE(answer.msg(), msg);
+            QVERIFY(answer.status >= 400 && answer.code() != 0);
+            QVERIFY2(download(bob, file).status == 404, "a refused share gives nothing to anybody");
+        }
     }
 
     void targetSoftware()
@@ -174,10 +164,9 @@ private slots:
         };
         share("71");
         QCOMPARE(projectsFor(bob, "SoftT", "SoftV").count(), 1);
-        QVERIFY(alice
-                    .postForm("/project/softwareAdaptationType/saveOrUpdate",
-                        {{"sourceClient", "SoftT"}, {"supportTypeId", "71"}, {"targetClient", "SoftU"}})
-                    .ok());
+        const FormFields accepted = {
+            {"sourceClient", "SoftT"}, {"supportTypeId", "71"}, {"targetClient", "SoftU"}};
+        QVERIFY(alice.postForm("/project/softwareAdaptationType/saveOrUpdate", accepted).ok());
         QCOMPARE(projectsFor(bob, "SoftT", "SoftV").count(), 0);
         QCOMPARE(projectsFor(bob, "SoftT", "SoftU").count(), 1);
         QCOMPARE(projectsFor(bob, "SoftT", "SoftT").count(), 1);
