@@ -5,16 +5,13 @@
 #include <QTest>
 
 using Aes = QAESEncryption;
-Q_DECLARE_METATYPE(Aes::AesLevel)
-Q_DECLARE_METATYPE(Aes::AesMode)
-Q_DECLARE_METATYPE(Aes::AesPadding)
 
 namespace {
 const Aes::AesLevel levels[]{Aes::AES_128, Aes::AES_192, Aes::AES_256};
 
 const QByteArray ourKey = "a key for tests!";
 
-QByteArray hex(const char* digits)
+QByteArray hex(const QByteArray& digits)
 {
     return QByteArray::fromHex(digits);
 }
@@ -30,43 +27,34 @@ class TestQAESEncryption : public QObject
     Q_OBJECT
 
 private slots:
-    void publishedVectors_data()
-    {
-        QTest::addColumn<Aes::AesLevel>("level");
-        QTest::addColumn<Aes::AesMode>("mode");
-        QTest::addColumn<QByteArray>("cipher");
-
-        // NIST SP 800-38A, appendix F. The mode sees nothing of the key, so one length does for all modes.
-        const auto row = [](const char* name, Aes::AesLevel level, Aes::AesMode mode, const char* cipher) {
-            QTest::newRow(name) << level << mode << hex(cipher);
-        };
-        row("ECB, 128", Aes::AES_128, Aes::ECB,
-            "3ad77bb40d7a3660a89ecaf32466ef97f5d3d58503b9699de785895a96fdbaaf"
-            "43b1cd7f598ece23881b00e3ed0306887b0c785e27e8ad3f8223207104725dd4");
-        row("CBC, 128", Aes::AES_128, Aes::CBC,
-            "7649abac8119b246cee98e9b12e9197d5086cb9b507219ee95db113a917678b2"
-            "73bed6b8e3c1743b7116e69e222295163ff1caa1681fac09120eca307586e1a7");
-        row("CFB, 128", Aes::AES_128, Aes::CFB,
-            "3b3fd92eb72dad20333449f8e83cfb4ac8a64537a0b3a93fcde3cdad9f1ce58b"
-            "26751f67a3cbb140b1808cf187a4f4dfc04b05357c5d1c0eeac4c66f9ff7f2e6");
-        row("OFB, 128", Aes::AES_128, Aes::OFB,
-            "3b3fd92eb72dad20333449f8e83cfb4a7789508d16918f03f53c52dac54ed825"
-            "9740051e9c5fecf64344f7a82260edcc304c6528f659c77866a510d9c1d6ae5e");
-        row("ECB, 192", Aes::AES_192, Aes::ECB, "bd334f1d6e45f25ff712a214571fa5cc");
-        row("ECB, 256", Aes::AES_256, Aes::ECB, "f3eed1bdb5d2a03c064b5a7e3db181f8");
-    }
-
+    /// NIST SP 800-38A, appendix F. The mode sees nothing of the key, so one length does for all modes.
     void publishedVectors()
     {
-        QFETCH(Aes::AesLevel, level);
-        QFETCH(Aes::AesMode, mode);
-        QFETCH(QByteArray, cipher);
-        const QByteArray plain = hex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
-                                     "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710")
-                                     .left(cipher.size());
-        const QByteArray iv = mode == Aes::ECB ? QByteArray() : hex("000102030405060708090a0b0c0d0e0f");
-        QCOMPARE(Aes::Crypt(level, mode, plain, keys[level], iv), cipher);
-        QCOMPARE(Aes::Decrypt(level, mode, cipher, keys[level], iv), plain);
+        const std::tuple<Aes::AesLevel, Aes::AesMode, QByteArray> vectors[]{
+            {Aes::AES_128, Aes::ECB,
+                "3ad77bb40d7a3660a89ecaf32466ef97f5d3d58503b9699de785895a96fdbaaf"
+                "43b1cd7f598ece23881b00e3ed0306887b0c785e27e8ad3f8223207104725dd4"},
+            {Aes::AES_128, Aes::CBC,
+                "7649abac8119b246cee98e9b12e9197d5086cb9b507219ee95db113a917678b2"
+                "73bed6b8e3c1743b7116e69e222295163ff1caa1681fac09120eca307586e1a7"},
+            {Aes::AES_128, Aes::CFB,
+                "3b3fd92eb72dad20333449f8e83cfb4ac8a64537a0b3a93fcde3cdad9f1ce58b"
+                "26751f67a3cbb140b1808cf187a4f4dfc04b05357c5d1c0eeac4c66f9ff7f2e6"},
+            {Aes::AES_128, Aes::OFB,
+                "3b3fd92eb72dad20333449f8e83cfb4a7789508d16918f03f53c52dac54ed825"
+                "9740051e9c5fecf64344f7a82260edcc304c6528f659c77866a510d9c1d6ae5e"},
+            {Aes::AES_192, Aes::ECB, "bd334f1d6e45f25ff712a214571fa5cc"},
+            {Aes::AES_256, Aes::ECB, "f3eed1bdb5d2a03c064b5a7e3db181f8"},
+        };
+        for (const auto& [level, mode, digits] : vectors) {
+            const QByteArray cipher = hex(digits);
+            const QByteArray plain = hex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
+                                         "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710")
+                                         .left(cipher.size());
+            const QByteArray iv = mode == Aes::ECB ? QByteArray() : hex("000102030405060708090a0b0c0d0e0f");
+            QCOMPARE(Aes::Crypt(level, mode, plain, keys[level], iv), cipher);
+            QCOMPARE(Aes::Decrypt(level, mode, cipher, keys[level], iv), plain);
+        }
     }
 
     /// FIPS-197, appendix A: the last word of each schedule.
@@ -97,33 +85,24 @@ private slots:
                 }
     }
 
-    void removesPadding_data()
-    {
-        QTest::addColumn<Aes::AesPadding>("padding");
-        QTest::addColumn<QByteArray>("padded");
-        QTest::addColumn<QByteArray>("text");
-
-        const auto row = [](const char* name, Aes::AesPadding padding, const QByteArray& padded,
-                             const QByteArray& text) { QTest::newRow(name) << padding << padded << text; };
-        row("zero", Aes::ZERO, QByteArray("a\0b\0\0", 5), QByteArray("a\0b", 3));
-        row("zero, nothing but padding", Aes::ZERO, QByteArray(16, '\0'), "");
-        row("PKCS7", Aes::PKCS7, "abc\2\2", "abc");
-        row("PKCS7, bytes are not compared", Aes::PKCS7, "abcde\3", "abc");
-        row("PKCS7, beyond a block", Aes::PKCS7, QByteArray(32, ' '), "");
-        row("PKCS7, more than there is", Aes::PKCS7, "ab\4", "ab\4");
-        row("PKCS7, zero", Aes::PKCS7, QByteArray("abc\0", 4), QByteArray("abc\0", 4));
-        row("PKCS7, negative", Aes::PKCS7, "abc\x80", "abc\x80");
-        row("ISO", Aes::ISO, QByteArray("abc\x80\0\0", 6), "abc");
-        row("ISO, the last mark counts", Aes::ISO, "a\x80 b\x80", "a\x80 b");
-        row("ISO, no mark", Aes::ISO, "abc", "");
-        row("other kind", Aes::AesPadding(9), QByteArray("abc\1\0", 5), QByteArray("abc\1\0", 5));
-    }
-
     void removesPadding()
     {
-        QFETCH(Aes::AesPadding, padding);
-        QFETCH(QByteArray, padded);
-        QTEST(QAESEncryption(Aes::AES_256, Aes::OFB, padding).removePadding(padded), "text");
+        const std::tuple<Aes::AesPadding, QByteArray, QByteArray> rows[]{
+            {Aes::ZERO, QByteArray("a\0b\0\0", 5), QByteArray("a\0b", 3)},
+            {Aes::ZERO, QByteArray(16, '\0'), ""},
+            {Aes::PKCS7, "abc\2\2", "abc"},
+            {Aes::PKCS7, "abcde\3", "abc"}, // the bytes are not compared
+            {Aes::PKCS7, QByteArray(32, ' '), ""}, // beyond a block
+            {Aes::PKCS7, "ab\4", "ab\4"},
+            {Aes::PKCS7, QByteArray("abc\0", 4), QByteArray("abc\0", 4)},
+            {Aes::PKCS7, "abc\x80", "abc\x80"}, // negative
+            {Aes::ISO, QByteArray("abc\x80\0\0", 6), "abc"},
+            {Aes::ISO, "a\x80 b\x80", "a\x80 b"},
+            {Aes::ISO, "abc", ""},
+            {Aes::AesPadding(9), QByteArray("abc\1\0", 5), QByteArray("abc\1\0", 5)},
+        };
+        for (const auto& [padding, padded, text] : rows)
+            QCOMPARE(QAESEncryption(Aes::AES_256, Aes::OFB, padding).removePadding(padded), text);
     }
 
     void faultsGiveNothing()
@@ -166,27 +145,18 @@ private slots:
         QCOMPARE(Aes::Crypt(Aes::AES_128, Aes::ECB, "abc", ourKey), iso);
     }
 
-    void enciphersText_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("back");
-        QTest::addColumn<int>("length");
-
-        const auto row = [](const char* name, const QString& text, const QString& back, int length) {
-            QTest::newRow(name) << text << back << length;
-        };
-        row("empty", "", "", 0);
-        row("two characters, six bytes", "密码", "密码", 24);
-        row("a whole block that ends like padding", "0123456789abcde\1", "0123456789abcde", 24);
-        row("two blocks that end in a space", "0123456789abcdef0123456789abcde ", "", 44);
-    }
-
     void enciphersText()
     {
-        QFETCH(QString, text);
-        const QString cipher = aesEncryptText(text, ourKey, ourKey);
-        QTEST(cipher.size(), "length");
-        QTEST(aesDecryptText(cipher, ourKey, ourKey), "back");
+        const std::tuple<QString, QString, int> texts[]{
+            {"", "", 0}, {"密码", "密码", 24}, // two characters, six bytes
+            {"0123456789abcde\1", "0123456789abcde", 24}, // a whole block that ends like padding
+            {"0123456789abcdef0123456789abcde ", "", 44}, // two blocks that end in a space
+        };
+        for (const auto& [text, back, length] : texts) {
+            const QString cipher = aesEncryptText(text, ourKey, ourKey);
+            QCOMPARE(cipher.size(), length);
+            QCOMPARE(aesDecryptText(cipher, ourKey, ourKey), back);
+        }
     }
 
     /// printf hello | openssl enc -aes-128-cbc -K (ourKey in hex) -iv (the same) -base64
