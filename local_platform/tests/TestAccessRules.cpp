@@ -16,10 +16,8 @@ private slots:
             alice.upload("/project/cloudProjectBackup/upload", {{"projectId", project}}, "a", "backup").ok());
         const QByteArray group = addGroup(alice, "Team");
         QVERIFY(alice.get("/project/cloudProjectGroupUser/getInviteCode?groupId=" + group).ok());
-        QVERIFY(alice
-                    .postForm("/project/cloudAddressBook/add",
-                        {{"friendPhone", "carol"}, {"friendRemark", "r"}, {"friendUnit", "u"}})
-                    .ok());
+        const FormFields friends = {{"friendPhone", "carol"}, {"friendRemark", "r"}, {"friendUnit", "u"}};
+        QVERIFY(alice.postForm("/project/cloudAddressBook/add", friends).ok());
         const QByteArray member = idText(
             alice.get("/project/cloudProjectGroupUser/listGroupUsers?groupId=" + group).item(0).value("id"));
         m_aliceIds = {{"{project}", project}, {"{file}", uploadSharedFile(alice, project, "x", "shared")},

@@ -102,17 +102,13 @@ private slots:
         }
     }
 
-    void converterSeesOnlyItsFolder()
+    void converterSeesOnlyItsFolderWhichGoes()
     {
         const Answer answer = post("ConDgn2Dwg", request("ConDgn2Dwg", QByteArray("look around").toBase64()));
         const QByteArray seen =
             QByteArray::fromBase64(elementText(answer.body, "ConDgn2DwgResult").toLatin1());
         QVERIFY2(seen.contains("\"cwd\":\"" + m_platform->data().toUtf8() + "/scratch/"), seen);
         QVERIFY2(seen.contains("\"env\":[\"PATH\"]"), seen);
-    }
-
-    void nothingIsLeftBehind()
-    {
         const QDir scratch(m_platform->data() + "/scratch");
         QCOMPARE(scratch.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     }
