@@ -104,15 +104,18 @@ private slots:
     void headersCannotBeInjected()
     {
         for (const QString evil : {"x\r\nX-Injected: 1\r\n", "x\nX-Injected: 1\n"}) {
-            const HeaderMap headers{{"Authorization", evil}, {"Content-Type", evil}, {evil + "x", "1"}};
-            ScriptedPeer peer;
-            peer.expect("POST", "/", behaviour::answer(object));
-            outcomeOf(posting("a=1"), peer.address() + "/", headers);
-            peer.finish(); // refusing to send such a header at all would be as good
-            for (const RecordedRequest& request : peer.requests()) {
-                const QByteArray sent = request.raw.toLower().replace('\r', '\n');
-                QVERIFY2(!sent.contains("\nx-injected"), sent);
-                QCOMPARE(request.body, QByteArray("a=1"));
+            for (const HeaderMap& headers : {HeaderMap{{"Authorization", evil}},
+                     HeaderMap{{"Content-Type", evil}}, HeaderMap{{evil.trimmed(), "1"}}}) {
+                ScriptedPeer peer;
+                peer.expect("POST", "/", behaviour::answer(object));
+                outcomeOf(posting("a=1"), peer.address() + "/", headers);
+                const QVector<RecordedRequest> requests = peer.requests();
+                peer.finish(); // refusing to send such a header at all would be as good
+                for (const RecordedRequest& request : requests) {
+                    const QByteArray sent = request.raw.toLower().replace('\r', '\n');
+                    QVERIFY2(!sent.contains("\nx-injected"), sent);
+                    QCOMPARE(request.body, QByteArray("a=1"));
+                }
             }
         }
     }
