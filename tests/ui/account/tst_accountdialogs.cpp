@@ -271,7 +271,8 @@ private slots:
         // Enter, in any field, presses the button.
         for (const auto& [name, text] : page.kind.filled) {
             const bool last = name == page.kind.filled.last().first;
-            fixture->expect("POST", target, last ? tokens : refusal);
+            fixture->expectAndHold("POST", target, last ? tokens : refusal,
+                [&] { QCOMPARE(dialog.findChild<WindowNote*>()->text(), page.kind.waiting); });
             if (last)
                 fixture->boxes().expectPrompt(page.kind.success, [&] {
                     QVERIFY(dialog.isVisible());
@@ -371,12 +372,17 @@ private slots:
             type(*page.dialog, account, text);
             // The login counts once there is an answer, the others at once.
             const auto look = [&] { QCOMPARE(countdown->isActive(), index != ByCode); };
+            const auto waits = [&] {
+                look();
+                QCOMPARE(
+                    page.dialog->findChild<WindowNote*>()->text(), QString("Obtaining verification code..."));
+            };
             if (path.isEmpty())
                 fixture->boxes().expectPrompt(text.isEmpty()
                         ? "The phone number cannot be empty!"
                         : "The format of the phone number is incorrect!");
             else
-                fixture->expectAndHold("GET", path, granted ? tokens : refusal, look);
+                fixture->expectAndHold("GET", path, granted ? tokens : refusal, waits);
             if (!path.isEmpty() && !granted)
                 fixture->boxes().expectPrompt("<b>不</b>", look);
             const QPushButton* asking = button(*page.dialog, askForCode); // which may soon count
@@ -414,56 +420,6 @@ private slots:
             tickAt(999);
             QCOMPARE(asking->text(), askForCode);
             QVERIFY(asking->isEnabled() && !tick->isActive() && !countdown->isActive());
-        }
-    }
-
-    void mayGoDuringTheWait_data()
-    {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("pressed");
-        QTest::addColumn<bool>("closed");
-        for (int i = 0; i < kinds.size(); ++i)
-            for (const QString& pressed : {kinds[i].proceed, askForCode})
-                for (const bool closed : {true, false})
-                    if (i != ByPassword || pressed != askForCode)
-                        newRow(i, pressed + (closed ? ", closed" : ", destroyed")) << pressed << closed;
-    }
-
-    void mayGoDuringTheWait()
-    {
-        QFETCH(int, index);
-        QFETCH(QString, pressed);
-        QFETCH(bool, closed);
-        const Page page(index);
-        page.fill();
-        const auto go = [&](const QString& waiting) {
-            QCOMPARE(page.dialog->findChild<WindowNote*>()->text(), waiting);
-            if (closed)
-                page.dialog->close();
-            else
-                delete page.dialog;
-        };
-        if (pressed == askForCode)
-            fixture->expectAndHold("GET", page.kind.codeByPhone + phone.toLatin1(), tokens,
-                [&] { go("Obtaining verification code..."); });
-        else
-            fixture->expectAndHold("POST", page.kind.target, tokens, [&] { go(page.kind.waiting); });
-        press(*page.dialog, pressed); // and no box comes up
-        QCOMPARE(!page.dialog, !closed);
-        QVERIFY(!page.dialog || page.dialog->result() == QDialog::Rejected);
-        // Who has signed in is remembered, although nobody looks any more.
-        QCOMPARE(remembered(), QString(index == ByPassword && closed ? "li.hua|hello|-" : "||"));
-    }
-
-    void mayGoWithABoxInFront()
-    {
-        for (int i = 0; i < kinds.size(); ++i) {
-            const Page page(i);
-            page.fill();
-            fixture->expect("POST", page.kind.target, tokens);
-            fixture->boxes().expectPrompt(page.kind.success, [&] { delete page.dialog; });
-            press(*page.dialog, page.kind.proceed);
-            QVERIFY2(!page.dialog, page.kind.row);
         }
     }
 };

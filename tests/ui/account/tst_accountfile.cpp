@@ -217,20 +217,6 @@ private slots:
         QCOMPARE(remembered(), after);
     }
 
-    void fillsInWhatItMay()
-    {
-        remember("a b c d|one two three|true false");
-        RememberedAccounts accounts;
-        accounts.load();
-        const QStringList passwords{"", "one", "", "", "", ""};
-        for (int i = -1; i < passwords.size() - 1; ++i)
-            QCOMPARE(accounts.passwordOf(i), passwords[i + 1]);
-        QVERIFY(accounts.hasPassword(2) && !accounts.hasPassword(3));
-        QVERIFY(accounts.isFilledIn(0) && !accounts.isFilledIn(1) && !accounts.isFilledIn(2));
-        QCOMPARE(accounts.flagOf(1), QString("false"));
-        QVERIFY(accounts.flagOf(2).isNull());
-    }
-
 private:
     std::unique_ptr<QTemporaryDir> scratch;
 };

@@ -199,6 +199,19 @@ private slots:
             }
     }
 
+    void remembersWhoeverSignedInThoughItWasClosed()
+    {
+        PasswordPage dialog;
+        openTab(dialog, PasswordTab);
+        fillIn(dialog, {{account, "li.hua"}, {word, "hello"}});
+        fixture->expectAndHold("POST", "/auth/oauth/token?grant_type=password",
+            R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})",
+            [&] { dialog.close(); });
+        press(dialog, "Login");
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        QCOMPARE(remembered(), QString("li.hua|hello|-"));
+    }
+
     /// A host may show a dialog again. It then has what is remembered, and no typed password.
     void isGoodForAnotherTime()
     {

@@ -5,9 +5,7 @@
 #include "net/BuildConstants.h"
 #include "support/TestConstants.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
-#include "ui/account/DlgLogoutCloundPlatform.h"
 
-#include <QCheckBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QTest>
@@ -15,7 +13,6 @@
 namespace {
 
 const QString registration = "User registration";
-const QByteArray addressBook = "/project/cloudAddressBook/list";
 
 } // namespace
 
@@ -38,37 +35,6 @@ private slots:
     {
         DialogTest::cleanupTestCase();
         QCOMPARE(platform->stop(), 0);
-    }
-
-    void registersIsRememberedAndSignsOut()
-    {
-        DlgLoginCloundPlatform first;
-        bringUp(first);
-        registerAccount(first, "li.hua", "13912345678");
-        QCOMPARE(field(first, account)->text(), QString("li.hua"));
-        type(first, word, "drawing+1");
-        auto* remember = first.findChild<QCheckBox*>();
-        remember->setFocus();
-        QTest::keyClick(remember, Qt::Key_Space);
-        signIn(first, "li.hua");
-        QVERIFY(QFile::exists("AccountManage.bin"));
-
-        DlgLoginCloundPlatform second;
-        bringUp(second);
-        QCOMPARE(field(second, account)->text(), QString("li.hua"));
-        QCOMPARE(field(second, word)->text(), QString("drawing+1"));
-        QVERIFY(second.findChild<QCheckBox*>()->isChecked());
-        signIn(second, "li.hua");
-
-        const Client user(platform->port(), "Bearer " + session->getToken().toLatin1());
-        QVERIFY(user.get(addressBook).ok());
-        DlgLogoutCloundPlatform leaving;
-        bringUp(leaving);
-        fixture->boxes().expectPrompt("exit successfully!");
-        press(leaving, "Logout");
-        QCOMPARE(leaving.result(), int(QDialog::Accepted));
-        QVERIFY(!session->getLoginState());
-        QVERIFY(!user.get(addressBook).ok());
     }
 
     void registersByMailAndSignsIn()
