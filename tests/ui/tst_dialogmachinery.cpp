@@ -3,7 +3,6 @@
 
 #include "support/Robot.h"
 #include "ui/BlockingCall.h"
-#include "ui/MessageBoxes.h"
 #include "ui/ScopedDialog.h"
 #include "ui/WindowNote.h"
 
@@ -52,15 +51,6 @@ enum Ending
     Destroyed,
     Quits
 };
-
-void endingRows()
-{
-    QTest::addColumn<int>("ending");
-    QTest::newRow("stays") << int(Stays);
-    QTest::newRow("closed") << int(Closed);
-    QTest::newRow("destroyed") << int(Destroyed);
-    QTest::newRow("application quits") << int(Quits);
-}
 
 void happen(int ending, QWidget* window)
 {
@@ -150,7 +140,14 @@ private slots:
         QVERIFY(!waits() && window.edit->hasFocus());
     }
 
-    void aWaitTellsWhetherItsWindowIsStillThere_data() { endingRows(); }
+    void aWaitTellsWhetherItsWindowIsStillThere_data()
+    {
+        QTest::addColumn<int>("ending");
+        QTest::newRow("stays") << int(Stays);
+        QTest::newRow("closed") << int(Closed);
+        QTest::newRow("destroyed") << int(Destroyed);
+        QTest::newRow("application quits") << int(Quits);
+    }
 
     void aWaitTellsWhetherItsWindowIsStillThere()
     {
@@ -172,63 +169,16 @@ private slots:
         delete window;
     }
 
-    void aBoxTellsWhetherItsWindowIsStillThere_data() { endingRows(); }
-
-    void aBoxTellsWhetherItsWindowIsStillThere()
+    void aSubDialogDoesNotComeUpWithoutItsParent()
     {
-        QFETCH(int, ending);
-        const QPointer<Window> window(new Window);
-        inEventLoop([&] {
-            const bool goesOn = ending == Stays;
-            const auto look = [&] { happen(ending, window); };
-            fixture->boxes().expectPrompt("<i>text</i>", look);
-            QCOMPARE(showBox(QMessageBox::Information, window, "Prompt", "<i>text</i>"), goesOn);
-            if (ending == Quits) // and none comes up any more
-                QVERIFY(!showBox(QMessageBox::Information, window, "Prompt", "text"));
-            QCOMPARE(QApplication::activeModalWidget(), nullptr);
-            if (ending == Quits || !window)
-                return;
-            fixture->boxes().expect({QMessageBox::Question, "Prompt", "<i>text</i>",
-                QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok});
-            QVERIFY(askBox(QMessageBox::Question, window, "Prompt", "<i>text</i>"));
+        Window window;
+        ScopedDialog<QDialog> late(&window);
+        window.close();
+        QTimer::singleShot(0, &window, [] {
+            if (QWidget* unexpected = QApplication::activeModalWidget())
+                unexpected->close();
         });
-        delete window;
-    }
-
-    void aSubDialogTellsWhetherItsParentIsStillThere_data() { endingRows(); }
-
-    void aSubDialogTellsWhetherItsParentIsStillThere()
-    {
-        QFETCH(int, ending);
-        const QPointer<Window> window(new Window);
-        inEventLoop([&] {
-            QPointer<QDialog> shown;
-            QTimer poll;
-            connect(&poll, &QTimer::timeout, [&] {
-                if (!(shown = qobject_cast<QDialog*>(QApplication::activeModalWidget())))
-                    return;
-                poll.stop();
-                happen(ending, window);
-                if (shown && ending != Quits) // which ends it
-                    shown->accept();
-            });
-            poll.start(1);
-            {
-                ScopedDialog<QDialog> dialog(window);
-                QCOMPARE(ending == Quits ? dialog.run() : dialog.accepted(), ending == Stays);
-            }
-            QVERIFY(!shown);
-            if (ending != Stays || !window)
-                return;
-            ScopedDialog<QDialog> late(window);
-            window->close();
-            QTimer::singleShot(0, window, [] {
-                if (QWidget* unexpected = QApplication::activeModalWidget())
-                    unexpected->close();
-            });
-            QVERIFY(!late.run() && !late->testAttribute(Qt::WA_WState_Created));
-        });
-        delete window;
+        QVERIFY(!late.run() && !late->testAttribute(Qt::WA_WState_Created));
     }
 
     void aNoteFollowsItsWindow()

@@ -354,20 +354,6 @@ private slots:
         press(*dialog, "Download");
     }
 
-    void itsParentMayGoWhileItIsBuilt()
-    {
-        QPointer<QWidget> parent(new QWidget);
-        parent->show();
-        expectTree(one, [&] {
-            QCOMPARE(noteOn(*parent), QString("Loading the cloud space..."));
-            delete parent;
-        }); // and not the lists: nobody waits for them
-        const std::unique_ptr<QDialog> dialog(new DlgMyCloudSpace(&fixture->client(), {}, "me", "4", parent));
-        QVERIFY(!parent && !dialog->parentWidget());
-        bringUp(*dialog);
-        QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
-    }
-
     void tilesStandInRowsOfFiveAndAreThereInView()
     {
         const auto dialog = open(wide(301), "Soft/P/");
@@ -435,13 +421,10 @@ private:
     const QByteArray filesOf = "/project/cloudProjectShare/getByProject?projectId=";
     const QByteArray ofSoft = "&sourceClient=Soft";
 
-    /// What a refresh asks for; \a meanwhile runs before the first answer comes.
-    void expectTree(const Cloud& cloud, const std::function<void()>& meanwhile = {})
+    /// What a refresh asks for.
+    void expectTree(const Cloud& cloud)
     {
-        if (meanwhile)
-            fixture->expectAndHold("GET", backupList, listOf(cloud.backups), meanwhile);
-        else
-            fixture->expect("GET", backupList, listOf(cloud.backups));
+        fixture->expect("GET", backupList, listOf(cloud.backups));
         fixture->expect("GET", sharedList, listOf(cloud.soft));
         for (const QString& project : cloud.soft)
             fixture->expect("GET", filesOf + project.section('=', 0, 0).toUtf8() + ofSoft,
