@@ -10,20 +10,6 @@ class TestMessageBoxScript : public QObject
     Q_OBJECT
 
 private slots:
-    void answersWhatComes()
-    {
-        MessageBoxScript script;
-        int looked = 0;
-        script.expectPrompt("one", [&] { ++looked; });
-        script.expect({QMessageBox::Question, "Q", "two", QMessageBox::Ok | QMessageBox::Cancel,
-            QMessageBox::Cancel, [&] { ++looked; }});
-        QCOMPARE(QMessageBox::information(nullptr, "Prompt", "one"), QMessageBox::Ok);
-        QCOMPARE(QMessageBox::question(nullptr, "Q", "two", QMessageBox::Ok | QMessageBox::Cancel),
-            QMessageBox::Cancel);
-        QCOMPARE(looked, 2);
-        QCOMPARE(script.finish(), QStringList());
-    }
-
     void complainsOfEveryDifference()
     {
         const auto complaint = [](const ExpectedBox& expected) {
@@ -57,16 +43,6 @@ private slots:
         QMessageBox::information(nullptr, "t", "extra");
         script.expectPrompt("missing");
         QCOMPARE(script.finish(), QStringList({"unexpected: \"extra\"", "never came: \"missing\""}));
-    }
-
-    void letsABoxGoWithItsParent()
-    {
-        MessageBoxScript script;
-        auto* parent = new QWidget;
-        auto* box = new QMessageBox(QMessageBox::Information, "Prompt", "x", QMessageBox::Ok, parent);
-        script.expectPrompt("x", [&] { delete parent; });
-        QCOMPARE(box->exec(), int(QDialog::Rejected));
-        QCOMPARE(script.finish(), QStringList());
     }
 };
 
