@@ -3,6 +3,7 @@
 
 #include "support/Robot.h"
 #include "ui/BlockingCall.h"
+#include "ui/MessageBoxes.h"
 #include "ui/ScopedDialog.h"
 #include "ui/WindowNote.h"
 
@@ -167,6 +168,16 @@ private slots:
             QCOMPARE(callPlatform(part, "Waiting", request), Outcome::Abandoned);
         });
         delete window;
+    }
+
+    void noBoxComesUpOnceTheApplicationQuits()
+    {
+        Window window;
+        inEventLoop([&] {
+            fixture->boxes().expectPrompt("text", [] { QCoreApplication::quit(); });
+            QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
+            QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
+        });
     }
 
     void aSubDialogDoesNotComeUpWithoutItsParent()
