@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "cloudspace/CloudSpaceFixture.h"
-#include "cloudspace/Rows.h"
-
-#include "support/Robot.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
 #include "ui/account/DlgRegisterR2V.h"
@@ -12,6 +8,10 @@
 #include "ui/cloudspace/DlgMyCloudSpace.h"
 #include "ui/cloudspace/GroupManageDlg.h"
 #include "ui/cloudspace/TavFileButton.h"
+
+#include "cloudspace/CloudSpaceFixture.h"
+#include "cloudspace/Rows.h"
+#include "support/Robot.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -34,8 +34,8 @@ using Act = std::function<void(QDialog&)>;
 enum GoesOn
 {
     Never,
-    UnlessQuitting, ///< it is part of one operation, which is not left half done
-    Anyway ///< the client finishes what it was asked for
+    WhenClosed, ///< it is for the window below, which is still there
+    Anyway ///< it is part of one operation, which is not left half done
 };
 
 /// What comes of the user's acts: a request, a window in which the user goes on, or a box that is confirmed.
@@ -55,7 +55,9 @@ struct Flow
     /// The parent may go while it makes it.
     std::function<QDialog*(CloudFileManger*, const QPointer<QWidget>&)> make;
     QVector<Act> acts; ///< in its window
-    Steps steps; ///< all that comes, the flow's opening included
+    Steps steps; ///< what comes of them
+    Steps opening = {}; ///< what comes before
+    bool cutsOpening = false; ///< where no other flow with that opening does
 };
 
 enum Ending
@@ -70,22 +72,20 @@ enum Ending
 const char* const endings[]{"waiting window closed", "window destroyed", "parent destroyed",
     "window and client destroyed", "client destroyed", "application quits"};
 
-Steps asks(const QByteArray& method, const QString& target, const QByteArray& answer = success,
-    GoesOn goesOn = Never)
+Steps asks(const QByteArray& method, const QString& target, const QByteArray& answer = success)
 {
-    return {{method, target, answer, {}, goesOn}};
+    return {{method, target, answer, {}}};
 }
 
-Steps get(const QString& target, const QByteArray& answer = success, GoesOn goesOn = Never)
+Steps get(const QString& target, const QByteArray& answer = success)
 {
-    return asks("GET", target, answer, goesOn);
+    return asks("GET", target, answer);
 }
 
-/// Is asked for as well when the window before was closed: the one below is still there.
-Steps later(Steps steps)
+Steps still(GoesOn when, Steps steps)
 {
     for (Step& step : steps)
-        step.goesOn = UnlessQuitting;
+        step.goesOn = when;
     return steps;
 }
 
@@ -169,8 +169,9 @@ const QVector<Flow> accountFlows{
             return new DlgLogoutCloundPlatform(parent);
         },
         {presses("Logout")},
-        asks("POST", signIn, tokens) + asks("POST", "/auth/oauth/check_token", R"({"user_info":{}})")
-            + asks("DELETE", "/auth/token/logout", success, Anyway) + box("exit successfully!")},
+        asks("POST", "/auth/oauth/check_token", R"({"user_info":{}})")
+            + still(Anyway, asks("DELETE", "/auth/token/logout")) + box("exit successfully!"),
+        asks("POST", signIn, tokens)},
 };
 
 const QString book = "/project/cloudAddressBook/";
@@ -178,13 +179,20 @@ const Steps friends = get(book + "list",
     reply(
         R"([{"id":5,"friendUser":"<i>f</i>","friendPhone":"13","friendRemark":"<i>F</i>","friendUnit":"U"}])"));
 const Steps addsFriend = asks("POST", book + "add");
-const Flow addressBook{"address book",
-    [](CloudFileManger* client, QWidget* parent) { return new AddressBookManageDlg(client, parent); },
-    {presses("Add"), selects("13", "Edit"), selects("13", "Delete")},
-    friends + opens("Add", {fills({{"Account", "14"}}, "OK")}) + addsFriend + friends
-        + opens("Change", {presses("OK")}) + friends + asks("DELETE", book + "delete?id=5")
-        + asks("POST", book + "add", success, UnlessQuitting) + friends + box("Confirm deletion?") + friends
-        + asks("DELETE", book + "delete?id=5") + friends};
+QDialog* addressBook(CloudFileManger* client, QWidget* parent)
+{
+    return new AddressBookManageDlg(client, parent);
+}
+const QVector<Flow> friendFlows{
+    {"add a friend", addressBook, {presses("Add")},
+        opens("Add", {fills({{"Account", "14"}}, "OK")}) + addsFriend + friends, friends, true},
+    {"change a friend", addressBook, {selects("13", "Edit")},
+        opens("Change", {presses("OK")}) + friends + asks("DELETE", book + "delete?id=5")
+            + still(Anyway, addsFriend) + friends,
+        friends},
+    {"delete a friend", addressBook, {selects("13", "Delete")},
+        box("Confirm deletion?") + friends + asks("DELETE", book + "delete?id=5") + friends, friends},
+};
 
 const QString users = "/project/cloudProjectGroupUser/";
 const Steps list =
@@ -194,49 +202,58 @@ const Steps members = get(users + "listGroupUsers?groupId=7",
         R"([{"id":1,"groupId":7,"username":"me","adminFlag":1},{"id":2,"groupId":7,"username":"<i>m</i>","adminFlag":0}])"));
 const QString kick = users + "removeGroupMember?groupId=7&usernames=";
 const QString team = "<i>G</i>(ID:7)";
-const Flow groups{"groups",
-    [](CloudFileManger* client, QWidget* parent) {
-        return new GroupManageDlg(client, QApplication::clipboard(), "me", parent);
-    },
-    {selects(team, "Generating invitation codes"), presses("Join the group"), presses("Create group"),
-        selects("<i>m</i>", "Removing a group member"), selects(team, "Delete the group")},
-    list + members + members + get(users + "getInviteCode?groupId=7", reply(R"("<i>C</i>")"))
-        + box("Invitation code:<i>C</i>\nThe invitation code is copied to the clipboard.")
-        + opens("Join group by invitation code", {fills({{"Invitation code", "C"}}, "Join the group")})
-        + asks("POST", users + "inviteToGroup") + box("Join the group successfully!") + list + members
-        + opens("Create a group", {fills({{"Group Name", "G"}}, "Create")})
-        + asks("POST", "/project/cloudProjectGroup/saveOrUpdate") + box("Create group successfully!") + list
-        + members + members + asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E") + list + members + members
-        + box("Do you want to delete this group?") + members
-        + asks("DELETE", kick + "me", success, UnlessQuitting)
-        + asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E", success, UnlessQuitting)
-        + asks("DELETE", "/project/cloudProjectGroup/delete?id=7", success, UnlessQuitting)
-        + box("Delete successfully!") + list + members};
+const Steps allGroups = list + members;
+const Steps kicks = asks("DELETE", kick + "%3Ci%3Em%3C%2Fi%3E");
+QDialog* groups(CloudFileManger* client, QWidget* parent)
+{
+    return new GroupManageDlg(client, QApplication::clipboard(), "me", parent);
+}
+const QVector<Flow> groupFlows{
+    {"invite", groups, {selects(team, "Generating invitation codes")},
+        members + get(users + "getInviteCode?groupId=7", reply(R"("<i>C</i>")"))
+            + box("Invitation code:<i>C</i>\nThe invitation code is copied to the clipboard."),
+        allGroups, true},
+    {"join a group", groups, {presses("Join the group")},
+        opens("Join group by invitation code", {fills({{"Invitation code", "C"}}, "Join the group")})
+            + asks("POST", users + "inviteToGroup") + box("Join the group successfully!") + allGroups,
+        allGroups},
+    {"create a group", groups, {presses("Create group")},
+        opens("Create a group", {fills({{"Group Name", "G"}}, "Create")})
+            + asks("POST", "/project/cloudProjectGroup/saveOrUpdate") + box("Create group successfully!")
+            + allGroups,
+        allGroups},
+    {"remove a member", groups, {selects("<i>m</i>", "Removing a group member")}, members + kicks + allGroups,
+        allGroups},
+    {"delete a group", groups, {selects(team, "Delete the group")},
+        members + box("Do you want to delete this group?") + members
+            + still(Anyway,
+                asks("DELETE", kick + "me") + kicks
+                    + asks("DELETE", "/project/cloudProjectGroup/delete?id=7"))
+            + box("Delete successfully!") + allGroups,
+        allGroups},
+};
 
 const Steps projects = get("/project/cloudProjectBackup/getProjectList?sourceClient=Soft",
     reply(R"([{"id":9,"projectTitle":"<i>P</i>","sourceClient":"Soft"}])"));
 CloudFileManger::ShareProjectInfo chosen;
-const Flow chooser{"choice of a project",
+const Flow chooser{"choose a project",
     [](CloudFileManger* client, QWidget* parent) {
         return new ChoiceCloudProjectDlg(client, &chosen, "Current", "7", parent);
     },
     {presses("Add"), selects("<i>P</i>", "OK")},
-    projects
-        + opens("Add cloud Project",
-            {fills({{"Cloud Project Name", "N"}, {"Cloud Project Description", "D"}}, "OK")})
+    opens(
+        "Add cloud Project", {fills({{"Cloud Project Name", "N"}, {"Cloud Project Description", "D"}}, "OK")})
         + asks("POST", "/project/cloudProjectInfo/add", reply("9")) + projects
-        + box("Add cloud project successfully!")};
+        + box("Add cloud project successfully!"),
+    projects, true};
 
 const QString share = "/project/cloudProjectShare/";
-const QString ofSoft = "?sourceClient=Soft";
-Steps tree(GoesOn first = Never)
-{
-    return get("/project/cloudProjectBackup/getProjectList" + ofSoft, reply("[]"), first)
-        + get(share + "getProjectBySoftId?sourceClient=Soft&targetClient=Soft",
-            reply(R"([{"id":1,"projectTitle":"<i>P<i>","sourceClient":"Soft"}])"), Anyway)
-        + get(share + "getByProject?projectId=1&sourceClient=Soft",
-            reply(R"([{"id":11,"originalName":"<i>a"},{"id":12,"originalName":"<i>b"}])"), Anyway);
-}
+const Steps tree = get("/project/cloudProjectBackup/getProjectList?sourceClient=Soft", reply("[]"))
+    + still(Anyway,
+        get(share + "getProjectBySoftId?sourceClient=Soft&targetClient=Soft",
+            reply(R"([{"id":1,"projectTitle":"<i>P<i>","sourceClient":"Soft"}])"))
+            + get(share + "getByProject?projectId=1&sourceClient=Soft",
+                reply(R"([{"id":11,"originalName":"<i>a"},{"id":12,"originalName":"<i>b"}])")));
 
 QDialog* space(CloudFileManger* client, QWidget* parent)
 {
@@ -253,61 +270,58 @@ Act clicksTile(const QString& name, int times)
     };
 }
 
-Act choosesMode(const QString& mode)
+/// Goes to the tab and the way of sharing.
+Act sharesBy(const QString& mode)
 {
     return [mode](QDialog& dialog) {
+        openTab(dialog, Tab(1));
         for (auto* radio : dialog.findChildren<QRadioButton*>())
             if (radio->text() == mode)
                 robot::click(*radio, {8, radio->height() / 2});
     };
 }
 
-const Act toShareTab = [](QDialog& dialog) { openTab(dialog, Tab(1)); };
-const Steps opening = tree() + friends + list;
+const Steps opening = tree + friends + list;
 const Steps upload = projects + opens("Choose Cloud Project", {selects("<i>P</i>", "OK")})
     + asks("POST", share + "upload", reply(R"({"logicalId":42})"));
 const Steps extracts = get(share + "extractByCode?extractionCode=C&sourceClient=Soft");
 
+const Steps isShared = box("Share successfully!") + tree;
+/// Types into the only field that has no name.
+const Act extractsCode = [](QDialog& dialog) {
+    robot::click(*field(dialog, {}));
+    robot::write(dialog, "C");
+    press(dialog, "Extract");
+};
+const Act typesFile = [](QDialog& dialog) { type(dialog, "File", "a.dwg"); };
+
 const QVector<Flow> spaceFlows{
-    {"browse and download", space,
-        {presses("Refresh"), clicksTile("Soft", 2), clicksTile("<i>P<i>", 1), presses("Download")},
-        opening + tree() + opens("Save path", {chooses("out")})
-            + box("A file with the same name exists,whether or not covered?")
+    {"browse", space, {presses("Refresh")}, tree, opening, true},
+    {"download", space, {clicksTile("Soft", 2), clicksTile("<i>P<i>", 1), presses("Download")},
+        opens("Save path", {chooses("out")}) + box("A file with the same name exists,whether or not covered?")
             + get(share + "download?logicalId=11", "bytes") + get(share + "download?logicalId=12", "bytes")
-            + box("The download is complete!")},
-    {"share by code", space,
-        {toShareTab, presses("Browse..."), presses("Share"),
-            [](QDialog& dialog) {
-                auto* edit = dialog.findChildren<QLineEdit*>().last();
-                for (auto* one : dialog.findChildren<QLineEdit*>())
-                    if (one->isVisible() && one->accessibleName() != "File" && !one->isReadOnly())
-                        edit = one;
-                robot::click(*edit);
-                robot::write(*edit, "C");
-                press(dialog, "Extract");
-            }},
-        opening + opens("Obtaining the file path", {chooses("a.dwg")}) + upload
+            + box("The download is complete!"),
+        opening},
+    {"share by code", space, {sharesBy("Anonymous share"), presses("Browse..."), presses("Share")},
+        opens("Obtaining the file path", {chooses("a.dwg")}) + upload
             + asks("POST", share + "toAnonymous", reply(R"("C")"))
             + box("Fetch Code:C\nThe fetch code is copied to the clipboard.") + extracts
-            + box("Please go to my Cloud space to view the uploaded file.") + tree() + extracts
-            + box("Extraction successfully! Please go to My Cloud space to view the file") + tree()},
-    {"share with friends and groups", space,
-        {toShareTab, choosesMode("Share To friends"),
-            [](QDialog& dialog) {
-                clickRow(dialog, "13");
-                fills({{"File", "a.dwg"}}, "Share")(dialog);
-            },
-            choosesMode("Share To groups"), selects("<i>G</i>", "Share")},
-        opening + upload + asks("POST", share + "toUSer") + box("Share successfully!") + tree() + upload
-            + asks("POST", share + "toGroup") + box("Share successfully!") + tree()},
-    {"manage friends and groups", space,
-        {toShareTab, choosesMode("Share To friends"), presses("Address book Management"),
-            choosesMode("Share To groups"), presses("Group management")},
-        opening + friends + opens("Address book Management", {presses("Close")}) + later(friends) + list
-            + members + opens("Group management", {presses("Close")}) + later(list)},
+            + box("Please go to my Cloud space to view the uploaded file.") + tree,
+        opening},
+    {"extract", space, {sharesBy("Anonymous share"), extractsCode},
+        extracts + box("Extraction successfully! Please go to My Cloud space to view the file") + tree,
+        opening},
+    {"share with friends", space, {sharesBy("Share To friends"), typesFile, selects("13", "Share")},
+        upload + asks("POST", share + "toUSer") + isShared, opening},
+    {"share with groups", space, {sharesBy("Share To groups"), typesFile, selects("<i>G</i>", "Share")},
+        upload + asks("POST", share + "toGroup") + isShared, opening},
+    {"manage friends", space, {sharesBy("Share To friends"), presses("Address book Management")},
+        friends + opens("Address book Management", {presses("Close")}) + still(WhenClosed, friends), opening},
+    {"manage groups", space, {sharesBy("Share To groups"), presses("Group management")},
+        allGroups + opens("Group management", {presses("Close")}) + still(WhenClosed, list), opening},
 };
 
-const QVector<Flow> flows = accountFlows + QVector<Flow>{addressBook, groups, chooser} + spaceFlows;
+const QVector<Flow> flows = accountFlows + friendFlows + groupFlows + QVector<Flow>{chooser} + spaceFlows;
 
 /// What of \a window's texts is taken for markup.
 QStringList takenForMarkup(const QWidget& window)
@@ -344,6 +358,7 @@ public:
     Stage(CloudSpaceFixture& shared, const Flow& played, int atStep, Ending by, const QByteArray& cutAnswer)
         : fixture(shared)
         , flow(played)
+        , steps(played.opening + played.steps)
         , cut(atStep)
         , ending(by)
         , answerAtCut(cutAnswer)
@@ -358,7 +373,7 @@ public:
             QDir().mkpath(QFileInfo(name).path());
             QFile(name).open(QIODevice::WriteOnly);
         }
-        for (int i = 0; i < flow.steps.size(); ++i)
+        for (int i = 0; i < steps.size(); ++i)
             expect(i);
         parent->show();
         if (ending == Quits) {
@@ -383,7 +398,7 @@ public:
 private:
     void expect(int i)
     {
-        const Step& step = flow.steps[i];
+        const Step& step = steps[i];
         if (step.method == "box")
             fixture.boxes().expect(
                 {QMessageBox::NoIcon, {}, step.what, {}, QMessageBox::Ok, [=] { reach(i); }});
@@ -418,12 +433,12 @@ private:
             QCoreApplication::quit();
     }
 
-    bool isRequest(int i) const { return !flow.steps[i].answer.isNull(); }
+    bool isRequest(int i) const { return !steps[i].answer.isNull(); }
     bool quits() const { return isCut && ending == Quits; }
     bool goesOn(int i) const
     {
-        const GoesOn how = flow.steps[i].goesOn;
-        return how == Anyway || (how == UnlessQuitting && ending != Quits);
+        const GoesOn how = steps[i].goesOn;
+        return how == Anyway || (how == WhenClosed && ending == Closed);
     }
 
     /// The user of a window that went while he did something goes on with nothing.
@@ -438,7 +453,7 @@ private:
     void reach(int i)
     {
         if (isCut && !goesOn(i))
-            complaints.append("came afterwards: " + flow.steps[i].what);
+            complaints.append("came afterwards: " + steps[i].what);
         for (const QWidget* window : QApplication::topLevelWidgets())
             for (const QString& text : takenForMarkup(*window))
                 complaints.append("taken for markup: " + text);
@@ -448,7 +463,7 @@ private:
         isCut = ending == Quits || ending == ParentDestroyed || (ending != ClientDestroyed && dialog);
         if (isCut)
             fixture.expectNothing();
-        for (int next = i + 1; isCut && next < flow.steps.size(); ++next)
+        for (int next = i + 1; isCut && next < steps.size(); ++next)
             if (isRequest(next) && goesOn(next))
                 expect(next);
         if (ending == Closed && isCut)
@@ -474,6 +489,7 @@ private:
 
     CloudSpaceFixture& fixture;
     const Flow& flow;
+    const Steps steps;
     int cut;
     Ending ending;
     QByteArray answerAtCut;
@@ -494,13 +510,9 @@ private slots:
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<int>("ending");
-        // All of the rows take minutes: each of several processes takes a share.
-        const int shares = qMax(qEnvironmentVariableIntValue("TAV_SHARES"), 1);
-        int row = qEnvironmentVariableIntValue("TAV_SHARE");
         for (int i = 0; i < flows.size(); ++i)
             for (int ending = Closed; ending <= Quits; ++ending)
-                if ((i >= accountFlows.size() || (ending != ClientDestroyed && ending != DestroyedWithClient))
-                    && row++ % shares == 0)
+                if (i >= accountFlows.size() || (ending != ClientDestroyed && ending != DestroyedWithClient))
                     QTest::addRow("%s, %s", flows[i].name, endings[ending]) << i << ending;
     }
 
@@ -509,16 +521,18 @@ private slots:
         QFETCH(int, index);
         QFETCH(int, ending);
         const Flow& flow = flows[index];
-        for (int cut = ending == Closed ? -1 : 0; cut < flow.steps.size(); ++cut) { // at first not at all
-            const QString where = cut < 0 ? "uncut" : QString("%1, %2").arg(cut).arg(flow.steps[cut].what);
+        const Steps steps = flow.opening + flow.steps;
+        const int first = flow.cutsOpening ? 0 : flow.opening.size();
+        for (int cut = first - (ending == Closed); cut < steps.size(); ++cut) { // closed: at first not at all
+            const bool isCut = cut >= first;
+            const QString where = isCut ? QString("%1, %2").arg(cut).arg(steps[cut].what) : "uncut";
             bool again = true;
             for (QByteArray answer; again; answer = refused) {
-                Stage stage(*fixture, flow, cut, Ending(ending), answer);
+                Stage stage(*fixture, flow, isCut ? cut : -1, Ending(ending), answer);
                 const QStringList wrong = stage.play();
                 QVERIFY2(wrong.isEmpty() && !QTest::currentTestFailed(),
                     qPrintable(where + ": " + wrong.join("; ")));
-                again =
-                    answer.isNull() && ending <= Destroyed && stage.wasCut() && canBeRefused(flow.steps, cut);
+                again = answer.isNull() && ending <= Destroyed && stage.wasCut() && canBeRefused(steps, cut);
             }
         }
     }

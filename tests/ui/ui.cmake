@@ -9,13 +9,6 @@ tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)
 tav_test(tst_lifetimes ui/tst_lifetimes.cpp ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
-get_test_property(tst_lifetimes ENVIRONMENT test_environment)
-set_tests_properties(tst_lifetimes PROPERTIES TIMEOUT 600 ENVIRONMENT "${test_environment};TAV_SHARES=4")
-foreach(share IN ITEMS 1 2 3)
-    add_test(NAME tst_lifetimes_${share} COMMAND tst_lifetimes)
-    set_tests_properties(tst_lifetimes_${share} PROPERTIES
-        TIMEOUT 600 ENVIRONMENT "${test_environment};TAV_SHARES=4;TAV_SHARE=${share}")
-endforeach()
 foreach(name IN ITEMS clouddialogs cloudspace sharetab)
     tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp
         ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
