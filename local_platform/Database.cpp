@@ -86,6 +86,16 @@ create view share_recipients as
     join group_members on group_members.group_id = shares.group_id;
 )";
 
+bool hasColumn(soci::session& sql, const std::string& table, const std::string& column)
+{
+    soci::row row;
+    sql << "select * from " + table + " where 1 = 0", soci::into(row);
+    for (std::size_t i = 0; i < row.size(); ++i)
+        if (row.get_properties(i).get_name() == column)
+            return true;
+    return false;
+}
+
 void createSchema(soci::session& sql)
 {
     std::string script = schema;
@@ -97,6 +107,11 @@ void createSchema(soci::session& sql)
     for (std::string statement; std::getline(statements, statement, ';');) {
         if (statement.find_first_not_of('\n') != std::string::npos)
             sql << statement;
+    }
+    // What came later than its table. A file that is older has no digest until its first download.
+    for (const std::string table : {"backups", "shared_files"}) {
+        if (!hasColumn(sql, table, "sha256"))
+            sql << "alter table " + table + " add column sha256 text";
     }
 }
 

@@ -85,6 +85,8 @@ IncomingFile::~IncomingFile()
 void IncomingFile::append(const char* data, std::size_t size) noexcept
 {
     size_ += size;
+    if (error_ == 0 && size_ <= maxSize_)
+        digest_.add(data, size);
     while (size > 0 && error_ == 0 && size_ <= maxSize_) {
         const ssize_t written = ::write(descriptor_, data, size);
         if (written < 0 && errno == EINTR)
@@ -110,6 +112,7 @@ void IncomingFile::publish()
         throw Refusal("The platform has no room left", 507);
     if (error_ != 0)
         throwSystemError(error_, "upload");
+    sha256_ = digest_.finish();
     close();
     std::filesystem::rename(path_, files_ / name_);
     path_ = files_ / name_;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Sha256.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <set>
@@ -46,6 +48,8 @@ public:
 
     const std::string& storedName() const { return name_; }
     std::uint64_t size() const { return size_; }
+    /// Of a file that was published, in Base64.
+    const std::string& sha256() const { return sha256_; }
 
 private:
     void close() noexcept;
@@ -55,6 +59,8 @@ private:
     std::filesystem::path files_;
     std::uint64_t maxSize_;
     std::uint64_t size_ = 0;
+    Sha256 digest_;
+    std::string sha256_;
     int descriptor_ = -1;
     int error_ = 0;
     bool kept_ = false;

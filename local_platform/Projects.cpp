@@ -57,9 +57,10 @@ Json Projects::upload(Call& call)
     requireOwnProject(db, call.user(), project);
     const auto replaced = db.text("select stored_name from backups where project_id = :id", {project});
     db.run("delete from backups where project_id = :id", {project});
-    db.run(
-        "insert into backups (project_id, file_name, stored_name, size) values (:id, :name, :stored, :size)",
-        {project, upload.fileName, upload.file->storedName(), static_cast<long long>(upload.file->size())});
+    db.run("insert into backups (project_id, file_name, stored_name, size, sha256)"
+           " values (:id, :name, :stored, :size, :sha256)",
+        {project, upload.fileName, upload.file->storedName(), static_cast<long long>(upload.file->size()),
+            upload.file->sha256()});
     db.commit();
     upload.file->keep();
     if (replaced)
@@ -67,16 +68,16 @@ Json Projects::upload(Call& call)
     return success({{"projectId", project}, {"size", upload.file->size()}});
 }
 
-OpenFile Projects::download(Call& call)
+Download Projects::download(Call& call)
 {
     const long long project = call.query().id("projectId");
-    auto db = database_.work();
-    requireOwnProject(db, call.user(), project);
-    const auto stored = db.text("select stored_name from backups where project_id = :id", {project});
-    if (!stored)
-        throw Refusal("The project has no backup yet", 404);
-    // Opened while no upload can replace it; read at leisure.
-    return files_.open(*stored);
+    return openDownload(database_, files_, "backups", [&](Database::Work& db) {
+        requireOwnProject(db, call.user(), project);
+        Json row = db.row("select stored_name, sha256 from backups where project_id = :id", {project});
+        if (row.is_null())
+            throw Refusal("The project has no backup yet", 404);
+        return row;
+    });
 }
 
 } // namespace local_platform

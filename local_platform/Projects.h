@@ -22,7 +22,7 @@ private:
     Json add(Call& call);
     Json list(Call& call);
     Json upload(Call& call);
-    OpenFile download(Call& call);
+    Download download(Call& call);
 
     Database& database_;
     const FileStore& files_;

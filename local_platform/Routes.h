@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Call.h"
+#include "Download.h"
 #include "Envelope.h"
-#include "FileStore.h"
 
 #include <functional>
 #include <map>
@@ -20,7 +20,7 @@ struct Xml
     std::string text;
 };
 
-using Reply = std::variant<Json, OpenFile, Xml>;
+using Reply = std::variant<Json, Download, Xml>;
 using Endpoint = std::function<Reply(Call&)>;
 
 /// Which endpoint answers which method and path. A path that ends in '*' takes any one further segment.

@@ -51,6 +51,7 @@ void writeFailure(httplib::Response& response, int status, int code, const std::
 
 struct ReplyWriter
 {
+    const httplib::Request& request;
     httplib::Response& response;
 
     void operator()(const Json& document) const { writeJson(response, document); }
@@ -61,9 +62,13 @@ struct ReplyWriter
         response.set_content(xml.text, "text/xml; charset=utf-8");
     }
 
-    void operator()(OpenFile& file) const
+    void operator()(Download& download) const
     {
-        const auto shared = std::make_shared<OpenFile>(std::move(file));
+        // One is of the bytes that come, the other of the whole file, whatever part of it was asked for.
+        if (request.ranges.empty())
+            response.set_header("Content-Digest", "sha-256=:" + download.sha256 + ":");
+        response.set_header("Digest", "sha-256=" + download.sha256);
+        const auto shared = std::make_shared<OpenFile>(std::move(download.file));
         const auto provider = [shared](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
             std::array<char, 64u << 10> buffer;
             const long got = shared->read(offset, buffer.data(), std::min(length, buffer.size()));
@@ -169,7 +174,7 @@ void Server::handle(
         Reply reply = platform_.answer(call);
         call.finish();
         response.status = 200;
-        std::visit(ReplyWriter{response}, reply);
+        std::visit(ReplyWriter{request, response}, reply);
     } catch (const Refusal& refusal) {
         call.finish();
         writeFailure(response, refusal.status(), refusal.code(), refusal.what());

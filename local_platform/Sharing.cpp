@@ -67,11 +67,12 @@ Json Sharing::upload(Call& call)
 
     auto db = database_.work();
     requireOwnProject(db, call.user(), project);
-    const auto id =
-        db.number("insert into shared_files (project_id, support_type_id, type_flag, original_name,"
-                  " stored_name, size) values (:project, :type, :flag, :name, :stored, :size) returning id",
-            {project, upload.fields.text("supportTypeId"), upload.fields.text("typeFlag"), upload.fileName,
-                upload.file->storedName(), static_cast<long long>(upload.file->size())});
+    const auto id = db.number(
+        "insert into shared_files (project_id, support_type_id, type_flag, original_name,"
+        " stored_name, size, sha256)"
+        " values (:project, :type, :flag, :name, :stored, :size, :sha256) returning id",
+        {project, upload.fields.text("supportTypeId"), upload.fields.text("typeFlag"), upload.fileName,
+            upload.file->storedName(), static_cast<long long>(upload.file->size()), upload.file->sha256()});
     db.commit();
     upload.file->keep();
     return success({{"logicalId", id.value()}});
@@ -184,15 +185,16 @@ Json Sharing::listFiles(Call& call)
         {project, call.user(), clock_.now(), call.user(), target, target}));
 }
 
-OpenFile Sharing::download(Call& call)
+Download Sharing::download(Call& call)
 {
-    auto db = database_.work();
-    const auto stored = db.text("select files.stored_name" + filesOfProjects
-            + "where files.id = :id and (projects.owner_id = :user or " + isShared + ")",
-        {call.query().id("logicalId"), call.user(), clock_.now(), call.user()});
-    if (!stored)
-        throw unknown("file");
-    return files_.open(*stored);
+    return openDownload(database_, files_, "shared_files", [&](Database::Work& db) {
+        Json row = db.row("select files.stored_name, files.sha256" + filesOfProjects
+                + "where files.id = :id and (projects.owner_id = :user or " + isShared + ")",
+            {call.query().id("logicalId"), call.user(), clock_.now(), call.user()});
+        if (row.is_null())
+            throw unknown("file");
+        return row;
+    });
 }
 
 } // namespace local_platform

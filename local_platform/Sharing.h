@@ -27,7 +27,7 @@ private:
     Json extract(Call& call);
     Json listProjects(Call& call);
     Json listFiles(Call& call);
-    OpenFile download(Call& call);
+    Download download(Call& call);
 
     /// A new share of the form's files, which must be the user's and of the form's project.
     long long addShare(Database::Work& db, long long user, const Fields& form) const;

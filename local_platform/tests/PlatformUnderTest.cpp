@@ -33,7 +33,13 @@ Answer Client::send(
         if (!value.isEmpty())
             request.set_header(name.toStdString(), value.toStdString());
     const httplib::Result result = http.send(request);
-    return result ? Answer{result->status, QByteArray::fromStdString(result->body)} : Answer();
+    if (!result)
+        return {};
+    const auto header = [&](const char* name) {
+        return QByteArray::fromStdString(result->get_header_value(name));
+    };
+    return {
+        result->status, QByteArray::fromStdString(result->body), header("Content-Digest"), header("Digest")};
 }
 
 Answer Client::postForm(const QByteArray& path, const FormFields& fields) const

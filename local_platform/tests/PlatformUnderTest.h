@@ -14,6 +14,8 @@ struct Answer
 {
     int status = 0; ///< 0: no answer
     QByteArray body;
+    QByteArray contentDigest;
+    QByteArray digest;
 
     QJsonObject json() const;
     int code() const { return json().value("code").toInt(-1); }
@@ -36,7 +38,10 @@ public:
     {
     }
 
-    Answer get(const QByteArray& path) const { return send("GET", path); }
+    Answer get(const QByteArray& path, const FormFields& headers = {}) const
+    {
+        return send("GET", path, {}, headers);
+    }
     Answer del(const QByteArray& path) const { return send("DELETE", path); }
     Answer post(const QByteArray& path, const QByteArray& body = {}, const QByteArray& type = {},
         const FormFields& moreHeaders = {}) const

@@ -3,6 +3,8 @@
 
 #include <QTcpSocket>
 #include <atomic>
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
 #include <thread>
 
 namespace {
@@ -10,6 +12,7 @@ namespace {
 const QByteArray uploadPath = "/project/cloudProjectBackup/upload";
 const QByteArray filePart = "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\n";
 const QByteArray downloadPath = "/project/cloudProjectBackup/downloadProject?projectId=";
+const QByteArray sharedPath = "/project/cloudProjectShare/download?logicalId=";
 
 Answer backUp(const Client& client, const QByteArray& project, const QByteArray& content)
 {
@@ -132,6 +135,54 @@ private slots:
         QVERIFY(written);
         QVERIFY(whole);
         QCOMPARE(m_platform.storedFiles().size(), files);
+    }
+
+    void downloadsCarryTheDigestOfWhatWasStored()
+    {
+        PlatformUnderTest platform;
+        QByteArray project;
+        QByteArray shared;
+        const auto overwrite = [&](const QByteArray& content) {
+            for (const QString& name : platform.storedFiles()) {
+                QFile file(platform.data() + "/files/" + name);
+                QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+            }
+        };
+        const auto check = [&](const QByteArray& body, const QByteArray& digested) {
+            const QByteArray sha256 =
+                QCryptographicHash::hash(digested, QCryptographicHash::Sha256).toBase64();
+            const Client alice = platform.signedIn("alice");
+            for (const QByteArray& path : {downloadPath + project, sharedPath + shared}) {
+                const Answer whole = alice.get(path);
+                QVERIFY2(whole.body == body, path);
+                QCOMPARE(whole.contentDigest, "sha-256=:" + sha256 + ":");
+                QCOMPARE(whole.digest, "sha-256=" + sha256);
+                const Answer part = alice.get(path, {{"Range", "bytes=1-2"}});
+                QCOMPARE(part.body, body.mid(1, 2));
+                QCOMPARE(part.contentDigest, QByteArray());
+                QCOMPARE(part.digest, "sha-256=" + sha256);
+            }
+        };
+
+        const QByteArray first = "first" + QByteArray(3000000, 'x');
+        const QByteArray second = "second" + QByteArray(3000000, 'y');
+        const Client alice = platform.signedIn("alice");
+        project = addProject(alice);
+        QVERIFY(backUp(alice, project, first).ok());
+        shared = uploadSharedFile(alice, project, "x.dwg", first);
+        check(first, first);
+        overwrite("damaged");
+        check("damaged", first);
+
+        QCOMPARE(platform.stop(), 0);
+        for (const char* table : {"backups", "shared_files"})
+            soci::session(soci::sqlite3, "db=" + platform.data().toStdString() + "/platform.sqlite")
+                << std::string("alter table ") + table + " drop column sha256";
+        overwrite(second);
+        platform.restart();
+        check(second, second);
+        overwrite("damaged");
+        check("damaged", second);
     }
 
     void whatWasAcknowledgedOutlivesAKill()

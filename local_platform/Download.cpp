@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "Download.h"
+
+#include "Sha256.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <vector>
+
+namespace local_platform {
+
+namespace {
+
+std::string digestOf(const OpenFile& file)
+{
+    Sha256 digest;
+    std::vector<char> buffer(1u << 20);
+    for (std::uint64_t at = 0; at < file.size();) {
+        const long got = file.read(at, buffer.data(), buffer.size());
+        if (got <= 0)
+            throw std::runtime_error("A stored file cannot be read to its end");
+        digest.add(buffer.data(), static_cast<std::size_t>(got));
+        at += static_cast<std::uint64_t>(got);
+    }
+    return digest.finish();
+}
+
+} // namespace
+
+Download openDownload(Database& database, const FileStore& files, const std::string& table,
+    const std::function<Json(Database::Work&)>& find)
+{
+    // Opened while no upload can replace it; read at leisure.
+    const auto opened = [&](Database::Work db) {
+        Json row = find(db);
+        return std::make_pair(files.open(row["stored_name"].get<std::string>()), std::move(row));
+    };
+    auto [file, row] = opened(database.work());
+    if (!row["sha256"].is_null())
+        return {std::move(file), row["sha256"].get<std::string>()};
+
+    // Stored before digests were kept.
+    const std::string digest = digestOf(file);
+    auto db = database.work();
+    db.run("update " + table + " set sha256 = :digest where stored_name = :name",
+        {digest, row["stored_name"].get<std::string>()});
+    db.commit();
+    return {std::move(file), digest};
+}
+
+} // namespace local_platform
