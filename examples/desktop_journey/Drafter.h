@@ -135,6 +135,26 @@ public:
         until("a place for " + name, take);
     }
 
+    /// Asks between two events of the GUI thread, whichever of its event loops runs, until it \a isSo.
+    void until(const QString& what, const std::function<bool()>& isSo)
+    {
+        const auto ask = [](const std::function<bool()>& question) {
+            bool answer = false;
+            QMetaObject::invokeMethod(qApp, question, Qt::BlockingQueuedConnection, &answer);
+            return answer;
+        };
+        for (const QDeadlineTimer patience(60000); !ask(isSo); QThread::msleep(5)) {
+            if (!patience.hasExpired())
+                continue;
+            QString seen;
+            ask([&] {
+                seen = front()->windowTitle() + ' ' + front()->property("text").toString();
+                return front()->grab().save(pictures + "/astray.png");
+            });
+            throw Astray("there is no sign of " + what + "; in front is \"" + seen + '"');
+        }
+    }
+
 private:
     /// Without what a label has beside the name.
     static QString plain(QString text) { return text.remove('&').remove("...").remove(':'); }
@@ -223,26 +243,6 @@ private:
             }
             return false;
         });
-    }
-
-    /// Asks between two events of the GUI thread, whichever of its event loops runs, until it \a isSo.
-    void until(const QString& what, const std::function<bool()>& isSo)
-    {
-        const auto ask = [](const std::function<bool()>& question) {
-            bool answer = false;
-            QMetaObject::invokeMethod(qApp, question, Qt::BlockingQueuedConnection, &answer);
-            return answer;
-        };
-        for (const QDeadlineTimer patience(60000); !ask(isSo); QThread::msleep(5)) {
-            if (!patience.hasExpired())
-                continue;
-            QString seen;
-            ask([&] {
-                seen = front()->windowTitle() + ' ' + front()->property("text").toString();
-                return front()->grab().save(pictures + "/astray.png");
-            });
-            throw Astray("there is no sign of " + what + "; in front is \"" + seen + '"');
-        }
     }
 
     QMainWindow* window;

@@ -26,6 +26,6 @@ int main(int argc, char* argv[])
     drawing.write(QByteArray("\r\n\0\xff--", 6).repeated(5000));
     drawing.close();
 
-    const int result = journey(drawing.fileName(), pictures);
+    const int result = journey(drawing.fileName(), pictures, platform.data() + "/outbox");
     return result == 0 ? platform.stop() : result;
 }

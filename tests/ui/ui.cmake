@@ -14,8 +14,6 @@ foreach(name IN ITEMS clouddialogs cloudspace sharetab)
         ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
 endforeach()
 if(TAV_WITH_LOCAL_PLATFORM)
-    tav_test(tst_endtoend ui/account/tst_endtoend.cpp ui/account/DialogFixture.cpp)
-    target_link_libraries(tst_endtoend PRIVATE platform_under_test)
     tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
     target_sources(tst_desktopjourney PRIVATE
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey/Journey.cpp
@@ -26,7 +24,6 @@ if(TAV_WITH_LOCAL_PLATFORM)
     set_tests_properties(tst_desktopjourney PROPERTIES TIMEOUT 600) # the drafters are patient
 else() # left out, but not forgotten
     set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES
-        ${CMAKE_CURRENT_SOURCE_DIR}/ui/account/tst_endtoend.cpp
         ${CMAKE_CURRENT_SOURCE_DIR}/ui/tst_desktopjourney.cpp)
 endif()
 tav_test(tst_translation ui/tst_translation.cpp)
