@@ -44,6 +44,14 @@ bool hasPromisedLength(const QNetworkReply& reply, qint64 received)
         || reply.rawHeader("Content-Length") == QByteArray::number(received);
 }
 
+/// Whether the end of \a reply is to be believed without a digest. Over TLS a body that goes on until the
+/// connection ends is not: Qt hides whether the peer ended it, or somebody on the way cut it.
+bool showsItsEnd(const QNetworkReply& reply)
+{
+    return reply.url().scheme() != QLatin1String("https") || reply.hasRawHeader("Content-Length")
+        || !reply.rawHeader("Transfer-Encoding").isEmpty();
+}
+
 } // namespace
 
 bool BodyReader::take(QNetworkReply& reply)
@@ -84,7 +92,8 @@ bool FileReader::take(QNetworkReply& reply)
 bool FileReader::hasWholeBody(const QNetworkReply& reply) const
 {
     return state == State::Writing && reply.error() == QNetworkReply::NoError
-        && hasPromisedLength(reply, received) && (digest.isEmpty() || hash.result() == digest);
+        && hasPromisedLength(reply, received)
+        && (digest.isEmpty() ? showsItsEnd(reply) : hash.result() == digest);
 }
 
 bool FileReader::commit()

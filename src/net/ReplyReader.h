@@ -50,7 +50,7 @@ public:
     /// Whether the file could not be written; nothing more was taken then.
     bool hasFailed() const { return state == State::Failed; }
     /// Whether a file's bytes have come, and all of them, as far as the peer told how many or what their
-    /// digest is.
+    /// digest is; over TLS it has to tell.
     bool hasWholeBody(const QNetworkReply& reply) const;
     /// Puts the file in place; false, with the old file untouched, if anything was not written.
     bool commit();

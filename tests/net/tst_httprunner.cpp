@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Runners.h"
+#include "TlsPeer.h"
 #include "net/ReplyEnvelope.h"
 #include "support/MultipartForm.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QNetworkProxy>
 #include <QTemporaryDir>
@@ -14,6 +16,7 @@
 #include <unistd.h>
 
 Q_DECLARE_METATYPE(Behaviour)
+Q_DECLARE_METATYPE(TlsPeer::End)
 
 namespace {
 const QByteArray object = R"({"code":0,"data":{"id":12345678901,"名":"值"},"list":[1,null]})";
@@ -264,6 +267,44 @@ private slots:
         peer.expect("POST", "/", behaviour::answerEarly(object, 413, true));
         const Outcome outcome = outcomeOf(posting(QByteArray(8 << 20, 'x')), peer.address() + "/");
         QVERIFY2(outcome.ok, qPrintable(outcome.error));
+    }
+
+    void aTlsReplyNeedsItsEnd_data()
+    {
+        QTest::addColumn<Runner>("runner");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<TlsPeer::End>("end");
+        QTest::addColumn<QString>("error"); // empty for none
+
+        const Runner download = downloading(folder.filePath("tls"));
+        const Runner post = posting({});
+        const QByteArray bare = "HTTP/1.1 200 OK\r\n";
+        const QByteArray digest = QCryptographicHash::hash(object, QCryptographicHash::Sha256).toBase64();
+        const QByteArray digested = bare + "Digest: SHA-256=" + digest + "\r\n\r\n" + object;
+        const QByteArray chunks = "Transfer-Encoding: chunked\r\n\r\n3\r\nxyz\r\n0\r\n\r\n";
+        QTest::newRow("length") << download << behaviour::response(object) << TlsPeer::End::Cut << "";
+        QTest::newRow("chunks") << download << bare + chunks << TlsPeer::End::Cut << "";
+        QTest::newRow("digest") << download << digested << TlsPeer::End::Cut << "";
+        QTest::newRow("cut chunks") << download << bare + chunks.chopped(5) << TlsPeer::End::Cut
+                                    << replyUnusable();
+        QTest::newRow("nothing") << download << bare + "\r\n" + object << TlsPeer::End::Cut
+                                 << replyUnusable();
+        QTest::newRow("JSON") << post << bare + "\r\n" + object << TlsPeer::End::Cut << "";
+        QTest::newRow("announced") << post << bare + "\r\n" + object << TlsPeer::End::Announced
+                                   << connectionTimedOut();
+    }
+
+    void aTlsReplyNeedsItsEnd()
+    {
+        QFETCH(Runner, runner);
+        QFETCH(QByteArray, reply);
+        QFETCH(TlsPeer::End, end);
+        QFETCH(QString, error);
+        trustTlsPeers();
+        const TlsPeer peer(reply, end);
+        const double timeoutMs = error == connectionTimedOut() ? shortly : 100000;
+        const Outcome outcome = outcomeOf(runner, peer.address() + "/", {}, timeoutMs);
+        QVERIFY2(error.isEmpty() ? outcome.ok : outcome.failedWith(error), qPrintable(outcome.error));
     }
 
     void quittingEndsTheWait()
