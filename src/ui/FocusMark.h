@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QColor>
 #include <QEvent>
 #include <QPainter>
 #include <QWidget>
@@ -9,9 +10,11 @@
 class FocusMark : public QObject
 {
 public:
-    explicit FocusMark(QWidget* target)
+    /// \param markColour by default that of the widget's texts
+    explicit FocusMark(QWidget* target, const QColor& markColour = QColor())
         : QObject(target)
         , widget(target)
+        , colour(markColour)
     {
         widget->installEventFilter(this);
     }
@@ -22,11 +25,13 @@ public:
             return false;
         watched->event(event);
         QPainter painter(widget);
-        painter.setPen(QPen(widget->palette().color(QPalette::Text), 1, Qt::DotLine));
+        const QColor textColour = widget->palette().color(QPalette::Text);
+        painter.setPen(QPen(colour.isValid() ? colour : textColour, 1, Qt::DotLine));
         painter.drawRect(QRectF(widget->rect()).adjusted(0.5, 0.5, -0.5, -0.5));
         return true;
     }
 
 private:
     QWidget* widget;
+    QColor colour;
 };

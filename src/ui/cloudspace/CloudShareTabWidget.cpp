@@ -101,6 +101,19 @@ QStringList checkedTexts(const RecordTable* table, int column)
     return texts;
 }
 
+/// Puts \a records into \a table. Who was checked stays so, as far as still there: a list is fetched again in
+/// the middle of a share.
+void refill(RecordTable* table, const QVector<QStringList>& records, int keyColumn)
+{
+    const QStringList checked = checkedTexts(table, keyColumn);
+    table->setRowCount(0);
+    for (const QStringList& record : records)
+        table->addRecord(record, new ItemWidget(nullptr));
+    for (int row = 0; row < table->rowCount(); ++row)
+        boxOf(table, row)->setChecked(checked.contains(table->text(row, keyColumn)));
+    table->fitColumns();
+}
+
 /// A page without margins of its own: it stands in a box that has some.
 QVBoxLayout* newPage()
 {
@@ -304,11 +317,10 @@ void CloudShareTabWidget::loadFriends()
     }
     if (outcome != Outcome::Done)
         return;
-    friendsTable->setRowCount(0);
+    QVector<QStringList> records;
     for (const auto& entry : friends)
-        friendsTable->addRecord({entry.friendRemark, entry.friendPhone, entry.friendUnit, entry.friendUser},
-            new ItemWidget(nullptr));
-    friendsTable->fitColumns();
+        records.append({entry.friendRemark, entry.friendPhone, entry.friendUnit, entry.friendUser});
+    refill(friendsTable, records, UserName);
     friendsTable->setEmptyText(tr("There is nobody in your address book yet."));
     friendsCaption->setText(tr("Friends list") + QStringLiteral(" (%1)").arg(friends.size()));
 }
@@ -326,10 +338,10 @@ void CloudShareTabWidget::loadGroups()
     }
     if (outcome != Outcome::Done)
         return;
-    groupsTable->setRowCount(0);
+    QVector<QStringList> records;
     for (const auto& group : groups)
-        groupsTable->addRecord({group.groupName, group.id}, new ItemWidget(nullptr));
-    groupsTable->fitColumns();
+        records.append({group.groupName, group.id});
+    refill(groupsTable, records, GroupId);
     groupsTable->setEmptyText(tr("You are in no group yet."));
     groupsCaption->setText(tr("Groups") + QStringLiteral(" (%1)").arg(groups.size()));
 }

@@ -3,6 +3,7 @@
 
 #include "core/Screen.h"
 #include "ui/ElidedLabel.h"
+#include "ui/FocusMark.h"
 #include "ui/cloudspace/EnterKey.h"
 
 #include <QCoreApplication>
@@ -29,6 +30,11 @@ int nameWidth(const QWidget* widget)
 bool isTooEarly(const QWidget* widget, const QEvent* event)
 {
     return event->type() == QEvent::PolishRequest && !widget->isVisible();
+}
+
+bool isArrow(int key)
+{
+    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
 }
 
 /// Read once, and destroyed before the application is: thousands of tiles have these two.
@@ -84,7 +90,7 @@ QHBoxLayout* centred(QWidget* widget)
 
 } // namespace
 
-/// Enter clicks it as Space does, and it shows that it has the focus, which its style sheet would hide.
+/// Enter clicks it as Space does. The arrow keys are the area's.
 class TavFileButton::IconButton : public QPushButton
 {
 public:
@@ -99,6 +105,8 @@ protected:
     {
         if (isEnter(event))
             click();
+        else if (isArrow(event->key()))
+            event->ignore();
         else
             QPushButton::keyPressEvent(event);
     }
@@ -106,19 +114,9 @@ protected:
     void paintEvent(QPaintEvent* event) override
     {
         QPushButton::paintEvent(event);
-        QPainter painter(this);
-        if (!badge.isEmpty())
-            paintBadge(painter);
-        if (!hasFocus())
+        if (badge.isEmpty())
             return;
-        painter.setPen(QPen(Qt::black, 1, Qt::DotLine)); // on the tile's own colours
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
-    }
-
-private:
-    void paintBadge(QPainter& painter) const
-    {
+        QPainter painter(this);
         const int height = fontMetrics().height();
         QRect place(0, 0, qMax(fontMetrics().horizontalAdvance(badge) + height / 2, height), height);
         QRect icon(QPoint(), iconSize());
@@ -128,7 +126,6 @@ private:
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(0x30, 0x30, 0x30));
         painter.drawRoundedRect(place, height / 2.0, height / 2.0);
-        painter.setRenderHint(QPainter::Antialiasing, false);
         painter.setPen(Qt::white);
         painter.drawText(place, Qt::AlignCenter, badge);
     }
@@ -143,7 +140,8 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setMinimumSize(int(dpi_scaled(70.0)), int(dpi_scaled(90.0)));
     icon->setIcon(iconOf(type));
     icon->setIconSize(iconSize);
-    icon->setStyleSheet("QPushButton{border:none;}");
+    icon->setStyleSheet("QPushButton{border:none;}"); // which leaves a focused button without a mark
+    new FocusMark(icon, Qt::black); // on the tile's own colours
     icon->setAutoDefault(false);
     icon->setAccessibleName(name);
     label = new NameLabel(name, nameWidth(this), nameLines);

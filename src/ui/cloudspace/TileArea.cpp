@@ -113,6 +113,43 @@ bool TileArea::event(QEvent* event)
     return event->isAccepted();
 }
 
+void TileArea::keyPressEvent(QKeyEvent* event)
+{
+    const int last = grid->count() - 1;
+    const int index = indexOf(QApplication::focusWidget());
+    int wanted = index;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        wanted = index - 1;
+        break;
+    case Qt::Key_Right:
+        wanted = index + 1;
+        break;
+    case Qt::Key_Up:
+        wanted = index - grid->columnCount();
+        break;
+    case Qt::Key_Down:
+        wanted = index + grid->columnCount();
+        break;
+    case Qt::Key_Home:
+        wanted = 0;
+        break;
+    case Qt::Key_End:
+        wanted = last;
+        break;
+    default:
+        return QScrollArea::keyPressEvent(event);
+    }
+    if (index < 0) // there is no tile
+        return QScrollArea::keyPressEvent(event);
+    // One that is scrolled far away is hidden, and takes no focus until it is shown.
+    if (wanted >= 0 && wanted <= last && wanted != index) {
+        QWidget* tile = grid->itemAt(wanted)->widget();
+        tile->show();
+        tile->setFocus();
+    }
+}
+
 void TileArea::paintEvent(QPaintEvent* event)
 {
     QScrollArea::paintEvent(event);
@@ -166,13 +203,10 @@ void TileArea::arrange()
 void TileArea::scroll()
 {
     const QScopedValueRollback<bool> guard(scrolling, true);
-    const QPoint offset(horizontalScrollBar()->value(), verticalScrollBar()->value());
     const QWidget* focused = QApplication::focusWidget();
     for (int i = 0; i < grid->count(); ++i) {
         QWidget* tile = grid->itemAt(i)->widget();
-        int row, column, rows, columns;
-        grid->getItemPosition(i, &row, &column, &rows, &columns);
-        const QRect place = grid->cellRect(row, column).translated(-offset);
+        const QRect place = placeOf(i);
         // A row more on each side: the keyboard goes there next.
         const QRect near = viewport()->geometry().adjusted(0, -2 * place.height(), 0, 2 * place.height());
         // The focus stays where it is when it is scrolled away.
@@ -185,16 +219,27 @@ void TileArea::scroll()
     horizontalScrollBar()->parentWidget()->raise();
 }
 
+QRect TileArea::placeOf(int index) const
+{
+    int row, column, rows, columns;
+    grid->getItemPosition(index, &row, &column, &rows, &columns);
+    return grid->cellRect(row, column)
+        .translated(-horizontalScrollBar()->value(), -verticalScrollBar()->value());
+}
+
+int TileArea::indexOf(const QWidget* widget) const
+{
+    int index = grid->count();
+    while (--index >= 0 && !grid->itemAt(index)->widget()->isAncestorOf(widget)) { }
+    return index;
+}
+
 void TileArea::revealFocus(QWidget* focused)
 {
-    if (!focused || focused == this || !isAncestorOf(focused))
+    const int index = focused && isAncestorOf(focused) ? indexOf(focused) : -1;
+    if (index < 0)
         return;
-    QWidget* tile = focused;
-    while (tile->parentWidget() != this)
-        tile = tile->parentWidget();
-    if (grid->indexOf(tile) < 0)
-        return;
-    const QRect place = tile->geometry();
+    const QRect place = placeOf(index);
     const QRect view = viewport()->geometry();
     if (place.top() < view.top())
         verticalScrollBar()->setValue(verticalScrollBar()->value() - (view.top() - place.top()));

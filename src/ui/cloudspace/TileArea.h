@@ -26,6 +26,8 @@ public:
     bool event(QEvent* event) override;
 
 protected:
+    /// The arrow keys, Home and End lead from tile to tile.
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -37,6 +39,10 @@ private:
     void fitMinimumHeight();
     void arrange();
     void scroll();
+    /// Where a tile is, as far as the area has been scrolled; one that is hidden may not have gone there yet.
+    QRect placeOf(int index) const;
+    /// The number in the grid of the tile that has \a widget; -1 when it is no tile.
+    int indexOf(const QWidget* widget) const;
     void revealFocus(QWidget* focused);
 
     QGridLayout* grid;
