@@ -127,10 +127,6 @@
         <translation>正在删除好友...</translation>
     </message>
     <message>
-        <source>Error</source>
-        <translation>错误</translation>
-    </message>
-    <message>
         <source>The address book could not be loaded.</source>
         <translation>无法加载通讯录。</translation>
     </message>
@@ -196,14 +192,6 @@
     <message>
         <source>Add cloud project successfully!</source>
         <translation>添加云项目成功！</translation>
-    </message>
-    <message>
-        <source>Error</source>
-        <translation>错误</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
     </message>
 </context>
 <context>
@@ -487,14 +475,6 @@
         <translation>提取成功！请到“我的云空间”查看文件</translation>
     </message>
     <message>
-        <source>Error</source>
-        <translation>错误</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
         <source>Sharing with %1...</source>
         <translation>正在分享给 %1...</translation>
     </message>
@@ -548,10 +528,6 @@
     <message>
         <source>OK</source>
         <translation>确定</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
     </message>
     <message>
         <source>A file with the same name exists,whether or not covered?</source>
@@ -608,10 +584,6 @@
         <source>Cloud project description cannot be empty!</source>
         <translation>云项目描述不能为空！</translation>
     </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
 </context>
 <context>
     <name>CreateGroupDlg</name>
@@ -634,10 +606,6 @@
     <message>
         <source>Group name cannot be empty!</source>
         <translation>群组名称不能为空！</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
     </message>
 </context>
 <context>
@@ -687,14 +655,6 @@
         <translation>密码不能为空！</translation>
     </message>
     <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
-        <source>error</source>
-        <translation>错误</translation>
-    </message>
-    <message>
         <source>Signing in...</source>
         <translation>正在登录...</translation>
     </message>
@@ -728,14 +688,6 @@
     <message>
         <source>exit successfully!</source>
         <translation>退出成功！</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
-        <source>error</source>
-        <translation>错误</translation>
     </message>
     <message>
         <source>Signing out...</source>
@@ -820,10 +772,6 @@
         <translation>账号注册成功！</translation>
     </message>
     <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
         <source>Registering...</source>
         <translation>正在注册...</translation>
     </message>
@@ -877,14 +825,6 @@
     <message>
         <source>Password reset successfully!</source>
         <translation>密码重置成功！</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
-        <source>error</source>
-        <translation>错误</translation>
     </message>
     <message>
         <source>Setting the new password...</source>
@@ -1062,10 +1002,6 @@
         <translation>退出群组成功！</translation>
     </message>
     <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
-    </message>
-    <message>
         <source>Select a group member.</source>
         <translation>请选择群成员。</translation>
     </message>
@@ -1080,10 +1016,6 @@
     <message>
         <source>Failed to delete a group member!</source>
         <translation>移除群成员失败！</translation>
-    </message>
-    <message>
-        <source>Error</source>
-        <translation>错误</translation>
     </message>
     <message>
         <source>The groups could not be loaded.</source>
@@ -1120,9 +1052,20 @@
         <source>The invitation code cannot be empty.</source>
         <translation>邀请码不能为空。</translation>
     </message>
+</context>
+<context>
+    <name>MessageBoxes</name>
     <message>
         <source>Prompt</source>
         <translation>提示</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>错误</translation>
+    </message>
+    <message>
+        <source>error</source>
+        <translation>错误</translation>
     </message>
 </context>
 <context>
@@ -1146,10 +1089,6 @@
     <message>
         <source>The format of the phone number is incorrect!</source>
         <translation>手机号格式不正确！</translation>
-    </message>
-    <message>
-        <source>Prompt</source>
-        <translation>提示</translation>
     </message>
 </context>
 <context>

@@ -12,31 +12,6 @@
 
 namespace {
 
-/// The catalogue's entries for the titles: lupdate cannot see in which classes the templates use them.
-[[maybe_unused]] const char* const titles[] = {
-    QT_TRANSLATE_NOOP("AddAltAccountDlg", "Error"),
-    QT_TRANSLATE_NOOP("AddressBookManageDlg", "Error"),
-    QT_TRANSLATE_NOOP("AddressBookManageDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("ChoiceCloudProjectDlg", "Error"),
-    QT_TRANSLATE_NOOP("ChoiceCloudProjectDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("CloudShareTabWidget", "Error"),
-    QT_TRANSLATE_NOOP("CloudShareTabWidget", "Prompt"),
-    QT_TRANSLATE_NOOP("CloudSpaceTabWidget", "Prompt"),
-    QT_TRANSLATE_NOOP("CreateCloudProjectDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("CreateGroupDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("DlgLoginCloundPlatform", "Prompt"),
-    QT_TRANSLATE_NOOP("DlgLoginCloundPlatform", "error"),
-    QT_TRANSLATE_NOOP("DlgLogoutCloundPlatform", "Prompt"),
-    QT_TRANSLATE_NOOP("DlgLogoutCloundPlatform", "error"),
-    QT_TRANSLATE_NOOP("DlgRegisterR2V", "Prompt"),
-    QT_TRANSLATE_NOOP("DlgResetPassword", "Prompt"),
-    QT_TRANSLATE_NOOP("DlgResetPassword", "error"),
-    QT_TRANSLATE_NOOP("GroupManageDlg", "Error"),
-    QT_TRANSLATE_NOOP("GroupManageDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("JoinGroupDlg", "Prompt"),
-    QT_TRANSLATE_NOOP("PhoneLoginWidget", "Prompt"),
-};
-
 /// A box may come up in the middle of a wait, and does not wait itself.
 class PlainCursor
 {

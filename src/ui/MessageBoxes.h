@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QString>
 
-/// The words that the dialogs' slots share. A box speaks for the window it belongs to, so its title comes
-/// from the translations of that window's class.
-
-inline constexpr char promptTitle[] = "Prompt";
+/// Boxes that block, as the steps of the dialogs' slots need them.
 
 /// Shows a box and waits for the answer. Texts are shown as they are, never as rich text: the platform may
 /// have written them. False when \a window was closed or destroyed meanwhile.
@@ -27,23 +23,3 @@ bool showCode(QWidget* window, const QString& title, const QString& text, const 
 /// \param more as for showBox()
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& proceed = QString(), const QString& cancel = QString(), const QString& more = QString());
-
-/// Guidance or success. False when \a window was closed or destroyed meanwhile.
-/// \param button, more as for showBox()
-template <class Window>
-bool inform(
-    Window* window, const QString& text, const QString& button = QString(), const QString& more = QString())
-{
-    return showBox(QMessageBox::Information, window, Window::tr(promptTitle), text, button, more);
-}
-
-/// Whether there is a text in \a field. When not, says \a complaint and leads the user there.
-template <class Window>
-bool filled(Window* window, QLineEdit* field, const QString& complaint)
-{
-    if (!field->text().isEmpty())
-        return true;
-    if (inform(window, complaint))
-        field->setFocus();
-    return false;
-}

@@ -16,6 +16,7 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/ElidedLabel.cpp
     ui/FieldGrid.cpp
     ui/MessageBoxes.cpp
+    ui/Steps.cpp
     ui/Translation.cpp
     ui/WindowNote.cpp
     ui/account/AccountFile.cpp

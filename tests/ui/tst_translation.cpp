@@ -92,7 +92,7 @@ private slots:
             QCOMPARE(shown("DlgLoginCloundPlatform", "Login"),
                 chinese ? QString::fromUtf8("登录") : QString("Login"));
             QCOMPARE(
-                shown("PhoneLoginWidget", "Prompt"), chinese ? QString::fromUtf8("提示") : QString("Prompt"));
+                shown("MessageBoxes", "Prompt"), chinese ? QString::fromUtf8("提示") : QString("Prompt"));
             installCloudPlatformTranslation(QLocale("zh_CN"));
         }
     }

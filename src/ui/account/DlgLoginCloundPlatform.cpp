@@ -5,7 +5,7 @@
 #include "core/Screen.h"
 #include "ui/FocusMark.h"
 #include "ui/ScopedDialog.h"
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
 #include "ui/account/PhoneLoginWidget.h"
@@ -152,10 +152,10 @@ void DlgLoginCloundPlatform::loginByCode()
 {
     QLineEdit* account = phonePage->accountField();
     QLineEdit* code = phonePage->codeField();
-    if (!filled(this, account, tr("The phone number cannot be empty!"))
-        || !filled(this, code, tr("verification code must be filled!")))
+    if (!requireText(this, account, tr("The phone number cannot be empty!"))
+        || !requireText(this, code, tr("verification code must be filled!")))
         return;
-    const SessionAnswer answer = askSession(this, tr("Signing in..."),
+    const Answer answer = ask(this, tr("Signing in..."),
         [account = account->text().toLocal8Bit(), code = code->text().toLocal8Bit()](
             CloudAccountLogin& session) {
             return session.phoneLoginAccount(account.constData(), code.constData());
@@ -165,14 +165,14 @@ void DlgLoginCloundPlatform::loginByCode()
 
 void DlgLoginCloundPlatform::loginByPassword()
 {
-    if (!filled(this, passwordPage->userNameField(), tr("Username can not be empty!"))
-        || !filled(this, passwordPage->passwordField(), tr("password can not be blank!")))
+    if (!requireText(this, passwordPage->userNameField(), tr("Username can not be empty!"))
+        || !requireText(this, passwordPage->passwordField(), tr("password can not be blank!")))
         return;
     const QString userName = passwordPage->userNameField()->text();
     QString password = passwordPage->passwordField()->text();
     const QPointer<UserNameLoginWidget> page(passwordPage);
     bool signedIn = false;
-    const SessionAnswer answer = askSession(this, tr("Signing in..."), [&](CloudAccountLogin& session) {
+    const Answer answer = ask(this, tr("Signing in..."), [&](CloudAccountLogin& session) {
         signedIn =
             session.userLoginAccount(userName.toLocal8Bit().constData(), password.toLocal8Bit().constData());
         return signedIn;

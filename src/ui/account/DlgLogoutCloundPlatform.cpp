@@ -4,7 +4,7 @@
 #include "core/Screen.h"
 #include "ui/ElidedLabel.h"
 #include "ui/FieldGrid.h"
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 
 #include <QPushButton>
 
@@ -27,7 +27,7 @@ DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
 
 void DlgLogoutCloundPlatform::_logout()
 {
-    const SessionAnswer answer =
-        askSession(this, tr("Signing out..."), [](CloudAccountLogin& session) { return session.logout(); });
+    const Answer answer =
+        ask(this, tr("Signing out..."), [](CloudAccountLogin& session) { return session.logout(); });
     conclude(this, answer, tr("exit successfully!"));
 }

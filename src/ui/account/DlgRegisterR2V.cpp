@@ -2,8 +2,9 @@
 #include "ui/account/DlgRegisterR2V.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRegExp>
 #include <QTimer>
@@ -46,26 +47,25 @@ void DlgRegisterR2V::_updateTimeOut()
 
 void DlgRegisterR2V::_slotGetVerifyCode()
 {
-    if (!filled(this, verification.account, tr("The phone number cannot be empty!")))
+    if (!requireText(this, verification.account, tr("The phone number cannot be empty!")))
         return;
     verification.startCountdown();
-    const SessionAnswer answer =
+    const Answer answer =
         verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify);
-    if (answer.outcome == Outcome::Refused)
-        tellReason(this, answer);
+    explain(this, answer);
 }
 
 bool DlgRegisterR2V::isComplete()
 {
-    if (!filled(this, userName, tr("Username can not be empty!"))
-        || !filled(this, password, tr("password can not be blank!")))
+    if (!requireText(this, userName, tr("Username can not be empty!"))
+        || !requireText(this, password, tr("password can not be blank!")))
         return false;
     if (password->text().contains(QRegExp(QStringLiteral("[\\x4e00-\\x9fa5]+")))) {
         inform(this, tr("The password cannot have Chinese characters!"));
         return false;
     }
-    return filled(this, verification.account, tr("The phone number cannot be empty!"))
-        && filled(this, verification.code, tr("verification code must be filled!"));
+    return requireText(this, verification.account, tr("The phone number cannot be empty!"))
+        && requireText(this, verification.code, tr("verification code must be filled!"));
 }
 
 void DlgRegisterR2V::_slotRegister()
@@ -76,15 +76,14 @@ void DlgRegisterR2V::_slotRegister()
     const QString account = verification.account->text();
     const auto operation =
         isMail(account) ? &CloudAccountLogin::registerUserByMail : &CloudAccountLogin::registerUser;
-    const SessionAnswer answer = askSession(this, tr("Registering..."),
+    const Answer answer = ask(this, tr("Registering..."),
         [operation, name = userName->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
             target = account.toLocal8Bit(),
             code = verification.code->text().toLocal8Bit()](CloudAccountLogin& session) {
             return (session.*operation)(
                 name.constData(), word.constData(), target.constData(), code.constData());
         });
-    if (answer.outcome == Outcome::Refused)
-        tellReason(this, answer);
+    explain(this, answer);
     if (answer.outcome == Outcome::Done && inform(this, tr("Account registration successfully!")))
         accept();
 }

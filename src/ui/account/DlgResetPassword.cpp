@@ -2,10 +2,11 @@
 #include "ui/account/DlgResetPassword.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 #include "ui/account/VerificationCode.h"
 
 #include <QHideEvent>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
 
@@ -56,22 +57,21 @@ void DlgResetPassword::_updateTimeOut()
 
 void DlgResetPassword::_slotGetVerifyCode()
 {
-    if (!filled(this, verification->account, tr("The phone number cannot be empty!")))
+    if (!requireText(this, verification->account, tr("The phone number cannot be empty!")))
         return;
     verification->startCountdown();
-    const SessionAnswer answer =
+    const Answer answer =
         verification->request(&CloudAccountLogin::mobileVerify2, &CloudAccountLogin::emailVerify2);
-    if (answer.outcome == Outcome::Refused)
-        tellReason(this, answer);
+    explain(this, answer);
 }
 
 void DlgResetPassword::_resetPassword()
 {
-    if (!filled(this, verification->account, tr("The phone number cannot be empty!"))
-        || !filled(this, password, tr("password can not be blank!"))
-        || !filled(this, verification->code, tr("verification code must be filled!")))
+    if (!requireText(this, verification->account, tr("The phone number cannot be empty!"))
+        || !requireText(this, password, tr("password can not be blank!"))
+        || !requireText(this, verification->code, tr("verification code must be filled!")))
         return;
-    const SessionAnswer answer = askSession(this, tr("Setting the new password..."),
+    const Answer answer = ask(this, tr("Setting the new password..."),
         [target = verification->account->text().toLocal8Bit(), word = password->text().toLocal8Bit(),
             code = verification->code->text().toLocal8Bit()](CloudAccountLogin& session) {
             return session.resetPassword(target.constData(), word.constData(), code.constData());

@@ -2,8 +2,9 @@
 #include "ui/account/PhoneLoginWidget.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
 
@@ -43,7 +44,7 @@ void PhoneLoginWidget::_updateTimeOut()
 
 void PhoneLoginWidget::_slotGetVerifyCode()
 {
-    if (!filled(this, verification.account, tr("The phone number cannot be empty!")))
+    if (!requireText(this, verification.account, tr("The phone number cannot be empty!")))
         return;
     const QString account = verification.account->text();
     if (!isMail(account) && !isPhoneNumber(account)) {
@@ -51,10 +52,9 @@ void PhoneLoginWidget::_slotGetVerifyCode()
         return;
     }
     const QPointer<PhoneLoginWidget> self(this);
-    const SessionAnswer answer =
+    const Answer answer =
         verification.request(&CloudAccountLogin::mobileVerify, &CloudAccountLogin::emailVerify);
-    if (answer.outcome == Outcome::Refused)
-        tellReason(this, answer);
+    explain(this, answer);
     if (self)
         verification.startCountdown();
 }

@@ -29,11 +29,11 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
     countdown->setTimerType(Qt::PreciseTimer);
 }
 
-SessionAnswer VerificationCode::request(Operation byPhone, Operation byMail) const
+Answer VerificationCode::request(Operation byPhone, Operation byMail) const
 {
     const QString text = account->text();
     const Operation operation = isMail(text) ? byMail : byPhone;
-    return askSession(
+    return ask(
         button, idleText + "...", [operation, target = text.toLocal8Bit()](CloudAccountLogin& session) {
             return (session.*operation)(target.constData());
         });

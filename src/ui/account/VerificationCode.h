@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ui/account/Conclusion.h"
+#include "ui/Steps.h"
 
 #include <QString>
 
@@ -27,7 +27,7 @@ public:
     VerificationCode(QWidget* owner, const QString& buttonText);
 
     /// Asks the platform for a code, by e-mail when there is an "@" in the account, else by phone.
-    SessionAnswer request(Operation byPhone, Operation byMail) const;
+    Answer request(Operation byPhone, Operation byMail) const;
 
     void startCountdown();
     /// Shows the whole seconds left, or ends the countdown. For every timeout of the tick timer.

@@ -2,8 +2,9 @@
 #include "ui/cloudspace/AddAltAccountDlg.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/Steps.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 
 AddAltAccountDlg::AddAltAccountDlg(QWidget* parent)

@@ -2,9 +2,9 @@
 #include "ui/cloudspace/AddressBookManageDlg.h"
 
 #include "ui/ScopedDialog.h"
+#include "ui/Steps.h"
 #include "ui/cloudspace/AddAltAccountDlg.h"
 #include "ui/cloudspace/RecordTable.h"
-#include "ui/cloudspace/Steps.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -59,15 +59,13 @@ AddressBookManageDlg::AddressBookManageDlg(CloudFileManger* manager, QWidget* pa
 void AddressBookManageDlg::load()
 {
     Friends friends;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Loading the address book..."),
-        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, reason);
-    if (outcome == Outcome::Refused) {
+    const Answer answer = ask(this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
+    if (answer.outcome == Outcome::Refused) {
         table->setEmptyText(tr("The address book could not be loaded."));
-        inform(this, tr("Failed to load address book form!"), QString(), reason);
+        inform(this, tr("Failed to load address book form!"), QString(), answer.reason);
     }
-    if (outcome != Outcome::Done)
+    if (answer.outcome != Outcome::Done)
         return;
     table->setEmptyText(tr("There is no friend in the address book yet. Press \"Add\" to add one."));
     table->setRowCount(0);
@@ -89,7 +87,7 @@ int AddressBookManageDlg::selectedRow() const
 bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const QString& complaint)
 {
     Friends friends;
-    if (!performed(
+    if (!perform(
             this, client, tr("Looking for the friend..."),
             [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, complaint,
             tr("OK")))
@@ -112,7 +110,7 @@ void AddressBookManageDlg::_onAddRecord()
                              CloudFileManger& cloud) {
         return cloud.AddToAddressBook(account, name, company);
     };
-    if (performed(this, client, tr("Adding the friend..."), request,
+    if (perform(this, client, tr("Adding the friend..."), request,
             tr("Please enter the correct account number!")))
         load();
 }
@@ -140,7 +138,7 @@ void AddressBookManageDlg::_onAltRecord()
     const auto replace = [id, account, name, company](CloudFileManger& cloud) {
         return cloud.DelFromAddressBook(id) && cloud.AddToAddressBook(account, name, company);
     };
-    if (performed(this, client, tr("Changing the friend..."), replace, complaint, tr("OK")))
+    if (perform(this, client, tr("Changing the friend..."), replace, complaint, tr("OK")))
         load();
 }
 
@@ -158,6 +156,6 @@ void AddressBookManageDlg::_onDelRecord()
     if (!findEntry(account, id, complaint))
         return;
     const auto request = [id](CloudFileManger& cloud) { return cloud.DelFromAddressBook(id); };
-    if (performed(this, client, tr("Deleting the friend..."), request, complaint, tr("OK")))
+    if (perform(this, client, tr("Deleting the friend..."), request, complaint, tr("OK")))
         load();
 }

@@ -2,10 +2,10 @@
 #include "ui/cloudspace/ChoiceCloudProjectDlg.h"
 
 #include "ui/ScopedDialog.h"
+#include "ui/Steps.h"
 #include "ui/cloudspace/CreateCloudProjectDlg.h"
 #include "ui/cloudspace/MycheckBox.h"
 #include "ui/cloudspace/RecordTable.h"
-#include "ui/cloudspace/Steps.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -78,15 +78,14 @@ void ChoiceCloudProjectDlg::loadFirst()
 /// closed or destroyed meanwhile.
 bool ChoiceCloudProjectDlg::load()
 {
-    QString reason;
-    switch (askCloud(
-        this, client, tr("Loading the cloud projects..."),
-        [](CloudFileManger& cloud) { return cloud.getAllCloudProjectBackup(); }, reason)) {
+    const Answer answer = ask(this, client, tr("Loading the cloud projects..."),
+        [](CloudFileManger& cloud) { return cloud.getAllCloudProjectBackup(); });
+    switch (answer.outcome) {
     case Outcome::Done:
         showProjects();
         return true;
     case Outcome::Refused:
-        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + reason);
+        table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + answer.reason);
         return true;
     case Outcome::Abandoned:
         break;
@@ -162,7 +161,7 @@ void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
         return;
     const auto request = [name = form->name(), description = form->description()](
                              CloudFileManger& cloud) { return cloud.AddCloudProInfo(name, description); };
-    if (!performed(this, client, tr("Adding the cloud project..."), request, tr("Add cloud project failed!"))
+    if (!perform(this, client, tr("Adding the cloud project..."), request, tr("Add cloud project failed!"))
         || !load())
         return;
     const int row = rowOf(IdColumn, client->getProjectId());

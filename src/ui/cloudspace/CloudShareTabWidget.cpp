@@ -6,13 +6,13 @@
 #include "toolkit/ISystemSettings.h"
 #include "ui/FieldGrid.h"
 #include "ui/ScopedDialog.h"
+#include "ui/Steps.h"
 #include "ui/cloudspace/AddressBookManageDlg.h"
 #include "ui/cloudspace/ChoiceCloudProjectDlg.h"
 #include "ui/cloudspace/EnterKey.h"
 #include "ui/cloudspace/GroupManageDlg.h"
 #include "ui/cloudspace/ItemWidget.h"
 #include "ui/cloudspace/RecordTable.h"
-#include "ui/cloudspace/Steps.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -307,15 +307,13 @@ void CloudShareTabWidget::_onChangeCBoxState2(int row)
 void CloudShareTabWidget::loadFriends()
 {
     QList<CloudFileManger::CloudAddressBookInfo> friends;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Loading the address book..."),
-        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); }, reason);
-    if (outcome == Outcome::Refused) {
+    const Answer answer = ask(this, client, tr("Loading the address book..."),
+        [&friends](CloudFileManger& cloud) { return cloud.SearchAddressBookList(friends); });
+    if (answer.outcome == Outcome::Refused) {
         friendsTable->setEmptyText(tr("The address book could not be loaded."));
-        fail(this, tr("Failed to query the address book list!"), QString(), reason);
+        fail(this, tr("Failed to query the address book list!"), QString(), answer.reason);
     }
-    if (outcome != Outcome::Done)
+    if (answer.outcome != Outcome::Done)
         return;
     QVector<QStringList> records;
     for (const auto& entry : friends)
@@ -328,15 +326,13 @@ void CloudShareTabWidget::loadFriends()
 void CloudShareTabWidget::loadGroups()
 {
     QList<CloudFileManger::CloudGroupInfo> groups;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Loading the groups..."),
-        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); }, reason);
-    if (outcome == Outcome::Refused) {
+    const Answer answer = ask(this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
+    if (answer.outcome == Outcome::Refused) {
         groupsTable->setEmptyText(tr("The groups could not be loaded."));
-        fail(this, tr("Group Query Failure!"), QString(), reason);
+        fail(this, tr("Group Query Failure!"), QString(), answer.reason);
     }
-    if (outcome != Outcome::Done)
+    if (answer.outcome != Outcome::Done)
         return;
     QVector<QStringList> records;
     for (const auto& group : groups)
@@ -403,7 +399,7 @@ bool CloudShareTabWidget::upload(const QString& path, QString& fileId, const QSt
         return false;
 
     int id = 0;
-    const bool uploaded = performed(
+    const bool uploaded = perform(
         this, client, tr("Uploading %1...").arg(file.fileName()),
         [&](CloudFileManger& cloud) { return cloud.UploadCloudShareFile2(typeFlag, supportType, path, id); },
         tr("File upload failed!"), button);
@@ -420,7 +416,7 @@ void CloudShareTabWidget::_onAnonymousShare()
         return;
     QString code;
     const auto share = [&](CloudFileManger& cloud) { return cloud.CloudShareAnonymous(fileId, code, hours); };
-    if (!performed(this, client, tr("Sharing the file..."), share, tr("Share failed!")))
+    if (!perform(this, client, tr("Sharing the file..."), share, tr("Share failed!")))
         return;
     clipboard->setText(code);
     if (!showCode(this, tr("Anonymous share"),
@@ -429,7 +425,7 @@ void CloudShareTabWidget::_onAnonymousShare()
     const auto extract = [&](CloudFileManger& cloud) {
         return cloud.ExtractByCode(cloudQueryValue(code), QString());
     };
-    if (performed(this, client, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
+    if (perform(this, client, tr("Extracting the file..."), extract, tr("Fetch Code invalid!"), tr("OK"))
         && inform(this, tr("Please go to my Cloud space to view the uploaded file.")))
         emit refreshMyCloudSpace();
 }
@@ -452,7 +448,7 @@ void CloudShareTabWidget::_onAccountNumberShare()
     const auto share = [&](CloudFileManger& cloud) {
         return cloud.CloudShareToAccount(accounts.join(','), fileId, hours);
     };
-    if (performed(this, client, tr("Sharing the file..."), share,
+    if (perform(this, client, tr("Sharing the file..."), share,
             tr("Failed to share file with specified user!"), tr("OK"))
         && inform(this, tr("Share successfully!")))
         emit refreshMyCloudSpace();
@@ -474,7 +470,7 @@ void CloudShareTabWidget::_onGroupShare()
             return cloud.CloudShareToGroup(group, fileId, hours);
         };
         const QString what = tr("Sharing with %1...").arg(groupsTable->text(row, GroupName));
-        if (!performed(this, client, what, share, tr("Share failed!")))
+        if (!perform(this, client, what, share, tr("Share failed!")))
             return;
         ++groups;
     }
@@ -493,12 +489,12 @@ void CloudShareTabWidget::_onPasteCode()
 void CloudShareTabWidget::_onConfirmExtraction()
 {
     const QString code = codeEdit->text();
-    if (!filled(this, codeEdit, tr("The text box is empty.")))
+    if (!requireText(this, codeEdit, tr("The text box is empty.")))
         return;
     const auto extract = [&](CloudFileManger& cloud) {
         return cloud.ExtractByCode(cloudQueryValue(code), QString());
     };
-    if (performed(this, client, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
+    if (perform(this, client, tr("Extracting the file..."), extract, tr("Extract code invalid!"), tr("Ok"))
         && inform(this, tr("Extraction successfully! Please go to My Cloud space to view the file")))
         emit refreshMyCloudSpace();
 }

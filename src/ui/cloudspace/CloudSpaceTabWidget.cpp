@@ -4,9 +4,9 @@
 #include "core/ITreeElement.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
+#include "ui/Steps.h"
 #include "ui/WindowNote.h"
 #include "ui/cloudspace/EnterKey.h"
-#include "ui/cloudspace/Steps.h"
 #include "ui/cloudspace/TavFileButton.h"
 #include "ui/cloudspace/TileArea.h"
 
@@ -190,14 +190,11 @@ void CloudSpaceTabWidget::_onRefresh()
 
     const QPointer<CloudSpaceTabWidget> self(this);
     std::shared_ptr<ITreeElement> fetched;
-    QString reason;
-    askCloud(
-        this, client, tr("Loading the cloud space..."),
-        [&fetched](CloudFileManger& cloud) {
+    const Answer answer =
+        ask(this, client, tr("Loading the cloud space..."), [&fetched](CloudFileManger& cloud) {
             fetched.reset(cloud.getFileTree(), tav_tree_element_release_instance);
             return true;
-        },
-        reason);
+        });
     if (!self || !fetched) // a window that was closed may be shown again
         return;
     navigationStack.clear(); // should a refresh have come in between
@@ -206,8 +203,8 @@ void CloudSpaceTabWidget::_onRefresh()
     if (byKeyboard)
         tileArea->focusFirst();
     // The tree is there all the same, with a branch empty.
-    if (!reason.isEmpty())
-        tell(tr("Not everything could be loaded: %1").arg(reason));
+    if (!answer.reason.isEmpty())
+        tell(tr("Not everything could be loaded: %1").arg(answer.reason));
 }
 
 void CloudSpaceTabWidget::showFolder(ITreeElement* element)
@@ -379,8 +376,7 @@ Outcome CloudSpaceTabWidget::downloadFile(
     // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
     if (QFile::exists(target)) {
         const Attendance attendance(this);
-        const bool covered = askBox(QMessageBox::Question, this, tr("Prompt"),
-            tr("A file with the same name exists,whether or not covered?"), QString(), QString(),
+        const bool covered = confirm(this, tr("A file with the same name exists,whether or not covered?"),
             description + '\n' + QDir::toNativeSeparators(target));
         if (!attendance.lasts())
             return Outcome::Abandoned;
@@ -392,9 +388,8 @@ Outcome CloudSpaceTabWidget::downloadFile(
         return fileId.isEmpty() ? cloud.DownloadCloudProFile(projectId, target)
                                 : cloud.DownloadCloudShareFile(fileId, target);
     };
-    QString reason;
-    const Outcome outcome = askCloud(this, client, tr("Downloading %1...").arg(description), request, reason);
-    return outcome == Outcome::Refused ? miss(description, reason) : outcome;
+    const Answer answer = ask(this, client, tr("Downloading %1...").arg(description), request);
+    return answer.outcome == Outcome::Refused ? miss(description, answer.reason) : answer.outcome;
 }
 
 Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)

@@ -2,8 +2,9 @@
 #include "ui/cloudspace/CreateCloudProjectDlg.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/Steps.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 
 CreateCloudProjectDlg::CreateCloudProjectDlg(QWidget* parent)
@@ -36,7 +37,7 @@ QString CreateCloudProjectDlg::description() const
 
 void CreateCloudProjectDlg::_onWhetherNull()
 {
-    if (filled(this, nameEdit, tr("Cloud project name cannot be empty!"))
-        && filled(this, descriptionEdit, tr("Cloud project description cannot be empty!")))
+    if (requireText(this, nameEdit, tr("Cloud project name cannot be empty!"))
+        && requireText(this, descriptionEdit, tr("Cloud project description cannot be empty!")))
         accept();
 }

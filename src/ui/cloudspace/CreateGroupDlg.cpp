@@ -2,8 +2,9 @@
 #include "ui/cloudspace/CreateGroupDlg.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/Steps.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 
 CreateGroupDlg::CreateGroupDlg(QWidget* parent)
@@ -29,6 +30,6 @@ QString CreateGroupDlg::groupName() const
 
 void CreateGroupDlg::_onConfirm()
 {
-    if (filled(this, nameEdit, tr("Group name cannot be empty!")))
+    if (requireText(this, nameEdit, tr("Group name cannot be empty!")))
         accept();
 }

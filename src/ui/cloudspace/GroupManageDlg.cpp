@@ -5,9 +5,9 @@
 #include "net/CloudQuery.h"
 #include "ui/ElidedLabel.h"
 #include "ui/ScopedDialog.h"
+#include "ui/Steps.h"
 #include "ui/cloudspace/CreateGroupDlg.h"
 #include "ui/cloudspace/JoinGroupDlg.h"
-#include "ui/cloudspace/Steps.h"
 
 #include <QClipboard>
 #include <QGroupBox>
@@ -112,16 +112,14 @@ void GroupManageDlg::load()
     model->clear();
     model->setHorizontalHeaderLabels({tr("Groups")});
     QList<CloudFileManger::CloudGroupInfo> groups;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Loading the groups..."),
-        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); }, reason);
-    if (outcome == Outcome::Refused) {
+    const Answer answer = ask(this, client, tr("Loading the groups..."),
+        [&groups](CloudFileManger& cloud) { return cloud.SearchGroup(groups); });
+    if (answer.outcome == Outcome::Refused) {
         hint->setText(tr("The groups could not be loaded."));
         hint->show();
-        fail(this, tr("Failed to query group information!"), QString(), reason);
+        fail(this, tr("Failed to query group information!"), QString(), answer.reason);
     }
-    if (outcome != Outcome::Done)
+    if (answer.outcome != Outcome::Done)
         return;
     hint->setText(tr("You are in no group yet. Create one, or join one by its invitation code."));
     hint->setVisible(groups.isEmpty());
@@ -141,15 +139,12 @@ void GroupManageDlg::load()
 bool GroupManageDlg::loadMembers(QStandardItem* group)
 {
     Members members;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Loading the groups..."),
-        [&members, id = group->data(GroupIdRole).toString()](
-            CloudFileManger& cloud) { return cloud.SearchGroupMember(id, members); },
-        reason);
-    if (outcome == Outcome::Refused)
-        return failOnMembers(reason);
-    if (outcome == Outcome::Abandoned)
+    const QString id = group->data(GroupIdRole).toString();
+    const Answer answer = ask(this, client, tr("Loading the groups..."),
+        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(id, members); });
+    if (answer.outcome == Outcome::Refused)
+        return failOnMembers(answer.reason);
+    if (answer.outcome == Outcome::Abandoned)
         return false;
     for (const auto& member : members) {
         const bool manages = isManager(member);
@@ -194,11 +189,10 @@ std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const
 std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 {
     Members members;
-    QString reason;
-    const Outcome outcome = askCloud(
-        this, client, tr("Looking for the group's owner..."),
-        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(groupId, members); }, reason);
-    if (outcome == Outcome::Abandoned || (outcome == Outcome::Refused && !failOnMembers(reason)))
+    const Answer answer = ask(this, client, tr("Looking for the group's owner..."),
+        [&](CloudFileManger& cloud) { return cloud.SearchGroupMember(groupId, members); });
+    if (answer.outcome == Outcome::Abandoned
+        || (answer.outcome == Outcome::Refused && !failOnMembers(answer.reason)))
         return std::nullopt;
     return std::any_of(members.cbegin(), members.cend(),
         [this](const auto& member) { return member.username == account && isManager(member); });
@@ -218,7 +212,7 @@ void GroupManageDlg::_onGetInvitationCode()
         return;
     }
     QString code;
-    if (!performed(
+    if (!perform(
             this, client, tr("Generating the invitation code..."),
             [&](CloudFileManger& cloud) { return cloud.GetInviteCode(group->id, code); },
             tr("Failed to generate invitation code!")))
@@ -235,7 +229,7 @@ void GroupManageDlg::_onJoinGroup()
         return;
     const auto request = [code = form->invitationCode()](
                              CloudFileManger& cloud) { return cloud.InviteToGroup(code); };
-    if (performed(this, client, tr("Joining the group..."), request, tr("Join the group failed!"))
+    if (perform(this, client, tr("Joining the group..."), request, tr("Join the group failed!"))
         && inform(this, tr("Join the group successfully!")))
         load();
 }
@@ -247,7 +241,7 @@ void GroupManageDlg::_onCreateGroup()
         return;
     const auto request = [name = form->groupName()](
                              CloudFileManger& cloud) { return cloud.CreateGroup(name); };
-    if (performed(this, client, tr("Creating the group..."), request, tr("Failed to create group!"))
+    if (perform(this, client, tr("Creating the group..."), request, tr("Failed to create group!"))
         && inform(this, tr("Create group successfully!")))
         load();
 }
@@ -279,7 +273,7 @@ void GroupManageDlg::deleteWithMembers(const QString& groupId)
                 return false;
         return cloud.deleteGroup(groupId);
     };
-    if (performed(this, client, tr("Deleting the group..."), request, tr("Delete failed!"))
+    if (perform(this, client, tr("Deleting the group..."), request, tr("Delete failed!"))
         && inform(this, tr("Delete successfully!")))
         load();
 }
@@ -300,7 +294,7 @@ void GroupManageDlg::_onExitGroup()
     if (!confirm(this, tr("Confirm exit?")))
         return;
     const auto request = [id = group->id](CloudFileManger& cloud) { return cloud.OutGroup(id); };
-    if (performed(this, client, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
+    if (perform(this, client, tr("Leaving the group..."), request, tr("Failed to exit the group!"))
         && inform(this, tr("Exit group successfully!")))
         load();
 }
@@ -309,7 +303,7 @@ void GroupManageDlg::_onDelGroupMember()
 {
     const QStandardItem* member = selectedItem();
     if (!member || !member->data(UserNameRole).isValid()) {
-        showBox(QMessageBox::Warning, this, tr("Prompt"), tr("Select a group member."));
+        warn(this, tr("Select a group member."));
         return;
     }
     const QString groupId = member->parent()->data(GroupIdRole).toString();
@@ -319,14 +313,13 @@ void GroupManageDlg::_onDelGroupMember()
     if (!owner)
         return;
     if (!*owner || manages) {
-        showBox(QMessageBox::Warning, this, tr("Prompt"),
-            *owner ? tr("Unable to remove group master!") : tr("No operation permission!"));
+        warn(this, *owner ? tr("Unable to remove group master!") : tr("No operation permission!"));
         return;
     }
     const auto request = [&](CloudFileManger& cloud) {
         return cloud.RemoveGroupMember(groupId, cloudQueryValue(userName));
     };
-    if (performed(this, client, tr("Removing the group member..."), request,
+    if (perform(this, client, tr("Removing the group member..."), request,
             tr("Failed to delete a group member!")))
         load();
 }

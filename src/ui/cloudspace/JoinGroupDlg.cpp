@@ -2,9 +2,10 @@
 #include "ui/cloudspace/JoinGroupDlg.h"
 
 #include "ui/FieldGrid.h"
-#include "ui/MessageBoxes.h"
+#include "ui/Steps.h"
 
 #include <QClipboard>
+#include <QLineEdit>
 #include <QPushButton>
 
 JoinGroupDlg::JoinGroupDlg(QClipboard* systemClipboard, QWidget* parent)
@@ -33,7 +34,7 @@ QString JoinGroupDlg::invitationCode() const
 
 void JoinGroupDlg::_onConfirm()
 {
-    if (filled(this, codeEdit, tr("The invitation code cannot be empty.")))
+    if (requireText(this, codeEdit, tr("The invitation code cannot be empty.")))
         accept();
 }
 

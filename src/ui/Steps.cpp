@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include "ui/Steps.h"
+
+#include <QCoreApplication>
+#include <QDialog>
+#include <QLineEdit>
+
+namespace {
+
+/// The titles are the boxes' own, whatever window they stand on.
+struct MessageBoxes
+{
+    Q_DECLARE_TR_FUNCTIONS(MessageBoxes)
+};
+
+/// \param asked points to the session or the client
+template <class Pointer, class Request>
+Answer askFor(QWidget* within, const QString& what, const Pointer& asked, const Request& request)
+{
+    Answer answer{};
+    // The window, and all that it holds, may be destroyed meanwhile.
+    answer.outcome = callPlatform(within, what, [&answer, asked, &request] {
+        const bool done = request(*asked);
+        answer.error = asked->getLastError();
+        answer.reason = cloudFailureText(asked->getLastFailure(), answer.error);
+        return done;
+    });
+    return answer;
+}
+
+/// The platform's own reason stands alone; one of the module's texts has what helps below it.
+QString helpOf(const Answer& answer)
+{
+    return answer.reason == answer.error ? QString() : answer.reason;
+}
+
+} // namespace
+
+Answer ask(QWidget* within, const QString& what, const SessionRequest& request)
+{
+    return askFor(within, what, CloudAccountLogin::instance(), request);
+}
+
+Answer ask(QWidget* within, const CloudHandle& client, const QString& what, const CloudRequest& request)
+{
+    return askFor(within, what, client, request);
+}
+
+bool perform(QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request,
+    const QString& complaint, const QString& button)
+{
+    const Answer answer = ask(window, client, what, request);
+    if (answer.outcome == Outcome::Refused)
+        fail(window, complaint, button, answer.reason);
+    return answer.outcome == Outcome::Done;
+}
+
+bool inform(QWidget* window, const QString& text, const QString& button, const QString& more)
+{
+    return showBox(QMessageBox::Information, window, MessageBoxes::tr("Prompt"), text, button, more);
+}
+
+bool warn(QWidget* window, const QString& text)
+{
+    return showBox(QMessageBox::Warning, window, MessageBoxes::tr("Prompt"), text);
+}
+
+bool fail(QWidget* window, const QString& text, const QString& button, const QString& reason)
+{
+    return showBox(QMessageBox::Critical, window, MessageBoxes::tr("Error"), text, button, reason);
+}
+
+void explain(QWidget* window, const Answer& answer)
+{
+    if (answer.outcome == Outcome::Refused)
+        inform(window, answer.error, QString(), helpOf(answer));
+}
+
+void conclude(QDialog* dialog, const Answer& answer, const QString& success)
+{
+    if (answer.outcome == Outcome::Refused)
+        showBox(QMessageBox::Critical, dialog, MessageBoxes::tr("error"), answer.error, QString(),
+            helpOf(answer));
+    if (answer.outcome == Outcome::Done && inform(dialog, success))
+        dialog->accept();
+}
+
+bool confirm(QWidget* window, const QString& question, const QString& more)
+{
+    return askBox(
+        QMessageBox::Question, window, MessageBoxes::tr("Prompt"), question, QString(), QString(), more);
+}
+
+bool requireText(QWidget* window, QLineEdit* field, const QString& complaint)
+{
+    if (!field->text().isEmpty())
+        return true;
+    if (inform(window, complaint))
+        field->setFocus();
+    return false;
+}
