@@ -11,8 +11,6 @@
 
 #include <QApplication>
 #include <QEventLoop>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -233,13 +231,9 @@ bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)
 {
     BodyReader reader(jsonLimit);
     return run(exchange, error, reader, [&](const QNetworkReply&) {
-        QJsonParseError fault;
-        const QJsonDocument document = QJsonDocument::fromJson(reader.takeBody(), &fault);
         // Whatever the platform made of a file that came up short, it has not got it.
-        if (fault.error != QJsonParseError::NoError || !document.isObject() || exchange.body.cameUpShort())
-            return CloudFailure::Unusable;
-        result = document.object().toVariantMap();
-        return CloudFailure::None;
+        const bool usable = !exchange.body.cameUpShort() && readReply(reader.takeBody(), result);
+        return usable ? CloudFailure::None : CloudFailure::Unusable;
     });
 }
 

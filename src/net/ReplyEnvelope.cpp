@@ -1,7 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "net/ReplyEnvelope.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <algorithm>
+
+bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply)
+{
+    QJsonParseError fault;
+    const QJsonDocument document = QJsonDocument::fromJson(body, &fault);
+    if (fault.error != QJsonParseError::NoError || !document.isObject())
+        return false;
+    reply = document.object().toVariantMap();
+    return true;
+}
 
 bool checkReply(QMap<QString, QVariant> reply, QString& error)
 {

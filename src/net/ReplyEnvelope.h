@@ -3,6 +3,7 @@
 
 #include "net/CloudFailure.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -19,6 +20,9 @@ inline QString replyUnusable()
 {
     return QStringLiteral("返回值解析失败");
 }
+
+/// The JSON object that is all of \a body; false, with \a reply as it was, when there is none.
+bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply);
 
 /// Judges the platform's reply envelope: true when \a reply reports success. Otherwise \a error becomes the
 /// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves \a

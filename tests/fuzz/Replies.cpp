@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// The runners without a network: what they make of a body is all that is left of them.
+#include "Fuzz.h"
+
+#include "net/HttpRunner.h"
+#include "net/ReplyEnvelope.h"
+#include "net/RequestLog.h"
+#include "net/SoapReply.h"
+
+Q_LOGGING_CATEGORY(cloudLog, "tav.cloud", QtFatalMsg)
+
+CloudFailure lastTransportFailure()
+{
+    return replies.isEmpty() ? CloudFailure::TimedOut : CloudFailure::Unusable;
+}
+
+#define JSON_RUNNER(name, ...)                                                                               \
+    bool name(ResultMap& result, QString&, QString, __VA_ARGS__, double)                                     \
+    {                                                                                                        \
+        return !replies.isEmpty() && readReply(replies.takeFirst(), result);                                 \
+    }
+JSON_RUNNER(httpGet, const HeaderMap&)
+JSON_RUNNER(httpDelete, const HeaderMap&)
+JSON_RUNNER(httpPost, const HeaderMap&, const QByteArray&)
+JSON_RUNNER(httpPostMultipart, const HeaderMap&, const QMap<QString, QVariant>&, QString)
+JSON_RUNNER(httpGetToFile, QString, const HeaderMap&) // for the linker: nobody downloads
+
+bool httpPostSoap(QByteArray& result, QString&, QString, const HeaderMap&, const QByteArray&, double)
+{
+    result = conversionResult(replies.takeFirst());
+    return !result.isNull();
+}
