@@ -1,8 +1,30 @@
 # SPDX-License-Identifier: MIT
 # tav_compile_options(target): what every target of ours is compiled with.
+# tav_shared_library(target): what every shared library of ours is linked and installed with.
 include_guard(GLOBAL)
 
 function(tav_compile_options target)
     target_compile_features(${target} PRIVATE cxx_std_17)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow $<$<BOOL:${TAV_WARNINGS_AS_ERRORS}>:-Werror>)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /utf-8 /W4 /permissive- $<$<BOOL:${TAV_WARNINGS_AS_ERRORS}>:/WX>)
+    else()
+        target_compile_options(${target}
+            PRIVATE -Wall -Wextra -Wpedantic -Wshadow $<$<BOOL:${TAV_WARNINGS_AS_ERRORS}>:-Werror>)
+    endif()
+endfunction()
+
+function(tav_shared_library target)
+    if(APPLE)
+        set(beside @loader_path)
+    else()
+        set(beside $ORIGIN)
+    endif()
+    set_target_properties(${target} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        INSTALL_RPATH ${beside})
+    # A symbol that is in no library fails here, and not in the host. Clang leaves those of its sanitizers to the program.
+    if(UNIX AND NOT APPLE AND NOT (CMAKE_CXX_COMPILER_ID MATCHES Clang AND CMAKE_CXX_FLAGS MATCHES -fsanitize))
+        target_link_options(${target} PRIVATE LINKER:--no-undefined)
+    endif()
 endfunction()

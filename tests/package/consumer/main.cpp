@@ -2,9 +2,12 @@
 // Uses the installed package as a host does. Nothing listens at the address, so each answer is known.
 #include "account/CloudAccountLogin.h"
 #include "cloud/CloudFileManger.h"
+#include "tav_cloud_platform_sdk_version.h"
 
 #include <QCoreApplication>
 #include <QDebug>
+
+static_assert(TAV_CLOUD_PLATFORM_SDK_VERSION >= TAV_CLOUD_PLATFORM_SDK_MAKE_VERSION(1, 0, 0));
 
 int main(int argc, char* argv[])
 {
