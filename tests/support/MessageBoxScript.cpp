@@ -95,6 +95,8 @@ void MessageBoxScript::look(QMessageBox& box)
         compare(QStringLiteral("icon"), QString::number(box.icon()), QString::number(expected.icon));
         compare(QStringLiteral("buttons"), named(box.standardButtons()), named(expected.buttons));
     }
+    if (!expected.more.isNull())
+        compare(QStringLiteral("more"), box.informativeText(), expected.more);
     if (!expected.buttonTexts.isEmpty())
         compare(QStringLiteral("buttons' texts"), textsOf(box).join('|'), expected.buttonTexts.join('|'));
 

@@ -22,6 +22,7 @@ struct ExpectedBox
     /// What stands on the buttons, in their order, without the marks of their shortcuts; empty to leave it
     /// open. Buttons with texts of their own are still the standard buttons behind them.
     QStringList buttonTexts = {};
+    QString more = {}; ///< what stands below the text; null to leave it open
 };
 
 /// Plays the user in front of message boxes: waits for each box of the script, checks it and answers it.

@@ -1,21 +1,54 @@
 // SPDX-License-Identifier: MIT
 #include "CloudSpaceFixture.h"
 
-#include "support/Robot.h"
-
-#include <QApplication>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QPointer>
-#include <QTest>
+#include <QLabel>
+#include <QPushButton>
+#include <QRegularExpression>
 
 namespace {
+
 constexpr char playedProperty[] = "playedByFixture";
+
+/// What of \a window's texts is taken for markup.
+QStringList takenForMarkup(const QWidget& window)
+{
+    QStringList found;
+    for (const auto* label : window.findChildren<QLabel*>())
+        if (label->textFormat() != Qt::PlainText && label->text().contains("<i>"))
+            found.append(label->text());
+    QStringList toolTips;
+    for (const auto* widget : window.findChildren<QWidget*>()) {
+        toolTips.append(widget->toolTip());
+        const auto* view = qobject_cast<const QAbstractItemView*>(widget);
+        const QModelIndexList all = view && view->model() && view->objectName().isEmpty()
+            ? view->model()->match(view->model()->index(0, 0), Qt::ToolTipRole, "<i>", -1,
+                Qt::MatchContains | Qt::MatchRecursive)
+            : QModelIndexList();
+        for (const QModelIndex& index : all)
+            toolTips.append(index.data(Qt::ToolTipRole).toString());
+    }
+    return found + toolTips.filter("<i>"); // which is "&lt;i&gt;" where it is to be seen
 }
+
+/// As a step has it, with the session's token before it.
+QByteArray contentOf(const RecordedRequest& request)
+{
+    QString noForm;
+    QByteArray content;
+    for (const FormPart& one : parseForm(request, noForm))
+        content += one.head + '=' + one.body + '\n';
+    return request.header("Authorization") + ' '
+        + (noForm.isEmpty() ? content : request.header("Content-Type") + request.body);
+}
+
+} // namespace
 
 void CloudSpaceFixture::begin()
 {
     DialogFixture::begin();
+    sent.clear();
+    scheduled = came = 0;
+    isOver = false;
     // A client that is made with a project asks the platform at once.
     manager = std::make_unique<CloudFileManger>(CloudAccountLogin::instance()->getUrl(), "token", QString(),
         "Soft", QStringList(), ".bak", "Current", QString());
@@ -24,20 +57,86 @@ void CloudSpaceFixture::begin()
 
 QStringList CloudSpaceFixture::finish()
 {
-    QStringList wrong = DialogFixture::finish();
+    const QVector<RecordedRequest> requested = requests();
+    for (int i = 0; i < qMin(sent.size(), requested.size()); ++i)
+        if (!sent[i].content.isNull() && contentOf(requested[i]) != "Bearer token " + sent[i].content)
+            wrong.append(sent[i].what + " came with: " + contentOf(requested[i]));
+    wrong += DialogFixture::finish();
     for (const auto& [poll, title] : std::exchange(awaited, {})) {
         poll->stop();
         wrong.append("never came: " + title);
     }
-    return wrong;
+    if (isOver)
+        wrong = wrong.filter(QRegularExpression("^(?!never came)"));
+    return std::exchange(wrong, {});
 }
 
-void CloudSpaceFixture::expectLists(const QByteArray& friends, const QByteArray& groups)
+void CloudSpaceFixture::expect(const Steps& steps, const std::function<void()>& meanwhile)
 {
-    expect("GET", "/project/cloudAddressBook/list", reply(friends));
-    expect("GET", "/project/cloudProjectGroupUser/listUserGroups", reply(groups));
+    for (const Step& step : steps) {
+        const auto reach = [=, turn = scheduled++] {
+            if (turn != came)
+                wrong.append("came out of its turn: " + step.what);
+            came = turn + 1;
+            for (const QWidget* window : QApplication::topLevelWidgets())
+                for (const QString& text : takenForMarkup(*window))
+                    wrong.append("taken for markup: " + text);
+            if (meanwhile)
+                meanwhile();
+        };
+        if (!step.method.isEmpty()) {
+            expectAndHold(step.method, step.what.toUtf8(), step.answer, [=] {
+                sent.append(step);
+                reach();
+            });
+        } else if (!step.box.text.isEmpty()) {
+            ExpectedBox expected = step.box;
+            expected.look = [=] {
+                const auto* shown = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                QCOMPARE(shown->defaultButton(), shown->button(no));
+                if (step.box.look)
+                    step.box.look();
+                reach();
+            };
+            boxes().expect(expected);
+        } else {
+            whenOpened(step.what, [=](QDialog& opened) {
+                const QPointer<QDialog> window(&opened);
+                reach();
+                act(window, step.acts);
+                if (window && window->isVisible() && !isOver)
+                    wrong.append("left open: " + step.what);
+            });
+        }
+    }
 }
 
+void CloudSpaceFixture::expectNothing()
+{
+    DialogFixture::expectNothing();
+    came = scheduled;
+    isOver = true;
+}
+
+void CloudSpaceFixture::act(const QPointer<QDialog>& window, const Acts& acts) const
+{
+    for (const Act& one : acts)
+        if (window && !isOver)
+            one(*window);
+}
+
+std::unique_ptr<QDialog> CloudSpaceFixture::open(const Make& make, const Steps& steps)
+{
+    expect(steps);
+    std::unique_ptr<QDialog> dialog(make(manager.get(), nullptr));
+    dialog->show();
+    QCoreApplication::processEvents(); // in which it loads
+    bringUp(*dialog);
+    return dialog;
+}
+
+/// Lets \a play be the user of the dialog titled \a title, once it is there; it is closed afterwards. The
+/// dialogs come up in the order of the calls; one on top of another comes after it.
 void CloudSpaceFixture::whenOpened(const QString& title, const std::function<void(QDialog&)>& play)
 {
     // Each has a timer of its own: one whose play is on the stack does not fire.
@@ -64,22 +163,4 @@ void CloudSpaceFixture::whenOpened(const QString& title, const std::function<voi
             dialog->close();
     });
     poll->start(1);
-}
-
-void CloudSpaceFixture::whenAsked(const QString& title, const QString& path)
-{
-    whenOpened(title, [path](QDialog& dialog) {
-        QVERIFY(qobject_cast<QFileDialog*>(&dialog));
-        if (path.isEmpty())
-            return dialog.reject();
-        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(path);
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
-}
-
-void bringUpLoaded(QDialog& dialog)
-{
-    dialog.show();
-    QCoreApplication::processEvents(); // in which it loads
-    bringUp(dialog);
 }

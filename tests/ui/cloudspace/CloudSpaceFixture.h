@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Steps.h"
+
 #include "cloud/CloudFileManger.h"
-#include "ui/account/DialogFixture.h"
 
 /// What the tests of the cloud space dialogs have in common: the platform, a client of it, and the user in
 /// front of the dialogs that come up on top. The working directory is an empty folder.
@@ -16,24 +17,27 @@ public:
     CloudFileManger& client() { return *manager; }
     void destroyClient() { manager.reset(); }
 
-    /// The platform lists friends and groups, each given as a JSON array.
-    void expectLists(const QByteArray& friends = "[]", const QByteArray& groups = "[]");
-
-    /// Lets \a play be the user of the dialog titled \a title, once it is there; it is closed afterwards. The
-    /// dialogs come up in the order of the calls; one on top of another comes after it.
-    void whenOpened(const QString& title, const std::function<void(QDialog&)>& play);
-    /// Chooses \a path in the file dialog titled \a title, once it is there; cancels it when \a path is
-    /// empty.
-    void whenAsked(const QString& title, const QString& path);
+    /// What is to come, in this order. Once a step is there, \a meanwhile runs: before the platform answers,
+    /// or the user does.
+    void expect(const Steps& steps, const std::function<void()>& meanwhile = {});
+    /// Nothing any more, and the user does nothing any more; what comes all the same is wrong.
+    void expectNothing();
+    /// The user of \a window does that, as long as it is there.
+    void act(const QPointer<QDialog>& window, const Acts& acts) const;
+    /// Such a window, once it has loaded what it shows. \a steps are what comes before that and after.
+    std::unique_ptr<QDialog> open(const Make& make, const Steps& steps);
 
 private:
+    void whenOpened(const QString& title, const std::function<void(QDialog&)>& play);
+
     std::unique_ptr<CloudFileManger> manager;
+    Steps sent; ///< the requests
+    int scheduled = 0, came = 0; ///< steps
+    bool isOver = false;
+    QStringList wrong;
     QObject polls; ///< owns the timers
     QVector<QPair<QTimer*, QString>> awaited; ///< with the titles
 };
-
-/// Shows \a dialog and waits until it has loaded what it shows.
-void bringUpLoaded(QDialog& dialog);
 
 /// A test program on the cloud space dialogs: every test begins and ends with the fixture.
 class CloudSpaceTest : public QObject
@@ -49,13 +53,3 @@ protected slots:
 protected:
     std::unique_ptr<CloudSpaceFixture> fixture;
 };
-
-/// What the platform answers to what it cannot or will not do.
-const QByteArray refusal = R"({"code":1,"msg":"<b>no</b>"})";
-const QByteArray success = R"({"code":0})";
-
-/// An answer with \a data, which is JSON.
-inline QByteArray reply(const QByteArray& data)
-{
-    return R"({"code":0,"data":)" + data + '}';
-}

@@ -2,13 +2,13 @@
 #pragma once
 
 #include "support/Robot.h"
-#include "ui/cloudspace/MycheckBox.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>
+#include <QLineEdit>
 #include <QTest>
 
-/// What a window shows in its table or tree, and a hand for it.
+/// What a window shows in its table or tree and its fields, and a hand for it.
 
 /// The one that can be seen; null when it has none.
 inline QAbstractItemView* viewIn(const QWidget& window)
@@ -36,8 +36,9 @@ inline QStringList rowsBelow(const QModelIndex& parent, const QAbstractItemView&
         QStringList texts;
         for (int column = 0; column < model.columnCount(parent); ++column) {
             const QModelIndex cell = model.index(row, column, parent);
-            const auto* check = qobject_cast<MycheckBox*>(view.indexWidget(cell));
-            texts.append(!check ? cell.data().toString() : check->checkBox()->isChecked() ? "[x]" : "[ ]");
+            const QWidget* widget = view.indexWidget(cell);
+            const auto* check = widget ? widget->findChild<QCheckBox*>() : nullptr;
+            texts.append(!check ? cell.data().toString() : check->isChecked() ? "[x]" : "[ ]");
         }
         rows << indent + texts.join(" | ") << rowsBelow(model.index(row, 0, parent), view, indent + "  ");
     }
@@ -58,4 +59,14 @@ inline void clickRow(const QWidget& window, const QString& text)
     QVERIFY2(index.isValid(), qPrintable(text));
     view->scrollTo(index);
     robot::click(*view->viewport(), view->visualRect(index).center());
+}
+
+/// The texts of the fields: a ">" is before the one with the focus, a "!" before those that stay.
+inline QString fieldsOf(const QWidget& window)
+{
+    QStringList texts;
+    for (const auto* one : window.findChildren<QLineEdit*>())
+        texts.append((one == window.focusWidget() ? ">" : "") + QString(one->isEnabled() ? "" : "!")
+            + one->text() + one->placeholderText());
+    return texts.join(", ");
 }

@@ -1,48 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "CloudSpaceFixture.h"
+#include "Flows.h"
 
 #include "ui/WindowNote.h"
 #include "ui/cloudspace/CloudShareTabWidget.h"
-#include "ui/cloudspace/DlgMyCloudSpace.h"
 #include "ui/cloudspace/MycheckBox.h"
-#include "ui/cloudspace/TavFileButton.h"
 #include "ui/cloudspace/TileArea.h"
 
-#include <QApplication>
-#include <QCheckBox>
 #include <QDirIterator>
 #include <QGridLayout>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLabel>
-#include <QLineEdit>
 #include <QProgressDialog>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTest>
 
 namespace {
-
-/// What is in the cloud's two folders. Each project is "id=title", then its files as "|id=name", all listed
-/// in the order of their ids.
-struct Cloud
-{
-    QStringList soft;
-    QStringList backups = {};
-};
-
-QByteArray listOf(const QStringList& items)
-{
-    QJsonArray list;
-    for (const QString& item : items) {
-        const QString name = item.section('|', 0, 0).section('=', 1);
-        list.append(QJsonObject{{"id", item.section('=', 0, 0)}, {"projectTitle", name},
-            {"originalName", name}, {"sourceClient", "Soft"}});
-    }
-    return reply(QJsonDocument(list).toJson());
-}
 
 /// A folder with \a count files in it.
 Cloud wide(int count)
@@ -54,36 +26,18 @@ Cloud wide(int count)
 }
 
 const Cloud one{{"1=P|11=a.dwg"}};
-const Cloud three{{"1=P|11=a.dwg|12=%1 <i>.dwg|13=c.dwg"}};
 const Cloud nested{{"1=a|11=x.dwg|12=x.dwg|13=y.dwg", "2=<b>b"}};
 
-QList<TavFileButton*> tilesOf(const QWidget& window)
+void click(const TavFileButton* tile)
 {
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    return window.findChildren<TavFileButton*>();
-}
-
-void click(const TavFileButton* tile, int times = 1)
-{
-    while (times-- > 0)
-        QTest::mouseClick(tile->focusProxy(), Qt::LeftButton);
+    robot::click(*tile->focusProxy());
 }
 
 /// Presses a key in \a target.
 void hit(QWidget* target, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
     target->setFocus();
-    QTest::keyClick(target, key, modifiers);
-}
-
-/// Opens the folders of \a path and selects what stands behind the last slash, if anything.
-void go(const QWidget& window, const QString& path)
-{
-    const QStringList names = path.split('/');
-    for (int i = 0; i < names.size(); ++i)
-        for (const TavFileButton* tile : tilesOf(window))
-            if (tile->getName() == names[i])
-                click(tile, i + 1 < names.size() ? 2 : 1);
+    robot::key(*target, key, modifiers);
 }
 
 /// The folder on screen and what it has.
@@ -128,68 +82,53 @@ Contents filesHere()
     return contents;
 }
 
-void writeOld(const QString& path)
-{
-    QFile file(path);
-    QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write("old"), qint64(3));
-}
-
 /// A download of one tile into the folder "out".
 struct Download
 {
     const char* row;
     Cloud cloud;
     QString chosen; ///< with the folders on the way to it
-    QVector<QPair<QByteArray, QByteArray>> transfers; ///< targets and bytes, none where it fails
+    Steps steps; ///< once the directory is chosen, but for the end
     Contents after;
     QString missed = {}; ///< what the window says of it; empty when all of it came
     QStringList before = {}; ///< old files
-    QVector<QPair<QString, bool>> covers = {}; ///< which the user is asked about, and the answers
     bool hasDirectory = true; ///< whether the user chose one
 };
 
-const QByteArray shared = "/project/cloudProjectShare/download?logicalId=";
-const QByteArray backup = "/project/cloudProjectBackup/downloadProject?projectId=";
+const auto backs = [](Text id, Bytes bytes) {
+    return get("/project/cloudProjectBackup/downloadProject?projectId=" + id, bytes);
+};
 const QString unusable = "The connection was cut, or the answer was not the platform's. Try again.";
 const QByteArray binary("\0\r\n\xff", 4);
 
 const QVector<Download> downloads{
     {"a folder of folders", {{"1=P|11=a.dwg|12=二.dwg", "2=empty", "3=Q|31=a.dwg"}}, "Soft",
-        {{shared + "11", "one"}, {shared + "12", binary}, {shared + "31", "three"}},
+        brings("11", "one") + brings("12", binary) + brings("31", "three"),
         {{"out/Soft/P/a.dwg", "one"}, {"out/Soft/P/二.dwg", binary}, {"out/Soft/Q/a.dwg", "three"}}},
-    {"backups", {{}, {"5=Survey", "6=T"}}, "My backup", {{backup + "5", "five"}, {backup + "6", binary}},
+    {"backups", {{}, {"5=Survey", "6=T"}}, "My backup", backs("5", "five") + backs("6", binary),
         {{"out/My backup/Survey/Survey.bak", "five"}, {"out/My backup/T/T.bak", binary}}},
-    {"its own id, not its project's", one, "Soft/P/a.dwg", {{shared + "11", "new"}}, {{"out/a.dwg", "new"}},
-        {}, {"out/a.dwg"}, {{"a.dwg", true}}},
-    {"of two of one name the one that is selected", nested, "Soft/a/x.dwg", {{shared + "12", "second"}},
+    {"its own id, not its project's", one, "Soft/P/a.dwg", asksToCover("a.dwg", yes) + brings("11", "new"),
+        {{"out/a.dwg", "new"}}, {}, {"out/a.dwg"}},
+    {"of two of one name the one that is selected", nested, "Soft/a/x.dwg", brings("12", "second"),
         {{"out/x.dwg", "second"}}},
-    {"two of one name", nested, "Soft/a", {{shared + "11", "first"}, {shared + "13", "y"}},
-        {{"out/a/x.dwg", "first"}, {"out/a/y.dwg", "y"}}, "a/x.dwg (2 of 2, ID 12). ", {},
-        {{"a/x.dwg (2 of 2, ID 12)", false}}},
+    {"two of one name", nested, "Soft/a",
+        brings("11", "first") + asksToCover("a/x.dwg (2 of 2, ID 12)", no) + brings("13", "y"),
+        {{"out/a/x.dwg", "first"}, {"out/a/y.dwg", "y"}}, "a/x.dwg (2 of 2, ID 12). "},
     {"no id at all", {{"=P|=a.dwg"}}, "Soft/P/a.dwg", {}, {}, "a.dwg. "},
-    {"one is kept, one fails, one is covered", three, "Soft/P", {{shared + "12", ""}, {shared + "13", "new"}},
+    {"one is kept, one fails, one is covered", {{"1=P|11=a.dwg|12=%1 <i>.dwg|13=c.dwg"}}, "Soft/P",
+        asksToCover("P/a.dwg", no) + asksToCover("P/%1 <i>.dwg", yes) + brings("12", "")
+            + asksToCover("P/c.dwg", yes) + brings("13", "new"),
         {{"out/P/a.dwg", "old"}, {"out/P/%1 <i>.dwg", "old"}, {"out/P/c.dwg", "new"}},
-        "P/a.dwg, P/%1 <i>.dwg. " + unusable, {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"},
-        {{"P/a.dwg", false}, {"P/%1 <i>.dwg", true}, {"P/c.dwg", true}}},
+        "P/a.dwg, P/%1 <i>.dwg. " + unusable, {"out/P/a.dwg", "out/P/%1 <i>.dwg", "out/P/c.dwg"}},
     {"no directory is the root", {{"1=P|11=nowhere to be written.dwg"}}, "Soft/P/nowhere to be written.dwg",
-        {{shared + "11", ""}}, {}, "nowhere to be written.dwg. " + unusable, {}, {}, false},
+        brings("11", ""), {}, "nowhere to be written.dwg. " + unusable, {}, false},
     {"hostile names",
-        {{"1=P|11=..|12=../a|13=a\\b|14=C:x|15=|16=.|17=/tmp/a|18=...", "2=..|21=a", "3=../up|31=a",
+        {{"1=P|11=..|12=../a|13=a\\\\b|14=C:x|15=|16=.|17=/tmp/a|18=...", "2=..|21=a", "3=../up|31=a",
             "4=|41=a", "5=d:|51=a"}},
-        "Soft", {{shared + "18", "harmless"}}, {{"out/Soft/P/...", "harmless"}},
+        "Soft", brings("18", "harmless"), {{"out/Soft/P/...", "harmless"}},
         "Soft/P/.., Soft/P/../a, Soft/P/a\\b, Soft/P/C:x, Soft/P/, ... (11). "
         "Its name in the cloud cannot be the name of a file."},
 };
-
-const ExpectedBox complete{QMessageBox::Information, "Prompt", "The download is complete!", QMessageBox::Ok,
-    QMessageBox::Ok, {}, {"OK"}};
-
-ExpectedBox question(bool cover, const std::function<void()>& look = {})
-{
-    return {QMessageBox::Question, "Prompt", "A file with the same name exists,whether or not covered?",
-        QMessageBox::Ok | QMessageBox::Cancel, cover ? QMessageBox::Ok : QMessageBox::Cancel, look};
-}
 
 } // namespace
 
@@ -234,13 +173,13 @@ private slots:
         QCOMPARE(dialog->windowTitle(), QString("Cloud space"));
         QVector<int> sizes;
         for (int i = 0; i < 3; ++i) {
-            expectTree(one);
+            fixture->expect(treeOf(one));
             emit dialog->findChild<CloudShareTabWidget*>()->refreshMyCloudSpace();
             QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
             sizes.append(dialog->findChildren<QObject*>().size());
         }
         QCOMPARE(sizes[2], sizes[1]); // nothing of the trees before is left
-        go(*dialog, "Soft/");
+        goes("Soft/")(*dialog);
         QCOMPARE(view(*dialog), QString("My space\\Soft\\: P"));
     }
 
@@ -255,7 +194,7 @@ private slots:
             if (step[0] == "back")
                 hit(dialog->focusWidget(), Qt::Key_Left, Qt::AltModifier);
             else
-                go(*dialog, step[0] + '/');
+                goes(step[0] + '/')(*dialog);
             QCOMPARE(view(*dialog), step[1]);
             QCOMPARE(button(*dialog, "back")->isEnabled(), step[1].count('\\') > 1);
             QCOMPARE(button(*dialog, "Download")->isEnabled(), step[0] == "y.dwg");
@@ -268,12 +207,13 @@ private slots:
             for (int i = 0; i < tiles.size(); ++i)
                 QVERIFY(isSelected(tiles[i], i == clicked));
         }
-        expectTree(nested);
+        fixture->expect(
+            treeOf(nested), [&] { QCOMPARE(noteOn(*dialog), QString("Loading the cloud space...")); });
         hit(tiles[0]->focusProxy(), Qt::Key_F5);
         QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
         QVERIFY(!button(*dialog, "Download")->isEnabled()); // nothing is selected any more
         QVERIFY(tilesOf(*dialog)[0]->focusProxy()->hasFocus());
-        go(*dialog, "Soft/");
+        goes("Soft/")(*dialog);
         hit(field(*dialog, "Folder"), Qt::Key_Backspace);
         QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
     }
@@ -288,19 +228,19 @@ private slots:
         QCOMPARE(tiles[2]->focusProxy()->accessibleName(), QString("P (2 of 2, ID 3)"));
         QCOMPARE(tiles[0]->findChild<QLabel*>()->text(), QString("P"));
         QVERIFY(look(tiles[0]) != look(tiles[2]));
-        click(tiles[2], 2);
+        click(tiles[2]);
+        click(tiles[2]);
         QCOMPARE(view(*dialog), QString("My space\\Soft\\P\\: y.dwg"));
     }
 
     void aTreeWithHolesSaysSo()
     {
         const auto dialog = open(nested);
-        for (const QByteArray& target :
-            {backupList, sharedList, filesOf + "1" + ofSoft, filesOf + "2" + ofSoft})
-            fixture->expect("GET", target, refusal);
+        for (const Step& step : treeOf(nested))
+            fixture->expect(refused({step}));
         press(*dialog, "Refresh");
-        QCOMPARE(noteOn(*dialog), QString("Not everything could be loaded: <b>no</b>"));
-        go(*dialog, "Soft/a/"); // the projects that were listed before are still known
+        QCOMPARE(noteOn(*dialog), QString("Not everything could be loaded: " + reason));
+        goes("Soft/a/")(*dialog); // the projects that were listed before are still known
         QCOMPARE(view(*dialog), QString("My space\\Soft\\a\\: "));
         QCOMPARE(noteOn(*dialog), QString());
     }
@@ -318,20 +258,12 @@ private slots:
         const Download& row = downloads[index];
         QVERIFY(QDir().mkdir("out"));
         for (const QString& path : row.before)
-            writeOld(path);
+            writeFile(path, "old");
         const auto dialog = open(row.cloud, row.chosen);
         dialog->resize(4000, dialog->height()); // no note is cut
-        for (const auto& [target, bytes] : row.transfers)
-            fixture->expect("GET", target, bytes);
-        for (const auto& [which, cover] : row.covers)
-            fixture->boxes().expect(question(cover, [which = which] {
-                const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                const QString place = which + '\n' + QDir("out").absolutePath() + '/';
-                QVERIFY2(box->informativeText().startsWith(place), qPrintable(box->informativeText()));
-            }));
+        fixture->expect(opens("Save path", {chooses(row.hasDirectory ? "out" : "")}) + row.steps);
         if (row.missed.isEmpty())
-            fixture->boxes().expect(complete);
-        fixture->whenAsked("Save path", row.hasDirectory ? QDir("out").absolutePath() : QString());
+            fixture->expect(isDownloaded);
         press(*dialog, "Download");
         QCOMPARE(filesHere(), row.after);
         QCOMPARE(noteOn(*dialog), row.missed.isEmpty() ? QString() : "Not downloaded: " + row.missed);
@@ -341,8 +273,9 @@ private slots:
     void aDownloadIsSeen()
     {
         const auto dialog = open(one, "Soft/P/a.dwg");
-        fixture->whenAsked("Save path", QDir().absolutePath());
-        fixture->expectAndHold("GET", shared + "11", "new", [&] {
+        QVERIFY(QDir().mkdir("out"));
+        fixture->expect(opens("Save path", {chooses("out")}));
+        fixture->expect(brings("11", "new"), [&] {
             const auto* progress = dialog->findChild<QProgressDialog*>();
             QVERIFY(progress->isVisible() && !progress->findChild<QPushButton*>());
             QVERIFY(progress->labelText() == "Downloading..." && progress->maximum() == 0);
@@ -350,7 +283,7 @@ private slots:
             for (const char* text : {"back", "Refresh", "Download"})
                 QVERIFY(!button(*dialog, text)->isEnabled());
         });
-        fixture->boxes().expect(complete);
+        fixture->expect(isDownloaded);
         press(*dialog, "Download");
     }
 
@@ -388,7 +321,7 @@ private slots:
     void theKeyboardReachesEveryTile()
     {
         const auto dialog = open(wide(60), "Soft/");
-        const auto hit = [&](Qt::Key key) { QTest::keyClick(dialog->focusWidget(), key); };
+        const auto hit = [&](Qt::Key key) { robot::key(*dialog, key); };
         const auto focusIsOn = [&](const TavFileButton* tile) {
             QCoreApplication::processEvents();
             return dialog->focusWidget() == tile->focusProxy() && isInView(*dialog, tile);
@@ -399,6 +332,13 @@ private slots:
         hit(Qt::Key_Return);
         const QList<TavFileButton*> tiles = tilesOf(*dialog);
         QCOMPARE(tiles.size(), 60);
+        const QPair<Qt::Key, int> moves[]{{Qt::Key_Right, 1}, {Qt::Key_Down, 6}, {Qt::Key_Left, 5},
+            {Qt::Key_Left, 4}, {Qt::Key_Up, 4}, {Qt::Key_End, 59}, {Qt::Key_Down, 59}, {Qt::Key_Right, 59},
+            {Qt::Key_Up, 54}, {Qt::Key_Home, 0}, {Qt::Key_Left, 0}};
+        for (const auto& [key, index] : moves) {
+            hit(key);
+            QVERIFY2(focusIsOn(tiles[index]), qPrintable(QString::number(index)));
+        }
         for (const TavFileButton* tile : tiles) {
             QVERIFY2(focusIsOn(tile), qPrintable(tile->getName()));
             hit(Qt::Key_Tab);
@@ -414,31 +354,22 @@ private slots:
         QVERIFY(dialog->isVisible());
     }
 
-private:
-    const QByteArray backupList = "/project/cloudProjectBackup/getProjectList?sourceClient=Soft";
-    const QByteArray sharedList =
-        "/project/cloudProjectShare/getProjectBySoftId?sourceClient=Soft&targetClient=Soft";
-    const QByteArray filesOf = "/project/cloudProjectShare/getByProject?projectId=";
-    const QByteArray ofSoft = "&sourceClient=Soft";
-
-    /// What a refresh asks for.
-    void expectTree(const Cloud& cloud)
+    void aSpaceOnItsWayIsSeenBelow()
     {
-        fixture->expect("GET", backupList, listOf(cloud.backups));
-        fixture->expect("GET", sharedList, listOf(cloud.soft));
-        for (const QString& project : cloud.soft)
-            fixture->expect("GET", filesOf + project.section('=', 0, 0).toUtf8() + ofSoft,
-                listOf(project.split('|').mid(1)));
+        QDialog below;
+        bringUp(below);
+        fixture->expect(
+            spaceOf(one), [&] { QCOMPARE(noteOn(below), QString("Loading the cloud space...")); });
+        const std::unique_ptr<QDialog> dialog(emptySpace(&fixture->client(), &below));
+        QCOMPARE(noteOn(below), QString());
     }
 
+private:
     /// The dialog once its user went to \a path.
     std::unique_ptr<QDialog> open(const Cloud& cloud, const QString& path = {})
     {
-        expectTree(cloud);
-        fixture->expectLists();
-        std::unique_ptr<QDialog> dialog(new DlgMyCloudSpace(&fixture->client(), {}, "me", "4", nullptr));
-        bringUp(*dialog);
-        go(*dialog, path);
+        auto dialog = fixture->open(emptySpace, spaceOf(cloud));
+        goes(path)(*dialog);
         return dialog;
     }
 };
