@@ -18,28 +18,42 @@ const MEMORY_MIB = 512;
 const TYPES = [2, 3, 4, 5, 6, 7, 9, 11, 12, 14, 15, 16, 17, 27, 33];
 const VALUES = [0, 1, 0x10, 0x3f, 0x40, 0x7f, 0x80, 0xc0, 0xfe, 0xff];
 
+/** The elements as they lie in a file, the end mark after them. */
+function split(bytes) {
+  const parts = [];
+  for (let at = 0; at < bytes.length; at += parts.at(-1).length) {
+    const size = at + 4 > bytes.length ? 2 : 4 + 2 * bytes.readUInt16LE(at + 2);
+    parts.push(bytes.subarray(at, at + size));
+  }
+  return parts;
+}
+
 function* damagedDrawings(random) {
   const oneOf = (list) => list[random(list.length)];
   const sample = fileURLToPath(new URL('../../examples/make_sample_drawing.mjs', import.meta.url));
   spawnSync(process.execPath, [sample, 'sample.dgn']);
   const { elements } = readDgn(readFileSync('sample.dgn'));
   const kinds = [...new Set(elements.map((element) => element.kind))].map((kind) => elements.filter((element) => element.kind === kind));
-  const anElement = (bytes) => {
-    const starts = [];
-    for (let at = 0; at + 4 < bytes.length; at += 4 + 2 * bytes.readUInt16LE(at + 2)) starts.push(at);
-    return oneOf(starts);
-  };
   const damages = [
-    (bytes) => { bytes[random(bytes.length)] = random(256); },
-    (bytes) => { bytes[random(1536)] = oneOf(VALUES); },
-    (bytes) => { bytes[anElement(bytes) + 1] = oneOf(TYPES); },
-    (bytes) => { bytes[anElement(bytes) + random(120)] = oneOf(VALUES); },
-    (bytes) => { bytes.subarray(anElement(bytes) + random(120)).subarray(0, random(16)).fill(oneOf(VALUES)); },
-    (bytes) => { bytes.copyWithin(random(bytes.length), random(bytes.length), random(bytes.length)); },
+    (part) => { part[random(part.length)] = random(256); },
+    (part) => { part[random(120)] = oneOf(VALUES); },
+    (part) => { part[1] = oneOf(TYPES); },
+    (part) => { part[0] ^= 0x80; },
+    (part) => { part.subarray(random(part.length)).subarray(0, random(16)).fill(oneOf(VALUES)); },
+    (part, parts, place) => { parts.splice(random(parts.length), 0, Buffer.from(parts[place])); },
+    (part, parts, place) => { // cut, and as long as it says
+      if (part.length <= 4) return;
+      parts[place] = part.subarray(0, 4 + 2 * random(part.length / 2 - 2));
+      parts[place].writeUInt16LE(parts[place].length / 2 - 2, 2);
+    },
   ];
   for (;;) {
-    const bytes = writeDgn({ elements: Array.from({ length: 1 + random(6) }, () => oneOf(oneOf(kinds))) });
-    for (let i = random(8); i >= 0; i--) oneOf(damages)(bytes);
+    const parts = split(writeDgn({ elements: Array.from({ length: 1 + random(6) }, () => oneOf(oneOf(kinds))) }));
+    for (let i = random(8); i >= 0; i--) {
+      const place = random(4) ? 3 + random(parts.length - 3) : random(parts.length);
+      oneOf(damages)(parts[place], parts, place);
+    }
+    const bytes = Buffer.concat(parts);
     yield bytes.subarray(0, random(20) ? MOST_BYTES : random(bytes.length));
   }
 }
