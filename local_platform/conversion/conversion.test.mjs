@@ -3,7 +3,7 @@
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, describe, test } from 'node:test';
@@ -37,7 +37,6 @@ function assertClose(actual, expected, tolerance, path = '') {
   if (typeof expected === 'number') {
     assert.ok(Math.abs(actual - expected) <= tolerance, `${path}: ${actual} instead of ${expected}`);
   } else if (expected && typeof expected === 'object') {
-    assert.deepEqual(Object.keys(actual).length >= Object.keys(expected).length, true, `${path} is too short`);
     if (Array.isArray(expected)) assert.equal(actual.length, expected.length, path);
     for (const key of Object.keys(expected)) assertClose(actual[key], expected[key], tolerance, `${path}.${key}`);
   } else {
@@ -48,33 +47,23 @@ function assertClose(actual, expected, tolerance, path = '') {
 const throughDgn = (elements, options) => readDgn(writeDgn({ elements, ...options }));
 const throughDwg = (elements) => readDgn(dwgToDgn(Buffer.from(dgnToDwg(writeDgn({ elements })).bytes)).bytes);
 
-function run(...args) {
-  const { status, stdout, stderr } = spawnSync(process.execPath, [join(here, 'convert.mjs'), ...args], { encoding: 'utf8' });
-  return { status, stdout, stderr };
-}
-
-describe('VAX numbers', () => {
-  test('doubles', () => {
-    const buffer = Buffer.alloc(8, 0xaa);
-    for (const [value, hex] of [[0, '0000000000000000'], [-1, '80c0000000000000'], [0.5, '0040000000000000'],
-      [-12.5, '48c2000000000000'], [Math.PI, '4941da0f21a2c068']]) {
-      writeDouble(buffer, 0, value);
-      assert.equal(buffer.toString('hex'), hex);
-      assert.equal(readDouble(buffer, 0), value);
-    }
-    assert.throws(() => writeDouble(buffer, 0, 1e39), RangeError);
-    writeDouble(buffer, 0, 1e-40);
-    assert.equal(readDouble(buffer, 0), 0);
-  });
-
-  test('integers', () => {
-    const buffer = Buffer.alloc(4);
-    for (const [value, hex] of [[-1, 'ffffffff'], [0x12345678, '34127856'], [-(2 ** 31), '00800000']]) {
-      writeInt32(buffer, 0, value);
-      assert.equal(buffer.toString('hex'), hex);
-      assert.equal(readInt32(buffer, 0), value);
-    }
-  });
+test('VAX numbers', () => {
+  const int32 = [writeInt32, readInt32];
+  const double = [writeDouble, readDouble];
+  for (const [[write, read], value, hex] of [
+    [int32, -1, 'ffffffff'], [int32, 0x12345678, '34127856'], [int32, -(2 ** 31), '00800000'],
+    [double, 0, '0000000000000000'], [double, -1, '80c0000000000000'], [double, 0.5, '0040000000000000'],
+    [double, -12.5, '48c2000000000000'], [double, Math.PI, '4941da0f21a2c068'],
+  ]) {
+    const buffer = Buffer.alloc(hex.length / 2, 0xaa);
+    write(buffer, 0, value);
+    assert.equal(buffer.toString('hex'), hex);
+    assert.equal(read(buffer, 0), value);
+  }
+  const buffer = Buffer.alloc(8, 0xaa);
+  assert.throws(() => writeDouble(buffer, 0, 1e39), RangeError);
+  writeDouble(buffer, 0, 1e-40);
+  assert.equal(readDouble(buffer, 0), 0);
 });
 
 const tilted = [[2 / 3, 2 / 3, 1 / 3], [-2 / 3, 1 / 3, 2 / 3]];
@@ -163,36 +152,29 @@ describe('every kind there and back', () => {
   });
 });
 
-describe('the design plane', () => {
-  test('is as fine as its extent and its tallest text allow', () => {
-    const resolution = (...elements) => throughDgn(elements).uorPerMaster;
-    assert.equal(resolution(line([0, 0, 0], [1000, 0, 0])), 1e6);
-    assert.equal(resolution(line([0, 0, 0], [1e9, 0, 0])), 1);
-    assert.equal(resolution(text('tall', 0, { height: 900 })), 1e4);
-  });
-  test('refuses what cannot lie on it', () => {
-    assert.throws(() => writeDgn({ elements: [line([0, 0, 0], [1e10, 0, 0])] }), Refusal);
-  });
+test('the design plane is as fine as its extent and its tallest text allow', () => {
+  for (const [element, resolution] of [[line([0, 0, 0], [1000, 0, 0]), 1e6], [line([0, 0, 0], [1e9, 0, 0]), 1],
+    [text('tall', 0, { height: 900 }), 1e4]]) assert.equal(throughDgn([element]).uorPerMaster, resolution);
+  assert.throws(() => writeDgn({ elements: [line([0, 0, 0], [1e10, 0, 0])] }), Refusal);
 });
 
-describe('geometry', () => {
-  test('extremes of an arc lie on it, and only on it', () => {
-    const xs = arcExtremes(arc([0, 0, 0], 2, 2, -0.1, 0.2)).map((p) => p[0]);
-    assert.equal(Math.max(...xs), 2);
-    assert.ok(Math.min(...xs) > 1.9);
-  });
-  test('a quarter circle as a rational spline', () => {
-    const points = strokeSpline({ degree: 2, knots: [0, 0, 0, 1, 1, 1], weights: [1, Math.SQRT1_2, 1],
-      controlPoints: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
-    for (const p of points) assertClose(Math.hypot(...p), 1, 1e-12);
-  });
+test('extremes of an arc lie on it, and only on it', () => {
+  const xs = arcExtremes(arc([0, 0, 0], 2, 2, -0.1, 0.2)).map((p) => p[0]);
+  assert.equal(Math.max(...xs), 2);
+  assert.ok(Math.min(...xs) > 1.9);
+});
+
+test('a quarter circle as a rational spline', () => {
+  const points = strokeSpline({ degree: 2, knots: [0, 0, 0, 1, 1, 1], weights: [1, Math.SQRT1_2, 1],
+    controlPoints: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
+  for (const p of points) assertClose(Math.hypot(...p), 1, 1e-12);
 });
 
 describe('symbology', () => {
   test('levels of layers', () => {
     const names = ['0', 'Level 2', 'walls', '7', 'Level 99', ...Array.from({ length: 70 }, (_, i) => `layer ${i + 100}`)];
     const levels = levelsOfLayers(names);
-    assert.deepEqual(['0', 'Level 2', 'walls', '7', 'Level 99'].map((n) => levels.get(n)), [1, 2, 3, 7, 4]);
+    assert.deepEqual(names.slice(0, 5).map((name) => levels.get(name)), [1, 2, 3, 7, 4]);
     assert.equal(Math.max(...levels.values()), 63);
   });
   test('line types', () => assert.deepEqual(
@@ -210,16 +192,14 @@ describe('symbology', () => {
   });
 });
 
-describe('text', () => {
-  test('is read in its code page', () => {
-    for (const [page, bytes, expected] of [
-      ['gbk', [0xb0, 0xec, 0x41, 0], '办A'], ['gbk', [0xff, 0xfd, 0xec, 0xb0, 0x41, 0x00], '办A'],
-      ['windows-1252', [0xc4, 0xd6], 'ÄÖ'], ['gbk', [0x43, 0x61, 0x66, 0xe9], 'Café'],
-      ['gbk', [...Buffer.from('\\U+00C4')], 'Ä'],
-    ]) assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected);
-  });
-  test('is written in its code page', () => assert.deepEqual([...new TextCodec('gbk').encode('办\tü🙂')],
-    [0xb0, 0xec, 0x20, 0xa8, 0xb9, ...Buffer.from('\\U+D83D\\U+DE42')]));
+test('text is read and written in its code page', () => {
+  for (const [page, bytes, expected] of [
+    ['gbk', [0xb0, 0xec, 0x41, 0], '办A'], ['gbk', [0xff, 0xfd, 0xec, 0xb0, 0x41, 0x00], '办A'],
+    ['windows-1252', [0xc4, 0xd6], 'ÄÖ'], ['gbk', [0x43, 0x61, 0x66, 0xe9], 'Café'],
+    ['gbk', [...Buffer.from('\\U+00C4')], 'Ä'],
+  ]) assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected);
+  assert.deepEqual([...new TextCodec('gbk').encode('办\tüÄ🙂')],
+    [0xb0, 0xec, 0x20, 0xa8, 0xb9, ...Buffer.from('\\U+00C4\\U+D83D\\U+DE42')]);
 });
 
 describe('what only DWG has', () => {
@@ -307,85 +287,74 @@ describe('what only DWG has', () => {
 });
 
 describe('the command', () => {
-  const file = (name, bytes) => {
-    const path = join(scratch, name);
-    writeFileSync(path, bytes);
-    return path;
-  };
+  const inScratch = (name) => join(scratch, name);
+  function file(name, bytes) {
+    writeFileSync(inScratch(name), bytes);
+    return inScratch(name);
+  }
+  function run(...args) {
+    const { status, stdout, stderr } = spawnSync(process.execPath, [join(here, 'convert.mjs'), ...args], { encoding: 'utf8' });
+    return { status, stdout, stderr };
+  }
   const good = writeDgn({ elements: Object.values(FLAT) });
   const dimension = writeDgn({ elements: [FLAT.line, FLAT.circle] });
   dimension[dimension.lastIndexOf(Buffer.from([5, 15])) + 1] = 33;
+  const dwg = Buffer.from(dgnToDwg(good).bytes);
+  const empty = Buffer.from(acad.DwgWriter.writeToBuffer(new acad.CadDocument(acad.ACadVersion.AC1015)));
 
   test('says what it left out', () => {
-    const output = join(scratch, 'out.dwg');
+    const output = inScratch('out.dwg');
     assert.deepEqual(run(file('in.dgn', dimension), output), { status: 0, stdout: 'left out: 1 DIMENSION\n', stderr: '' });
-    const back = join(scratch, 'back.dgn');
+    const back = inScratch('back.dgn');
     assert.deepEqual(run('dwg2dgn', output, back), { status: 0, stdout: '', stderr: '' });
     assert.equal(readDgn(readFileSync(back)).elements.length, 1);
   });
 
-  const dwg = Buffer.from(dgnToDwg(good).bytes);
-  const empty = Buffer.from(acad.DwgWriter.writeToBuffer(new acad.CadDocument(acad.ACadVersion.AC1015)));
-  for (const [name, input, bytes, reason] of [
-    ['empty DGN', 'a.dgn', '', /empty/],
-    ['DGN V8', 'v8.dgn', Buffer.from('d0cf11e0a1b11ae10000', 'hex'), /DGN V8/],
-    ['a cell library', 'c.dgn', Buffer.from('0805170000000000', 'hex'), /cell library/],
-    ['a DWG called DGN', 'b.dgn', dwg, /not a DGN/], ['a DGN called DWG', 'b.dwg', good, /not a DWG/],
-    ['a DGN cut short', 'd.dgn', good.subarray(0, -300), /cut short/],
-    ['a DWG cut short', 'd.dwg', dwg.subarray(0, -300), /cut short/],
-    ['a DGN without elements', 'e.dgn', Buffer.concat([good.subarray(0, 2048), Buffer.from('ffff', 'hex')]), /nothing/],
-    ['a DWG without entities', 'e.dwg', empty, /nothing/],
-    ['random bytes', 'f.dwg', Buffer.concat([Buffer.from('AC1032'), Buffer.alloc(5000, 0x5a)]), /cannot be read/],
+  const refused = { dgn: inScratch('refused.dwg'), dwg: inScratch('refused.dgn') };
+  for (const [reason, ...args] of [
+    [/the file is empty/, file('a.dgn', ''), refused.dgn],
+    [/DGN V8/, file('b.dgn', Buffer.from('d0cf11e0a1b11ae10000', 'hex')), refused.dgn],
+    [/cell library/, file('c.dgn', Buffer.from('0805170000000000', 'hex')), refused.dgn],
+    [/not a DGN/, file('d.dgn', dwg), refused.dgn],
+    [/not a DWG/, file('e.dwg', good), refused.dwg],
+    [/DGN file is cut short/, file('f.dgn', good.subarray(0, -300)), refused.dgn],
+    [/DWG file is cut short/, file('g.dwg', dwg.subarray(0, -300)), refused.dwg],
+    [/DGN file holds nothing/, file('h.dgn', Buffer.concat([good.subarray(0, 2048), Buffer.from('ffff', 'hex')])), refused.dgn],
+    [/DWG file holds nothing/, file('i.dwg', empty), refused.dwg],
+    [/AC1032\) cannot be read/, file('j.dwg', Buffer.concat([Buffer.from('AC1032'), Buffer.alloc(5000, 0x5a)])), refused.dwg],
+    [/usage/], [/usage/, 'a.dxf', 'a.dwg'], [/input cannot be read/, 'no-such.dgn', refused.dgn],
+    [/klingon/, '--codepage', 'klingon', file('k.dgn', good), refused.dgn],
+    [/output cannot be written/, 'dgn2dwg', file('l.dgn', good), mkdtempSync(inScratch('folder'))],
   ]) {
-    test(`refuses ${name}`, () => {
-      const output = join(scratch, input.endsWith('dgn') ? 'refused.dwg' : 'refused.dgn');
-      const { status, stdout, stderr } = run(file(input, bytes), output);
-      assert.equal(status, 1);
-      assert.equal(stdout, '');
+    test(`refuses ${args.map((arg) => arg.replace(scratch, ''))}: ${reason}`, () => {
+      const { status, stdout, stderr } = run(...args);
+      assert.deepEqual([status, stdout], [1, '']);
       assert.match(stderr, /^[^\n]+\n$/);
       assert.match(stderr, reason);
-      assert.equal(existsSync(output), false);
-    });
-  }
-
-  for (const args of [[], ['a.dxf', 'a.dwg'], ['no-such.dgn', 'out.dwg'],
-    ['--codepage', 'klingon', join(scratch, 'in.dgn'), join(scratch, 'out2.dwg')],
-    [join(scratch, 'in.dgn'), join(scratch, 'no-such-folder', 'out.dwg')]]) {
-    test(`refuses the arguments ${args.map((a) => a.replace(scratch, '')).join(' ')}`, () => {
-      const { status, stderr } = run(...args);
-      assert.equal(status, 1);
-      assert.match(stderr, /^[^\n]+\n$/);
-      assert.equal(readdirSync(scratch).some((name) => name.endsWith('.part')), false);
+      assert.deepEqual(readdirSync(scratch).filter((name) => /^refused|\.part$/.test(name)), []);
     });
   }
 });
 
-describe('hostile DGN files', () => {
+test('a DGN file with bytes changed is a drawing or a reason', () => {
   const bytes = writeDgn({ elements: [FLAT.text, FLAT.arc, FLAT['filled shape'], styled({ kind: 'chain', closed: true,
     members: [{ kind: 'lineString', points: [[0, 0, 0], [1, 1, 0]] }, { kind: 'line', points: [[1, 1, 0], [0, 0, 0]] }] })] });
-
-  function tryReading(damaged) {
+  let seed = 20240607;
+  const random = (below) => {
+    seed = (Math.imul(seed, 1664525) + 1013904223) >>> 0;
+    return Math.floor((seed / 2 ** 32) * below);
+  };
+  let read = 0;
+  for (let round = 0; round < 400; round++) {
+    const damaged = Buffer.from(bytes);
+    // Mostly the elements, where the lengths and counts are.
+    for (let i = 0; i <= random(6); i++) damaged[random(3) ? 2854 + random(bytes.length - 2854) : random(1536)] = random(256);
     try {
-      return dgnToDwg(damaged).bytes.length > 0;
+      dgnToDwg(damaged);
+      read++;
     } catch (error) {
       assert.ok(error instanceof Refusal, error.stack);
-      return false;
     }
   }
-
-  test('with bytes changed: a drawing or a reason', () => {
-    let seed = 20240607;
-    const random = (below) => {
-      seed = (Math.imul(seed, 1664525) + 1013904223) >>> 0;
-      return Math.floor((seed / 2 ** 32) * below);
-    };
-    let read = 0;
-    for (let round = 0; round < 400; round++) {
-      const damaged = Buffer.from(bytes);
-      // Mostly the elements, where the lengths and counts are.
-      for (let i = 0; i <= random(6); i++) damaged[random(3) ? 2854 + random(bytes.length - 2854) : random(1536)] = random(256);
-      read += tryReading(damaged);
-    }
-    assert.ok(read > 0 && read < 400, `${read} of 400 read`);
-  });
+  assert.ok(read > 0 && read < 400, `${read} of 400 read`);
 });

@@ -2,8 +2,7 @@
 #include "PlatformUnderTest.h"
 
 #include <QDir>
-#include <QJsonDocument>
-#include <csignal>
+#include <QJsonArray>
 #include <httplib.h>
 
 namespace {
@@ -12,11 +11,25 @@ const QByteArray clientCredential = "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ="
 const QByteArray boundary = "boundary_of_tests";
 constexpr int startTimeout = 20000;
 
+QByteArray asText(const QJsonValue& value)
+{
+    return value.toVariant().toString().toUtf8();
+}
+
 } // namespace
 
-QJsonObject Answer::json() const
+QByteArray Answer::data(const QString& name) const
 {
-    return QJsonDocument::fromJson(body).object();
+    const QJsonValue data = json().value("data");
+    return asText(name.isEmpty() ? data : data.toObject().value(name));
+}
+
+QByteArrayList Answer::items(const QString& name) const
+{
+    QByteArrayList values;
+    for (const auto& item : json().value("data").toArray())
+        values += asText(item.toObject().value(name));
+    return values;
 }
 
 Answer Client::send(
@@ -27,7 +40,7 @@ Answer Client::send(
     http.set_read_timeout(30);
     httplib::Request request;
     request.method = method;
-    request.path = path.toStdString();
+    request.path = (path.startsWith('/') ? path : "/project/" + path).toStdString();
     request.body = body.toStdString();
     for (const auto& [name, value] : headers + FormFields{{"Authorization", m_authorization}})
         if (!value.isEmpty())
@@ -73,8 +86,7 @@ void PlatformUnderTest::start(const QStringList& options)
 
 void PlatformUnderTest::restart(const QStringList& options)
 {
-    if (m_process.state() != QProcess::NotRunning)
-        stop();
+    stop();
     start(options);
 }
 
@@ -99,27 +111,27 @@ QStringList PlatformUnderTest::storedFiles() const
 
 QByteArray PlatformUnderTest::sentCode(const QString& address) const
 {
-    const QDir outbox(data() + "/outbox");
-    const QStringList messages = outbox.entryList({"*-" + address + ".txt"}, QDir::Files, QDir::Name);
-    if (messages.isEmpty())
-        return {};
-    QFile file(outbox.filePath(messages.last()));
+    const QDir outbox(data() + "/outbox", {}, QDir::Name | QDir::Reversed); // by time, the newest first
+    QFile file(outbox.filePath(outbox.entryList({"*-" + address + ".txt"}, QDir::Files).value(0)));
     file.open(QIODevice::ReadOnly);
-    const QByteArray text = file.readAll();
-    const QByteArray label = "\nCode: ";
-    const int start = text.indexOf(label) + label.size();
-    return text.mid(start, text.indexOf('\n', start) - start);
+    return QRegularExpression("\nCode: (.*)").match(file.readAll()).captured(1).toLatin1();
+}
+
+bool PlatformUnderTest::connectTo(QTcpSocket& socket) const
+{
+    socket.connectToHost("127.0.0.1", static_cast<quint16>(m_port));
+    return socket.waitForConnected();
 }
 
 Client PlatformUnderTest::asClient() const
 {
-    return Client(m_port, clientCredential);
+    return as(clientCredential);
 }
 
 Client PlatformUnderTest::signedIn(const QByteArray& demoUser) const
 {
-    const Answer answer = signIn(demoUser, wirePassword(demoUser));
-    return Client(m_port, "Bearer " + answer.json().value("access_token").toString().toLatin1());
+    const QJsonObject answer = signIn(demoUser, wirePassword(demoUser)).json();
+    return as("Bearer " + answer.value("access_token").toString().toLatin1());
 }
 
 Answer PlatformUnderTest::signIn(const QByteArray& user, const QByteArray& wirePassword) const
@@ -148,26 +160,20 @@ QString PlatformUnderTest::program()
 QByteArray addProject(const Client& client, const QByteArray& title, const QByteArray& software)
 {
     const FormFields form = {{"sourceClient", software}, {"projectTitle", title}, {"description", "d"}};
-    return idText(client.postForm("/project/cloudProjectInfo/add", form).data());
+    return client.postForm("cloudProjectInfo/add", form).data();
 }
 
 QByteArray addGroup(const Client& client, const QByteArray& name)
 {
     const QByteArray body = "{\"groupName\":\"" + name + "\"}";
-    return idText(client.post("/project/cloudProjectGroup/saveOrUpdate", body, "application/json").data());
+    return client.post("cloudProjectGroup/saveOrUpdate", body, "application/json").data();
 }
 
 QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
     const QByteArray& content, const QByteArray& supportType)
 {
     const FormFields form = {{"projectId", project}, {"supportTypeId", supportType}, {"typeFlag", "1"}};
-    const Answer answer = client.upload("/project/cloudProjectShare/upload", form, name, content);
-    return idText(answer.data().toObject().value("logicalId"));
-}
-
-QByteArray idText(const QJsonValue& value)
-{
-    return QByteArray::number(value.toInt(-1));
+    return client.upload("cloudProjectShare/upload", form, name, content).data("logicalId");
 }
 
 QByteArray multipart(const FormFields& fields, const QByteArray& filePart)

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QPair>
 #include <QProcess>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QVector>
 #include <QtTest>
 
-/// What the platform answered, looked at in several ways.
 struct Answer
 {
     int status = 0; ///< 0: no answer
@@ -17,18 +17,19 @@ struct Answer
     QByteArray contentDigest;
     QByteArray digest;
 
-    QJsonObject json() const;
+    QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     int code() const { return json().value("code").toInt(-1); }
-    QString msg() const { return json().value("msg").toString(); }
-    QJsonValue data() const { return json().value("data"); }
-    QJsonObject item(int index) const { return data().toArray().at(index).toObject(); }
-    int count() const { return data().toArray().size(); }
+    QByteArray msg() const { return json().value("msg").toString().toUtf8(); }
     bool ok() const { return status == 200 && code() == 0; }
+    /// The data, a text or a number, or its member of that name.
+    QByteArray data(const QString& name = {}) const;
+    /// The member of that name of each item of the data.
+    QByteArrayList items(const QString& name) const;
 };
 
 using FormFields = QVector<QPair<QByteArray, QByteArray>>;
 
-/// Requests of one user to one platform. Paths are sent as they are.
+/// Requests of one user to one platform. A path without a leading slash is one under /project/.
 class Client
 {
 public:
@@ -83,6 +84,8 @@ public:
     /// The code of the newest message to the address.
     QByteArray sentCode(const QString& address) const;
 
+    bool connectTo(QTcpSocket& socket) const;
+    Client as(const QByteArray& authorization = {}) const { return Client(m_port, authorization); }
     Client asClient() const;
     Client signedIn(const QByteArray& demoUser) const;
     /// A password grant; the password as it travels: enciphered and percent-encoded.
@@ -99,14 +102,12 @@ private:
     int m_port = 0;
 };
 
-/// A new project of the client's; its id as it goes into a request.
+// What is new comes back as its id as it goes into a request.
 QByteArray addProject(
     const Client& client, const QByteArray& title = "Survey", const QByteArray& software = "SoftA");
-/// A new group of the client's; its id as it goes into a request.
 QByteArray addGroup(const Client& client, const QByteArray& name);
-/// A new file to share; its logical id as it goes into a request.
 QByteArray uploadSharedFile(const Client& client, const QByteArray& project, const QByteArray& name,
     const QByteArray& content, const QByteArray& supportType = "1");
-QByteArray idText(const QJsonValue& value);
+
 QByteArray multipart(const FormFields& fields, const QByteArray& filePart = {});
 QByteArray multipartType();

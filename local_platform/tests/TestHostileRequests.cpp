@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "PlatformUnderTest.h"
 
-#include <QTcpSocket>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -14,8 +13,7 @@ class TestHostileRequests : public QObject
 private slots:
     void garbageIsAnswered()
     {
-        const QByteArray client = "Host: x\r\nConnection: close\r\n"
-                                  "Authorization: "
+        const QByteArray client = "Host: x\r\nConnection: close\r\nAuthorization: "
             + m_platform.asClient().authorization() + "\r\n";
         const auto post = [&](const QByteArray& path, const QByteArray& type, const QByteArray& body) {
             return "POST " + path + " HTTP/1.1\r\n" + client + "Content-Type: " + type
@@ -41,24 +39,22 @@ private slots:
         };
         for (const auto& [request, status, text] : requests) {
             QTcpSocket socket;
-            QVERIFY(open(socket));
+            QVERIFY(m_platform.connectTo(socket));
             const QByteArray reply = exchange(socket, request);
             QVERIFY2(reply.startsWith("HTTP/1.1 " + status), reply.left(200));
             QVERIFY2(reply.contains("\"msg\":\"") && reply.contains(text), reply);
         }
-        QVERIFY2(
-            m_platform.signedIn("alice").get("/project/cloudAddressBook/list").ok(), "the platform goes on");
+        QVERIFY2(m_platform.signedIn("alice").get("cloudAddressBook/list").ok(), "the platform goes on");
     }
 
     void refusedFormIsReadToItsEnd()
     {
-        // One connection, a refused upload, then a good request: nothing of the first may be taken for the
-        // second.
+        // Nothing of the first request on a connection may be taken for the second.
         const QByteArray body = multipart({},
             "Content-Disposition: form-data; name=\"file\"; filename=\"a\"\r\n\r\nGET /evil HTTP/1.1\r\n\r\n"
                 + QByteArray(300000, 'x'));
         QTcpSocket socket;
-        QVERIFY(open(socket));
+        QVERIFY(m_platform.connectTo(socket));
         const QByteArray refused = exchange(socket,
             "POST /project/cloudProjectBackup/upload HTTP/1.1\r\nHost: x\r\nContent-Type: " + multipartType()
                 + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
@@ -69,7 +65,7 @@ private slots:
 
     void manyClientsAtOnce()
     {
-        const QByteArray path = "/project/cloudProjectShare/download?logicalId=";
+        const QByteArray path = "cloudProjectShare/download?logicalId=";
         std::atomic<int> good{0};
         std::vector<std::thread> clients(200);
         for (int i = 0; i < 200; ++i)
@@ -115,18 +111,11 @@ private slots:
     {
         PlatformUnderTest platform;
         QTcpSocket idle;
-        idle.connectToHost("127.0.0.1", static_cast<quint16>(platform.port()));
-        QVERIFY(idle.waitForConnected());
+        QVERIFY(platform.connectTo(idle));
         QCOMPARE(platform.stop(), 0);
     }
 
 private:
-    bool open(QTcpSocket& socket) const
-    {
-        socket.connectToHost("127.0.0.1", static_cast<quint16>(m_platform.port()));
-        return socket.waitForConnected();
-    }
-
     /// The reply to its last brace: every reply here is an envelope.
     QByteArray exchange(QTcpSocket& socket, const QByteArray& request) const
     {
