@@ -170,13 +170,18 @@ private slots:
         delete window;
     }
 
-    void noBoxComesUpOnceTheApplicationQuits()
+    void noStepComesOnceTheApplicationQuits()
     {
         Window window;
         inEventLoop([&] {
             fixture->boxes().expectPrompt("text", [] { QCoreApplication::quit(); });
             QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
             QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
+        });
+        inEventLoop([&] {
+            ScopedDialog<QDialog> dialog(&window);
+            QTimer::singleShot(0, &window, [] { QCoreApplication::quit(); });
+            QVERIFY(!dialog.run());
         });
     }
 

@@ -74,17 +74,16 @@ const QString member = R"({"id":99,"groupId":98,"username":"%1","adminFlag":%2})
 const auto membersOf = [](Text id, const Texts& records) {
     return get(users + "listGroupUsers?groupId=" + id, list(member, records));
 };
-const Steps groups = get(users + "listUserGroups",
-    list(group, {{"7", "<i>B</i>-(team)"}, {"8", "x(ID:9)"}, {R"("g-6")", "Site"}}));
+const auto listed = [](const Texts& records) { return get(users + "listUserGroups", list(group, records)); };
+const Steps groups = listed({{"7", "<i>B</i>-(team)"}, {"8", "x(ID:9)"}, {R"("g-6")", "Site"}});
 const QString bridge = "<i>B</i>-(team)(ID:7)";
 const QString bob = "bob - group manager";
-const QString trap = "x(ID:9)(ID:8)";
+const QString odd = "x(ID:9)(ID:8)";
 const QString site = "Site(ID:g-6)"; // of which the user is not the owner
 const Steps in7 = membersOf("7", {{"me", "1"}, {"a-(b)&<i>", "0"}});
 const Steps in8 = membersOf("8", {{"me", "1"}, {"dan", "0"}});
 const Steps inSite = membersOf("g-6", {{"me", "0"}, {"bob", "1"}});
-const Steps later =
-    get(users + "listUserGroups", list(group, {{"11", "New"}})) + membersOf("11", {{"me", "1"}});
+const Steps later = listed({{"11", "New"}}) + membersOf("11", {{"me", "1"}});
 const QStringList laterRows{"My groups", "  New(ID:11)", "    me - group manager"};
 const Steps unknown = refused(in7) + error("Failed to query a group member!");
 const auto kick = [](Text query) { return del(users + "removeGroupMember?groupId=" + query); };
@@ -135,7 +134,7 @@ const Kind groupKind{"groups",
     },
     groups + in7 + in8 + inSite,
     {
-        {"invite", on(trap, invite),
+        {"invite", on(odd, invite),
             invites + showsCode("Invitation code:<i>C</i>\nThe invitation code is copied to the clipboard.")},
         {"join a group", on({}, join), joins + prompt("Join the group successfully!") + later, laterRows},
         {"create a group", on({}, create), creates + prompt("Create group successfully!") + later, laterRows},
@@ -149,8 +148,7 @@ const Kind groupKind{"groups",
             inSite
                 + prompt("The current user is not the group owner of the group, and the invitation code "
                          "cannot be generated!")},
-        {"invite, refused", on(trap, invite),
-            refused(invites) + error("Failed to generate invitation code!")},
+        {"invite, refused", on(odd, invite), refused(invites) + error("Failed to generate invitation code!")},
         {"join, refused", on({}, join), refused(joins) + error("Join the group failed!")},
         {"join, left", on({}, join), opens("Join group by invitation code", {hits(Qt::Key_Escape)})},
         {"create, refused", on({}, create), refused(creates) + error("Failed to create group!")},
@@ -167,12 +165,12 @@ const Kind groupKind{"groups",
         {"remove, manager", on("me - group manager", expel), in7 + warning("Unable to remove group master!")},
         {"remove, refused", on("a-(b)&<i>", expel),
             in7 + refused(kickOther) + error("Failed to delete a group member!")},
-        {"remove, in a group named like an id", on("dan", expel), in8 + kick("8&usernames=dan") + later,
+        {"remove, group named like an id", on("dan", expel), in8 + kick("8&usernames=dan") + later,
             laterRows},
     } + deletionsThatFail(quit, wantsToQuit)
         + deletionsThatFail(erase, wantsToErase),
     {"Groups"},
-    {"My groups", "  " + bridge, "    me - group manager", "    a-(b)&<i>", "  " + trap,
+    {"My groups", "  " + bridge, "    me - group manager", "    a-(b)&<i>", "  " + odd,
         "    me - group manager", "    dan", "  " + site, "    me", "    " + bob}};
 
 inline CloudFileManger::ShareProjectInfo chosen; ///< what the user chose
@@ -375,8 +373,7 @@ const Kind spaceKind{"cloud space",
             {"[ ] |  | 4 |  | v", "[x] |  | 2 |  | a b"}},
         {"manage groups", groupsManaged,
             groupKind.opening + opens(manageGroups, {presses("Close")})
-                + still(
-                    WhenClosed, get(users + "listUserGroups", list(group, {{"11", "New"}, {"7", "Team"}}))),
+                + still(WhenClosed, listed({{"11", "New"}, {"7", "Team"}})),
             {"[ ] | New | 11", "[x] | Team | 7"}},
     },
     QVector<Flow>{

@@ -144,12 +144,12 @@ private slots:
 
     void takeTheNewProjectInsteadOfTheChosen()
     {
-        for (const bool listed : {false, true}) {
-            const Steps end = listed ? moreProjects + isAdded
-                                     : projects + isAdded + prompt("Please select a cloud project");
+        for (const bool isListed : {false, true}) {
+            const Steps end = isListed ? moreProjects + isAdded
+                                       : projects + isAdded + prompt("Please select a cloud project");
             const auto dialog = fixture->open(projectKind.make, projects + addsProject + end);
             fixture->act(dialog.get(), {presses("Add"), hits(Qt::Key_Return)});
-            QCOMPARE(dialog->isVisible(), !listed);
+            QCOMPARE(dialog->isVisible(), !isListed);
         }
         QCOMPARE(fixture->client().getProjectId() + chosen.projectTitle, QString("12New"));
     }

@@ -268,6 +268,10 @@ private slots:
         QCOMPARE(filesHere(), row.after);
         QCOMPARE(noteOn(*dialog), row.missed.isEmpty() ? QString() : "Not downloaded: " + row.missed);
         QVERIFY(button(*dialog, "Download")->isEnabled() && !dialog->findChild<QProgressDialog*>());
+        if (!row.chosen.contains('/'))
+            return;
+        press(*dialog, "back");
+        QCOMPARE(noteOn(*dialog), QString());
     }
 
     void aDownloadIsSeen()
