@@ -248,13 +248,16 @@ const auto emptySpace = [](CloudFileManger* client, QWidget* parent) {
 const auto goes = [](Text path) -> Act {
     return [path](QDialog& dialog) {
         const QStringList names = path.split('/');
-        for (int i = 0; i < names.size(); ++i) {
-            const bool isFolder = i + 1 < names.size();
-            for (const TavFileButton* tile : tilesOf(dialog))
-                if (tile->getName() == names[i])
-                    for (int clicks = 0; clicks <= int(isFolder); ++clicks)
-                        robot::click(*tile->focusProxy());
-        }
+        for (int i = 0; i < names.size(); ++i)
+            for (const TavFileButton* tile : tilesOf(dialog)) {
+                if (tile->getName() != names[i])
+                    continue;
+                robot::click(*tile->focusProxy());
+                if (i + 1 == names.size())
+                    continue;
+                robot::click(*tile->focusProxy());
+                break; // the tiles go with their folder
+            }
     };
 };
 
