@@ -2,11 +2,10 @@
 #include "cloud/CloudHandle.h"
 #include "net/CloudQuery.h"
 #include "net/ReplyEnvelope.h"
+#include "net/Runners.h"
 #include "support/MultipartForm.h"
 #include "support/PublicOperations.h"
 
-#include <QCoreApplication>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -62,27 +61,22 @@ QString inFolder(const QString& name)
     return folder.filePath(name);
 }
 
-QByteArray read(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// Everything that an operation may change, a line each.
 QStringList stateOf(const Client& client)
 {
     QStringList state{"project " + client.getProjectId(), "logical id " + QString::number(out.logicalId),
         "text " + out.text, "saved " + read(inFolder("saved"))};
     const auto add = [&state](const QStringList& values) { state += values.join(','); };
-    const auto own = client.getAllCloudProjects();
-    for (auto p = own.begin(); p != own.end(); ++p)
-        add({"own", p.key(), p->id, p->projectTitle, p->sourceClient, p->targetClient, p->description});
+    using Listed = QMap<QString, Client::ShareProjectInfo>;
+    const auto addListed = [&add](const char* from, const Listed& listed) {
+        for (auto p = listed.begin(); p != listed.end(); ++p)
+            add({from, p.key(), p->id, p->projectTitle, p->sourceClient, p->targetClient, p->description});
+    };
+    addListed("own", client.getAllCloudProjects());
     const auto foreign = client.getForeignCloudProjects();
     for (auto source = foreign.begin(); source != foreign.end(); ++source) {
         add({"source", source.key()});
-        for (auto p = source->begin(); p != source->end(); ++p)
-            add({"foreign", p.key(), p->id, p->projectTitle, p->sourceClient, p->targetClient,
-                p->description});
+        addListed("foreign", *source);
     }
     for (auto file = out.files.begin(); file != out.files.end(); ++file)
         add({"file", file.key(), file.value()});
@@ -235,12 +229,7 @@ class TestCloudFileManger : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QFile file(inFolder("备份.dwg"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("the file\r\n");
-    }
+    void initTestCase() { write(inFolder("备份.dwg"), "the file\r\n"); }
 
     void init() { QFile::remove(inFolder("saved")); }
 
@@ -264,18 +253,12 @@ private slots:
         Client made = client(peer, operation.needsProject);
         peer.expect("GET", projects, behaviour::answer(R"({"code":1,"msg":"earlier"})"));
         QVERIFY(!made.getAllCloudProjectBackup());
-        peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [&made] {
-                    QCOMPARE(made.getLastError(), QString());
-                    QList<Client::CloudGroupInfo> groups;
-                    QVERIFY(!made.SearchGroup(groups));
-                    QCOMPARE(made.getLastError(), replyUnusable());
-                },
-                Qt::BlockingQueuedConnection);
-            behaviour::answer(operation.success)(c);
-        });
+        peer.expect(operation.method, operation.target, behaviour::answerAfter(operation.success, [&made] {
+            QCOMPARE(made.getLastError(), QString());
+            QList<Client::CloudGroupInfo> groups;
+            QVERIFY(!made.SearchGroup(groups));
+            QCOMPARE(made.getLastError(), replyUnusable());
+        }));
         peer.expect("GET", "/project/cloudProjectGroupUser/listUserGroups", behaviour::closeUnread());
         bool good = false;
         QCOMPARE(effectOf(operation, made, good), operation.effect);
@@ -309,20 +292,24 @@ private slots:
         QFETCH(int, index);
         const Operation& operation = operations[index];
         const QString signedOut = operation.judgesItself ? "m" : "网络错误:401(m)";
-        const struct
+        struct Failure
         {
             Behaviour behave;
             QString text;
-            CloudFailure failure;
-        } failures[]{
+            CloudFailure kind;
+        };
+        const QVector<Failure> ofEnvelopes{
             {behaviour::answer(R"({"code":1,"msg":"m"})", 400), "m", CloudFailure::Refused},
             {behaviour::answer(R"({"code":401,"msg":"m"})", 401), signedOut, CloudFailure::SignedOut},
             {behaviour::answer(R"({"code":500,"msg":"Token失效!"})"), "Token失效!", CloudFailure::SignedOut},
             {behaviour::answer("<html>", 502), replyUnusable(), CloudFailure::Unusable},
         };
-        for (const auto& [behave, text, failure] : failures) {
-            if (operation.isDownload)
-                continue;
+        const QVector<Failure> ofDownloads{
+            {behaviour::answer(R"({"code":401,"msg":"m"})", 401), replyUnusable(), CloudFailure::SignedOut},
+            {behaviour::answer(R"({"code":1})", 404), replyUnusable(), CloudFailure::Unavailable},
+            {behaviour::answer(""), replyUnusable(), CloudFailure::Unusable},
+        };
+        for (const auto& [behave, text, kind] : operation.isDownload ? ofDownloads : ofEnvelopes) {
             ScriptedPeer peer;
             Client made = client(peer);
             peer.expect(operation.method, operation.target, behave);
@@ -330,24 +317,7 @@ private slots:
             QCOMPARE(effectOf(operation, made, good), QStringList());
             QVERIFY(!good);
             QCOMPARE(made.getLastError(), text);
-            QCOMPARE(made.getLastFailure(), failure);
-        }
-    }
-
-    void aDownloadIsRefusedByItsStatus()
-    {
-        const QPair<Behaviour, CloudFailure> refusals[]{
-            {behaviour::answer(R"({"code":401,"msg":"Token失效"})", 401), CloudFailure::SignedOut},
-            {behaviour::answer(R"({"code":1})", 404), CloudFailure::Unavailable},
-            {behaviour::answer("", 200), CloudFailure::Unusable},
-        };
-        for (const auto& [behave, failure] : refusals) {
-            ScriptedPeer peer;
-            Client made = client(peer);
-            peer.expect("GET", "/project/cloudProjectShare/download?logicalId=1", behave);
-            QVERIFY(!made.DownloadCloudShareFile("1", inFolder("saved")));
-            QCOMPARE(made.getLastError(), replyUnusable());
-            QCOMPARE(made.getLastFailure(), failure);
+            QCOMPARE(made.getLastFailure(), kind);
         }
     }
 
@@ -358,17 +328,6 @@ private slots:
         peer.expect("GET", "/project/cloudProjectGroupUser/outGroup?groupId=1%232%263%2B4%255~%E5%9B%BE",
             behaviour::answer("{}"));
         QVERIFY(made.OutGroup(cloudQueryValue("1#2&3+4%5~图")));
-    }
-
-    void anotherThreadMayCall()
-    {
-        ScriptedPeer peer;
-        Client made = client(peer);
-        peer.expect("GET", projects, behaviour::answer(R"({"data":[{"id":1,"sourceClient":"S"}]})"));
-        bool good = false;
-        std::thread([&] { good = made.getAllCloudProjectBackup(); }).join();
-        QVERIFY(good);
-        QCOMPARE(made.getAllCloudProjects().keys(), QStringList("1"));
     }
 
     void needsAProject()
@@ -389,15 +348,11 @@ private slots:
     void mayBeDestroyedMeanwhile()
     {
         for (const Operation& operation : operations) {
-            for (const QByteArray& reply : {operation.success, QByteArray("[]"), QByteArray()}) {
+            for (const QByteArray& reply : {operation.success, QByteArray("[]"), QByteArray("")}) {
                 ScriptedPeer peer;
                 auto made = std::make_unique<Client>(client(peer));
-                peer.expect(operation.method, operation.target, [&](PeerConnection& c) {
-                    QMetaObject::invokeMethod(
-                        QCoreApplication::instance(), [&made] { made.reset(); },
-                        Qt::BlockingQueuedConnection);
-                    behaviour::answer(reply)(c);
-                });
+                peer.expect(operation.method, operation.target,
+                    behaviour::answerAfter(reply, [&made] { made.reset(); }));
                 operation.call(*made); // its result is nobody's any more
                 QVERIFY2(!made, operation.name);
             }
@@ -432,7 +387,7 @@ private slots:
         Client made = client(peer);
         for (const auto& [reply, ids] : replies) {
             peer.expect("GET", projects, behaviour::answer(reply));
-            made.getAllCloudProjectBackup();
+            std::thread([&] { made.getAllCloudProjectBackup(); }).join(); // any thread may call
             QCOMPARE(QStringList(made.getAllCloudProjects().keys()), ids);
         }
     }

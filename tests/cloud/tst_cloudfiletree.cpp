@@ -3,7 +3,6 @@
 #include "core/ITreeElement.h"
 #include "support/ScriptedPeer.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -203,11 +202,8 @@ private slots:
         for (int during = 0; during < requests.size(); ++during) {
             ScriptedPeer peer;
             auto made = clientOf(peer.address());
-            expectAll(peer, during, nothing, [&](PeerConnection& c) {
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(), [&made] { made.reset(); }, Qt::BlockingQueuedConnection);
-                behaviour::answer(requests[during].reply)(c);
-            });
+            expectAll(peer, during, nothing,
+                behaviour::answerAfter(requests[during].reply, [&made] { made.reset(); }));
             const Tree tree(made->getFileTree());
             QVERIFY2(!made, requests[during].target);
             QCOMPARE(linesOf(tree.get()), treeWithout({}));

@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <memory>
+#include <sys/stat.h>
 
 enum Direction
 {
@@ -45,12 +46,6 @@ QByteArray answerWith(Direction direction, const QByteArray& text)
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><soap:Envelope><soap:Body><" + name
         + "Response xmlns=\"http://tempuri.org/\"><" + name + "Result>" + text + "</" + name + "Result></"
         + name + "Response></soap:Body></soap:Envelope>";
-}
-
-QByteArray read(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
 }
 
 QStringList logged;
@@ -112,7 +107,7 @@ private slots:
                 QVERIFY(request.body == requestFor(direction, drawing));
                 QCOMPARE(request.header("Content-Type"), QByteArray("text/xml; charset=utf-8"));
                 QCOMPARE(request.header("SOAPAction"), "http://tempuri.org/" + operationOf(direction));
-                QVERIFY(request.values("Authorization").isEmpty());
+                QVERIFY(request.header("Authorization").isNull());
             }
     }
 
@@ -193,25 +188,20 @@ private slots:
         }
     }
 
-    void aFailureOfTheOtherWayIsLogged()
-    {
-        expect(behaviour::answer("<soap:Fault/>", 500));
-        const Conversion done = convert(ToDgn, "in.dwg", "out.dgn");
-        QVERIFY(!done.ok && done.error == replyUnusable());
-        QCOMPARE(lastConversionFailure(), CloudFailure::NotConverted);
-        QCOMPARE(logged, QStringList("0:" + replyUnusable()));
-        QCOMPARE(filesHere(), 0);
-    }
-
     void anUnreadableDrawingIsSentAsNothing()
     {
         // The last has fewer bytes than it says, as a file that gets shorter while it is read.
-        for (const QString in : {"missing/x.dgn", "out", "", "/sys/devices/system/cpu/online"}) {
-            expect(behaviour::answer("<soap:Fault/>", 500));
-            QVERIFY(!convert(ToDwg, in, "out/x").ok);
-            QCOMPARE(peer->requests().last().body, requestFor(ToDwg, QByteArray()));
-            QCOMPARE(filesHere(), 0);
-        }
+        ::mkfifo("pipe", 0600); // nobody fills it
+        for (const QString in : {"missing/x.dgn", "out", "", "pipe", "/sys/devices/system/cpu/online"})
+            for (const auto direction : {ToDwg, ToDgn}) {
+                expect(behaviour::answer("<soap:Fault/>", 500));
+                const Conversion done = convert(direction, in, "out/x");
+                QVERIFY(!done.ok && done.error == replyUnusable());
+                QCOMPARE(lastConversionFailure(), CloudFailure::NotConverted);
+                QCOMPARE(logged, direction == ToDgn ? QStringList("0:" + replyUnusable()) : QStringList());
+                QCOMPARE(peer->requests().last().body, requestFor(direction, QByteArray()));
+                QCOMPARE(filesHere(), 1);
+            }
     }
 
     void aResultThatCannotBeWrittenIsNotReported()

@@ -4,12 +4,11 @@
 #include "net/HttpRunner.h"
 #include "support/ScriptedPeer.h"
 
-#include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QVector>
 #include <QtEndian>
 
-#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -25,34 +24,34 @@ struct Runner
 };
 Q_DECLARE_METATYPE(Runner)
 
+/// \a function with \a own, which it takes between the headers and the time-out.
+template <class Function, class... Own>
+Runner runnerOf(const char* name, const char* method, Function function, const Own&... own)
+{
+    return {name, method,
+        [=](ResultMap& result, QString& error, const QString& url, const HeaderMap& headers, double ms) {
+            return function(result, error, url, headers, own..., ms);
+        }};
+}
+
 inline Runner posting(const QByteArray& body)
 {
-    return {"httpPost", "POST", [body](auto& result, auto& error, auto url, auto headers, double ms) {
-                return httpPost(result, error, url, headers, body, ms);
-            }};
+    return runnerOf("httpPost", "POST", httpPost, body);
 }
 
 inline Runner putting(const QByteArray& body)
 {
-    return {"httpPut", "PUT", [body](auto& result, auto& error, auto url, auto headers, double ms) {
-                return httpPut(result, error, url, headers, body, ms);
-            }};
+    return runnerOf("httpPut", "PUT", httpPut, body);
 }
 
 inline Runner postingForm(const ResultMap& fields, const QString& file = QString())
 {
-    return {"httpPostMultipart", "POST",
-        [fields, file](auto& result, auto& error, auto url, auto headers, double ms) {
-            return httpPostMultipart(result, error, url, headers, fields, file, ms);
-        }};
+    return runnerOf("httpPostMultipart", "POST", httpPostMultipart, fields, file);
 }
 
 inline Runner puttingForm(const ResultMap& fields)
 {
-    return {
-        "httpPutMultipart", "PUT", [fields](auto& result, auto& error, auto url, auto headers, double ms) {
-            return httpPutMultipart(result, error, url, headers, fields, ms);
-        }};
+    return runnerOf("httpPutMultipart", "PUT", httpPutMultipart, fields);
 }
 
 /// The result element's text is put under "soap".
@@ -82,22 +81,30 @@ inline QVector<Runner> allRunners(const QByteArray& body, const QString& savePat
 }
 
 /// What a call came to.
-struct Outcome
+struct CallResult
 {
     bool ok = false;
     QString error = QStringLiteral("an earlier text");
-    ResultMap result{{"earlier", true}};
+    ResultMap reply{{"earlier", true}};
 
-    bool failedWith(const QString& text) const { return !ok && error == text && result == Outcome().result; }
+    bool failedWith(const QString& text) const { return !ok && error == text && reply == CallResult().reply; }
 };
 
 /// Calls with a time-out so long that a test which has to wait for it does not end in time.
-inline Outcome outcomeOf(const Runner& runner, const QString& url, const HeaderMap& headers = HeaderMap(),
+inline CallResult resultOf(const Runner& runner, const QString& url, const HeaderMap& headers = HeaderMap(),
     double timeoutMs = 100000)
 {
-    Outcome outcome;
-    outcome.ok = runner.call(outcome.result, outcome.error, url, headers, timeoutMs);
-    return outcome;
+    CallResult result;
+    result.ok = runner.call(result.reply, result.error, url, headers, timeoutMs);
+    return result;
+}
+
+/// The same of a call to a platform that does \a behave.
+inline CallResult resultOf(const Runner& runner, const Behaviour& behave, double timeoutMs = 100000)
+{
+    ScriptedPeer peer;
+    peer.expect(runner.method, "/", behave);
+    return resultOf(runner, peer.address() + "/", {}, timeoutMs);
 }
 
 /// Bytes of which each eight tell where they stand, in one of several versions of a file.
@@ -116,30 +123,22 @@ inline void write(const QString& path, const QByteArray& bytes)
         qFatal("The test cannot write its file.");
 }
 
-/// Once the request is there, runs \a meanwhile in the thread that waits for its answer, in which the
-/// application object lives; answers with \a body after that, unless it is null.
-inline Behaviour answerAfter(const QByteArray& body, const std::function<void()>& meanwhile)
+inline QByteArray read(const QString& path)
 {
-    return [=](PeerConnection& c) {
-        if (!c.readHead() || !c.readBody())
-            return;
-        QMetaObject::invokeMethod(QCoreApplication::instance(), meanwhile, Qt::BlockingQueuedConnection);
-        if (!body.isNull())
-            c.send(behaviour::response(body));
-    };
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// The same call on a thread that has never run an event loop.
-inline Outcome inAnotherThread(const Runner& runner, const QString& url, double timeoutMs = 100000)
+inline CallResult inAnotherThread(const Runner& runner, const QString& url, double timeoutMs = 100000)
 {
-    Outcome outcome;
-    std::atomic<bool> done{false};
+    CallResult result;
+    QEventLoop loop;
     std::thread thread([&] {
-        outcome = outcomeOf(runner, url, {}, timeoutMs);
-        done = true;
+        result = resultOf(runner, url, {}, timeoutMs);
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
     });
-    while (!done)
-        QCoreApplication::processEvents();
+    loop.exec();
     thread.join();
-    return outcome;
+    return result;
 }

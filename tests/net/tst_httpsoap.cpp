@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Runners.h"
 #include "net/ReplyEnvelope.h"
+#include "support/Robot.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 
@@ -21,7 +24,7 @@ private slots:
     {
         bool seen = false;
         ScriptedPeer peer;
-        peer.expect("POST", "/", answerAfter(converted, [&] {
+        peer.expect("POST", "/", behaviour::answerAfter(converted, [&] {
             const auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
             QVERIFY(dialog);
             QCOMPARE(dialog->windowTitle(), QString("Waiting"));
@@ -31,10 +34,21 @@ private slots:
             QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
             seen = true;
         }));
-        const Outcome outcome = outcomeOf(postingSoap("<a/>"), peer.address() + "/");
-        QVERIFY(outcome.ok && seen);
-        QCOMPARE(outcome.result["soap"].toByteArray(), QByteArray("图&lt;\n")); // local encoding
+        const CallResult call = resultOf(postingSoap("<a/>"), peer.address() + "/");
+        QVERIFY(call.ok && seen);
+        QCOMPARE(call.reply["soap"].toByteArray(), QByteArray("图&lt;\n")); // local encoding
         QVERIFY(!QApplication::activeModalWidget() && QApplication::topLevelWidgets().isEmpty());
+    }
+
+    void whatThePersonDoesMeanwhileComesAfterwards()
+    {
+        QLineEdit line;
+        line.show();
+        robot::waitForFront(line);
+        const auto type = [] { robot::queueKey(Qt::Key_A, "a"); };
+        QVERIFY(resultOf(posting({}), behaviour::answerAfter("{}", type)).ok);
+        QCOMPARE(line.text(), QString());
+        QVERIFY(robot::waitUntil([&line] { return line.text() == "a"; }));
     }
 
     void anEndFromOutsideClosesTheDialog()
@@ -47,17 +61,18 @@ private slots:
         for (const auto& [timeoutMs, end] : ends) {
             ScriptedPeer peer;
             peer.expect("POST", "/", [end = end](PeerConnection& c) {
-                answerAfter(QByteArray(), end)(c);
+                behaviour::answerAfter(QByteArray(), end)(c);
                 c.waitForClient();
             });
-            Outcome outcome;
+            CallResult call;
+            const QSignalSpy lastWindow(qApp, &QGuiApplication::lastWindowClosed);
             QTimer::singleShot(0, [&, timeoutMs = timeoutMs] {
-                outcome = outcomeOf(postingSoap("<a/>"), peer.address() + "/", {}, timeoutMs);
+                call = resultOf(postingSoap("<a/>"), peer.address() + "/", {}, timeoutMs);
                 QCoreApplication::quit();
             });
             QCoreApplication::exec();
-            QVERIFY2(outcome.failedWith(connectionTimedOut()), qPrintable(outcome.error));
-            QVERIFY(!QApplication::activeModalWidget());
+            QVERIFY2(call.failedWith(connectionTimedOut()), qPrintable(call.error));
+            QVERIFY(!QApplication::activeModalWidget() && lastWindow.isEmpty());
         }
     }
 
@@ -66,7 +81,7 @@ private slots:
         ScriptedPeer peer;
         bool dialog = true;
         peer.expect("POST", "/",
-            answerAfter(converted, [&] { dialog = !QApplication::topLevelWidgets().isEmpty(); }));
+            behaviour::answerAfter(converted, [&] { dialog = !QApplication::topLevelWidgets().isEmpty(); }));
         QVERIFY(inAnotherThread(postingSoap("<a/>"), peer.address() + "/").ok);
         QVERIFY(!dialog);
     }

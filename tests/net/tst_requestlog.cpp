@@ -41,9 +41,12 @@ private slots:
         for (const Runner& runner : allRunners("secret=1", file)) {
             lines.clear();
             ScriptedPeer peer;
-            peer.expect(runner.method, "/admin/mail/*?secret", behaviour::answer("secret", 404));
-            outcomeOf(runner, peer.address() + "/admin/mail/*?secret", {{"Authorization", "secret"}});
+            peer.expect(runner.method, "/admin/mail/reset/secret?secret", behaviour::answer("secret", 404));
+            const QString address = peer.address() + "/admin/mail/reset/secret?secret";
+            resultOf(runner, address, {{"Authorization", "secret"}});
             QCOMPARE(lines.size(), 1);
+            QVERIFY2(lines[0].contains("/admin/mail/reset/*:") && !lines[0].contains("secret"),
+                qPrintable(lines[0]));
         }
     }
 
@@ -67,7 +70,7 @@ private slots:
             lines.clear();
             ScriptedPeer peer;
             peer.expect("POST", "/admin/mobile/(+86)138%200000?x=%22%20%E5%9B%BE%20secret%26", behave);
-            outcomeOf(posting("secret=1"), peer.address() + "/admin/mobile/(+86)138 0000?x=\" 图 secret%26",
+            resultOf(posting("secret=1"), peer.address() + "/admin/mobile/(+86)138 0000?x=\" 图 secret%26",
                 {{"Authorization", "Bearer secret"}}, 2000);
             QCOMPARE(lines.size(), 1);
             QVERIFY2(QRegularExpression('^' + line + '$').match(lines[0]).hasMatch(), qPrintable(lines[0]));
@@ -91,7 +94,7 @@ private slots:
             if (address.contains("example"))
                 QNetworkProxy::setApplicationProxy(
                     {QNetworkProxy::HttpProxy, "127.0.0.1", quint16(QUrl(nobody).port()), "user", "secret"});
-            QVERIFY(outcomeOf(posting("secret"), address + "/?a secret").failedWith(replyUnusable()));
+            QVERIFY(resultOf(posting("secret"), address + "/?a secret").failedWith(replyUnusable()));
             QCOMPARE(lastTransportFailure(), failure);
             QCOMPARE(lines.size(), 1);
             QVERIFY2(

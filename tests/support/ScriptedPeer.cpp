@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptedPeer.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 #include <arpa/inet.h>
@@ -36,18 +37,12 @@ QString addressOf(quint16 port)
 }
 } // namespace
 
-QList<QByteArray> RecordedRequest::values(const QByteArray& name) const
+QByteArray RecordedRequest::header(const QByteArray& name) const
 {
     QList<QByteArray> found;
     for (const auto& [key, value] : headers)
         if (key.compare(name, Qt::CaseInsensitive) == 0)
             found.append(value);
-    return found;
-}
-
-QByteArray RecordedRequest::header(const QByteArray& name) const
-{
-    const QList<QByteArray> found = values(name);
     return found.size() == 1 ? found.first() : QByteArray();
 }
 
@@ -87,10 +82,7 @@ bool PeerConnection::readHead()
             return false;
 
     QList<QByteArray> lines = request.raw.chopped(4).split('\n');
-    for (QByteArray& line : lines)
-        if (line.endsWith('\r'))
-            line.chop(1);
-    const QList<QByteArray> requestLine = lines.takeFirst().split(' ');
+    const QList<QByteArray> requestLine = lines.takeFirst().trimmed().split(' ');
     request.method = requestLine.value(0);
     request.target = requestLine.value(1);
     for (const QByteArray& line : qAsConst(lines)) {
@@ -187,11 +179,6 @@ Behaviour behaviour::answerRaw(const QByteArray& bytes)
     };
 }
 
-Behaviour behaviour::redirect(const QString& location, const QByteArray& body)
-{
-    return answer(body, 302, "Location: " + location.toUtf8() + "\r\n");
-}
-
 Behaviour behaviour::silent()
 {
     return [](PeerConnection& c) {
@@ -223,38 +210,13 @@ Behaviour behaviour::closeUnread()
     return [](PeerConnection& c) { c.close(); };
 }
 
-Behaviour behaviour::drip()
+Behaviour behaviour::answerAfter(const QByteArray& body, const std::function<void()>& meanwhile)
 {
-    return [](PeerConnection& c) {
+    return [=](PeerConnection& c) {
         if (!c.readHead() || !c.readBody())
             return;
-        c.send("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n{");
-        while (c.send(" "))
-            c.pause(20);
-    };
-}
-
-Behaviour behaviour::answerEarly(const QByteArray& body, int status, bool thenRead)
-{
-    return [=](PeerConnection& c) {
-        if (!c.readHead())
-            return;
-        c.send(response(body, status));
-        if (thenRead)
-            c.readBody();
-        else
-            c.close();
-    };
-}
-
-Behaviour behaviour::stallInBody(std::function<void()> meanwhile, const QByteArray& body)
-{
-    return [=](PeerConnection& c) {
-        if (!c.readHead() || !c.readBody(pieceSize))
-            return;
-        c.pause(150);
-        meanwhile();
-        if (c.readBody())
+        QMetaObject::invokeMethod(QCoreApplication::instance(), meanwhile, Qt::BlockingQueuedConnection);
+        if (!body.isNull())
             c.send(response(body));
     };
 }
@@ -373,7 +335,6 @@ void ScriptedPeer::acceptClients()
         const int fd = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
         if (fd < 0)
             continue;
-        ++accepted;
         const std::lock_guard lock(mutex);
         Client& client = clients.emplace_back(fd);
         client.thread = std::thread([this, &client] { serve(client); });
@@ -393,25 +354,20 @@ void ScriptedPeer::serve(Client& client)
 void ScriptedPeer::serveOne(PeerConnection& connection)
 {
     connection.request = {};
-    Exchange exchange;
-    bool expected = false;
-    int place = 0;
-    {
-        const std::lock_guard lock(mutex);
-        place = recorded.size();
-        recorded.append(RecordedRequest());
-        expected = !script.empty();
-        if (expected) {
-            exchange = script.front();
-            script.pop_front();
-        }
+    Exchange exchange{{}, {}, behaviour::answer(R"({"code":1,"msg":"unexpected"})", 500)};
+    std::unique_lock lock(mutex);
+    const int place = recorded.size();
+    recorded.append(RecordedRequest());
+    const bool expected = !script.empty();
+    if (expected) {
+        exchange = std::move(script.front());
+        script.pop_front();
     }
-    if (!expected)
-        exchange.behaviour = behaviour::answer(R"({"code":1,"msg":"unexpected"})", 500);
+    lock.unlock();
     exchange.behaviour(connection);
 
+    lock.lock();
     const RecordedRequest& got = connection.request;
-    const std::lock_guard lock(mutex);
     recorded[place] = got;
     const QString came = QString::fromUtf8(got.method + ' ' + got.target);
     if (!expected)

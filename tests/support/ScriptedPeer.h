@@ -25,9 +25,7 @@ struct RecordedRequest
     QByteArray body;
     bool complete = false; ///< head and body came as long as Content-Length says
 
-    /// The values of all headers of that name, whatever its case.
-    QList<QByteArray> values(const QByteArray& name) const;
-    /// The value of the only header of that name; a null array when there is none or more than one.
+    /// The value of the only header of that name, whatever its case; null when there is none or another.
     QByteArray header(const QByteArray& name) const;
 };
 
@@ -76,19 +74,15 @@ QByteArray response(const QByteArray& body, int status = 200, const QByteArray& 
 Behaviour answer(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
 /// Sends \a bytes as they stand and keeps the connection open.
 Behaviour answerRaw(const QByteArray& bytes);
-Behaviour redirect(const QString& location, const QByteArray& body = QByteArray());
 Behaviour silent();
 /// Sends \a bytes as they stand, then closes (nothing but closes by default).
 Behaviour closeAfter(const QByteArray& bytes = QByteArray());
 Behaviour resetAfter(const QByteArray& bytes = QByteArray());
 /// Closes without having read a byte.
 Behaviour closeUnread();
-/// Sends the head of an endless answer and then a byte every few milliseconds until the client goes.
-Behaviour drip();
-/// Answers when only the head has been read; \a thenRead says whether the body is read afterwards.
-Behaviour answerEarly(const QByteArray& body, int status, bool thenRead);
-/// Stops reading inside the body until the socket's buffers are full, runs \a meanwhile, and goes on.
-Behaviour stallInBody(std::function<void()> meanwhile, const QByteArray& body);
+/// Has \a meanwhile run in the thread of the application object, where the call waits; then answers,
+/// unless \a body is null.
+Behaviour answerAfter(const QByteArray& body, const std::function<void()>& meanwhile);
 } // namespace behaviour
 
 /// An HTTP peer on a loopback port that answers by a script and records what it gets.
@@ -125,7 +119,6 @@ public:
     QVector<RecordedRequest> requests();
     /// The only request; a complaint when there was another number of them.
     RecordedRequest onlyRequest();
-    int connections() const { return accepted; }
 
 private:
     struct Exchange
@@ -159,7 +152,6 @@ private:
     QVector<RecordedRequest> recorded;
     QStringList complaints;
     int emptyRounds = 0; ///< how often nobody was at the door
-    std::atomic<int> accepted{0};
     std::atomic<bool> stopping{false};
     std::thread acceptor;
 };
