@@ -117,7 +117,7 @@ public:
 
     /// The requests of which at least one byte came, in the order in which they began. Settles first.
     QVector<RecordedRequest> requests();
-    /// The only request; a complaint when there was another number of them.
+    /// The only request; an empty one when there was another number of them.
     RecordedRequest onlyRequest();
 
 private:
