@@ -96,7 +96,7 @@ function watch([seconds, prefix, seed = Date.now() % 2 ** 32]) {
   const timer = setInterval(() => {
     still = counts[0] === last ? still + 1 : 0;
     last = counts[0];
-    if (still > STUCK_SECONDS) fail('The conversion does not end.');
+    if (last > 0 && still > STUCK_SECONDS) fail('The conversion does not end.');
   }, 1000);
   worker.on('exit', () => {
     clearInterval(timer);
