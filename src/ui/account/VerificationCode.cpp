@@ -41,7 +41,7 @@ Answer VerificationCode::request(Operation byPhone, Operation byMail) const
 
 void VerificationCode::startCountdown()
 {
-    if (button->hasFocus())
+    if (button->window()->focusWidget() == button) // also while a box has just been in front
         code->setFocus();
     // The shorter text of the countdown must not make the row jump.
     button->setMinimumWidth(button->sizeHint().width());
