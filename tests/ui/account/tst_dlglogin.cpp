@@ -3,8 +3,6 @@
 #include "DialogFixture.h"
 
 #include "ui/account/DlgLoginCloundPlatform.h"
-#include "ui/account/DlgRegisterR2V.h"
-#include "ui/account/DlgResetPassword.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -19,6 +17,7 @@
 namespace {
 
 const QString registration = "User registration";
+const QByteArray tokens = R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})";
 
 /// The password page, in front of its user.
 class PasswordPage : public DlgLoginCloundPlatform
@@ -71,16 +70,11 @@ private slots:
         openTab(dialog, CodeTab);
         follow(dialog, link, [&](QDialog& sub) {
             QCOMPARE(sub.parentWidget(), &dialog);
-            QCOMPARE(bool(qobject_cast<DlgRegisterR2V*>(&sub)), link == registration);
-            QCOMPARE(bool(qobject_cast<DlgResetPassword*>(&sub)), link != registration);
             fillIn(sub, texts);
             sub.done(shown.isEmpty() ? QDialog::Rejected : QDialog::Accepted);
         });
-        QVERIFY(dialog.findChildren<QDialog*>().isEmpty());
-        const auto* tabs = dialog.findChild<QTabWidget*>();
         QCOMPARE(
-            tabs->tabText(0) + '|' + tabs->tabText(1), QString("Login by verification|Login by password"));
-        QCOMPARE(tabs->currentIndex(), int(shown.isEmpty() ? CodeTab : PasswordTab));
+            dialog.findChild<QTabWidget*>()->currentIndex(), int(shown.isEmpty() ? CodeTab : PasswordTab));
         if (!shown.isEmpty())
             QCOMPARE(dialog.focusWidget(), field(dialog, word));
         openTab(dialog, PasswordTab);
@@ -149,8 +143,12 @@ private slots:
         QTest::keyClicks(first.focusWidget(), "1");
         QCOMPARE(field(first, account)->text(), QString("1"));
         openTab(first, PasswordTab);
-        signInWith(first, {{account, "N"}, {word, "new"}});
-        QCOMPARE(remembered(), QString("N|new|-")); // nobody has said whether to fill it in
+        fillIn(first, {{account, "N"}, {word, "new"}});
+        fixture->expectAndHold(
+            "POST", "/auth/oauth/token?grant_type=password", tokens, [&] { first.close(); });
+        press(first, "Login");
+        QCOMPARE(first.result(), int(QDialog::Rejected));
+        QCOMPARE(remembered(), QString("N|new|-")); // signed in; nobody has said whether to fill it in
     }
 
     void followsTheChoiceOfAnAccount()
@@ -199,19 +197,6 @@ private slots:
             }
     }
 
-    void remembersWhoeverSignedInThoughItWasClosed()
-    {
-        PasswordPage dialog;
-        openTab(dialog, PasswordTab);
-        fillIn(dialog, {{account, "li.hua"}, {word, "hello"}});
-        fixture->expectAndHold("POST", "/auth/oauth/token?grant_type=password",
-            R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})",
-            [&] { dialog.close(); });
-        press(dialog, "Login");
-        QCOMPARE(dialog.result(), int(QDialog::Rejected));
-        QCOMPARE(remembered(), QString("li.hua|hello|-"));
-    }
-
     /// A host may show a dialog again. It then has what is remembered, and no typed password.
     void isGoodForAnotherTime()
     {
@@ -248,8 +233,7 @@ private:
     void signInWith(DlgLoginCloundPlatform& dialog, const Texts& texts)
     {
         fillIn(dialog, texts);
-        fixture->expect("POST", "/auth/oauth/token?grant_type=password",
-            R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})");
+        fixture->expect("POST", "/auth/oauth/token?grant_type=password", tokens);
         fixture->boxes().expectPrompt("login successfully!");
         press(dialog, "Login");
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
