@@ -197,6 +197,7 @@ void bobsPart(Drafter& drafter, const QString& drawing, const QStringList& names
         drafter.confirm("Join the group successfully!");
         drafter.seeRow("alice - group manager");
         drafter.press("Close");
+        drafter.seeRow(group); // on the page, once it has fetched its groups again
     });
     step("bob extracts by the code", [&] {
         turnTo(drafter, "Anonymous share");
@@ -237,6 +238,7 @@ void groupsEnd(Drafter& drafter, const QStringList& names)
         drafter.confirm("Delete successfully!");
         drafter.seeRow(group, false);
         drafter.press("Close");
+        drafter.seeRow(group, false); // nor on the page, once it has fetched its groups again
     });
     step("bob has what else was shared with him", [&] {
         changeUser(drafter, "bob");
