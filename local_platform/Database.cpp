@@ -89,7 +89,12 @@ create view share_recipients as
 bool hasColumn(soci::session& sql, const std::string& table, const std::string& column)
 {
     soci::row row;
-    sql << "select * from " + table + " where 1 = 0", soci::into(row);
+    soci::statement statement(sql); // with <<, the undefined-behaviour sanitizer wants what the library hides
+    statement.exchange(soci::into(row));
+    statement.alloc();
+    statement.prepare("select * from " + table + " where 1 = 0");
+    statement.define_and_bind();
+    statement.execute(true);
     for (std::size_t i = 0; i < row.size(); ++i)
         if (row.get_properties(i).get_name() == column)
             return true;
