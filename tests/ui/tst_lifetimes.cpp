@@ -4,8 +4,8 @@
 #include "ui/account/DlgRegisterR2V.h"
 #include "ui/account/DlgResetPassword.h"
 
-#include "cloudspace/CloudSpaceFixture.h"
-#include "cloudspace/Flows.h"
+#include "support/CloudSpaceFixture.h"
+#include "support/DialogFlows.h"
 
 /// Every flow of the dialogs is described once: what the user does, and what comes of it. It is then cut at
 /// each point at which the module waits, for the platform or for the user, and by each ending that a host has

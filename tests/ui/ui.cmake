@@ -1,17 +1,23 @@
 # SPDX-License-Identifier: MIT
 # The dialogs' tests and pictures. Included from tests/CMakeLists.txt.
-target_sources(tav_test_support PRIVATE support/MessageBoxScript.cpp support/Robot.cpp)
-target_link_libraries(tav_test_support PUBLIC Qt5::Widgets)
+target_sources(tav_test_support PRIVATE
+    support/CloudSpaceFixture.cpp
+    support/DialogFixture.cpp
+    support/MessageBoxScript.cpp
+    support/Robot.cpp
+)
+target_include_directories(tav_test_support PRIVATE ${PROJECT_BINARY_DIR}/generated)
+target_link_libraries(tav_test_support
+    PUBLIC Qt5::Widgets PRIVATE Qt5::Network tav_host::core tav_host::toolkit tav_host::utilities)
 
 tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)
-tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp ui/account/DialogFixture.cpp)
+tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp)
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
-tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp ui/account/DialogFixture.cpp)
-tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp ui/account/DialogFixture.cpp)
-tav_test(tst_lifetimes ui/tst_lifetimes.cpp ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
+tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp)
+tav_test(tst_accountdialogs ui/account/tst_accountdialogs.cpp)
+tav_test(tst_lifetimes ui/tst_lifetimes.cpp)
 foreach(name IN ITEMS clouddialogs cloudspace sharetab)
-    tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp
-        ui/cloudspace/CloudSpaceFixture.cpp ui/account/DialogFixture.cpp)
+    tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp)
 endforeach()
 if(TAV_WITH_LOCAL_PLATFORM)
     tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
@@ -32,8 +38,8 @@ target_compile_definitions(tst_translation PRIVATE
     TAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}/src"
     TAV_CATALOGUE="${PROJECT_SOURCE_DIR}/src/translations/tav_cloud_platform_sdk_zh_CN.ts")
 
-# Not a test: renders the dialogs for the eye. See docs/pictures/tav_pictures.cpp.
-set(pictures ${PROJECT_SOURCE_DIR}/docs/pictures)
+# Not a test: renders the dialogs for the eye. See tools/pictures/tav_pictures.cpp.
+set(pictures ${PROJECT_SOURCE_DIR}/tools/pictures)
 add_executable(tav-pictures
     ${pictures}/Album.cpp
     ${pictures}/CloudSpacePictures.cpp

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "DialogFixture.h"
+#include "support/DialogFixture.h"
 
 #include "ui/FieldGrid.h"
 #include "ui/WindowNote.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "AccountText.h"
-#include "DialogFixture.h"
+#include "support/DialogFixture.h"
 
 #include "ui/account/DlgLoginCloundPlatform.h"
 

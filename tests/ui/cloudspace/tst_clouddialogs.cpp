@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "CloudSpaceFixture.h"
-#include "Flows.h"
+#include "support/CloudSpaceFixture.h"
+#include "support/DialogFlows.h"
 
 #include "ui/cloudspace/MycheckBox.h"
 #include "ui/cloudspace/RecordTable.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "CloudSpaceFixture.h"
-#include "Flows.h"
+#include "support/CloudSpaceFixture.h"
+#include "support/DialogFlows.h"
 
 #include <QComboBox>
 #include <QFileDialog>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Steps.h"
+#include "support/DialogSteps.h"
 
 #include "cloud/CloudFileManger.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "DialogFixture.h"
+#include "support/DialogFixture.h"
 
 #include "support/Robot.h"
 #include "support/TestConstants.h"

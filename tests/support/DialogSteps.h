@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Rows.h"
+#include "support/Rows.h"
 
 #include "cloud/CloudFileManger.h"
+#include "support/DialogFixture.h"
 #include "support/MultipartForm.h"
-#include "ui/account/DialogFixture.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "CloudSpaceFixture.h"
+#include "support/CloudSpaceFixture.h"
 
 #include <QLabel>
 #include <QPushButton>
