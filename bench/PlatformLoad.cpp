@@ -20,6 +20,8 @@
 #include <httplib.h>
 #include <nlohmann/json.hpp>
 
+using namespace tav;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

@@ -5,6 +5,8 @@
 #include "net/HttpRunner.h"
 #include "net/ReplyEnvelope.h"
 
+using namespace tav;
+
 bool checkToken(QString baseUrl, QString token, QString& error)
 {
     ResultMap reply;

@@ -7,6 +7,8 @@
 #include "net/HttpRunner.h"
 #include "net/ReplyEnvelope.h"
 
+using namespace tav;
+
 namespace {
 
 QString enciphered(const char* password)

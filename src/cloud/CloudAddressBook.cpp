@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
 
+using namespace tav;
+
 bool CloudFileManger::SearchAddressBookList(QList<CloudAddressBookInfo>& list)
 {
     Call call(d);

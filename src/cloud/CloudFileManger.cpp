@@ -5,6 +5,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+using namespace tav;
+
 CloudFileManger::CloudFileManger(QString baseAddress, QString accessToken, QString third, QString softName,
     QStringList shareSourceSoft, QString backupSuffix, QString projectName, QString projectId)
     : d(std::make_shared<Private>())
@@ -26,7 +28,7 @@ CloudFileManger::CloudFileManger(std::shared_ptr<Private> shared)
 {
 }
 
-CloudHandle handleOn(const CloudFileManger* client)
+CloudHandle tav::handleOn(const CloudFileManger* client)
 {
     return CloudHandle(new CloudFileManger(client->d));
 }

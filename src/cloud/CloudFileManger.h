@@ -14,6 +14,12 @@
 
 class ITreeElement;
 
+class CloudFileManger;
+
+namespace tav {
+std::shared_ptr<CloudFileManger> handleOn(const CloudFileManger* client);
+} // namespace tav
+
 /// One signed-in user's cloud space, as one piece of host software works in it on one current cloud project.
 ///
 /// A value: copies are independent and carry everything, the last error and the listed projects included. The
@@ -243,7 +249,7 @@ private:
     struct Private;
     class Call;
     explicit CloudFileManger(std::shared_ptr<Private> shared);
-    friend std::shared_ptr<CloudFileManger> handleOn(const CloudFileManger* client);
+    friend std::shared_ptr<CloudFileManger> tav::handleOn(const CloudFileManger* client);
 
     std::shared_ptr<Private> d;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
 
+using namespace tav;
+
 bool CloudFileManger::CreateGroup(QString groupName)
 {
     return Call(d).postJson("/project/cloudProjectGroup/saveOrUpdate", {{"groupName", groupName}});

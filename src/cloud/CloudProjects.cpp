@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
 
+using namespace tav;
+
 bool CloudFileManger::AddCloudProInfo(QString title, QString description)
 {
     Call call(d);

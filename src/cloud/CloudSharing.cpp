@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cloud/CloudFileManger_p.h"
 
+using namespace tav;
+
 /// What the three ways of sharing have in common.
 CloudFileManger::Private::Fields CloudFileManger::Private::shareFields(
     const QString& logicalIds, int durationHours) const

@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+using namespace tav;
+
 namespace {
 
 constexpr double timeoutMs = 30000.0;

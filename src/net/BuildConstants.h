@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace tav {
+
 /// The five values that a build fixes (the TAV_... cache variables). Their definitions stand in one generated
 /// source file, so that the tests can link definitions of their own in its place.
 
@@ -21,3 +23,5 @@ QString refreshBearer();
 
 /// Key and initialisation vector of the account cipher, 16 bytes.
 QByteArray accountCipherKey();
+
+} // namespace tav

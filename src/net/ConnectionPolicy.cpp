@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 
+namespace tav {
+
 namespace {
 
 /// Instead of "no proxy" it says "the default one": the manager then buffers, and the connection, which looks
@@ -88,3 +90,5 @@ bool hasRoomForConnection()
     return true;
 #endif
 }
+
+} // namespace tav

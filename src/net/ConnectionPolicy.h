@@ -6,6 +6,8 @@ class QNetworkProxy;
 class QNetworkRequest;
 class QUrl;
 
+namespace tav {
+
 /// Has \a manager read its connections through a buffer. Left alone it reads a plain http connection
 /// unbuffered, byte by byte: it then takes some replies that were cut for whole ones, and as long as the peer
 /// sends headers it can neither be stopped nor destroyed.
@@ -21,3 +23,5 @@ void authorizeAtProxy(QNetworkRequest& request);
 /// Whether the process may open as many files as a request needs. With fewer, the event loop of the network
 /// access manager's thread ends the process.
 bool hasRoomForConnection();
+
+} // namespace tav

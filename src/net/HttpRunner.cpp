@@ -22,6 +22,8 @@
 #include <functional>
 #include <limits>
 
+using namespace tav;
+
 namespace {
 
 constexpr int jsonLimit = 8 << 20;
@@ -30,10 +32,10 @@ constexpr qint64 readWindow = 64 << 10;
 
 thread_local CloudFailure lastFailure = CloudFailure::None;
 
-enum class Waiting
+enum class BusyDialog
 {
-    Unseen,
-    InDialog
+    Hidden,
+    Shown
 };
 
 /// One request on its way: what the eight functions differ in.
@@ -44,7 +46,7 @@ struct Exchange
     const HeaderMap& headers;
     RequestBody& body; ///< every request has one, if empty: see RequestBody
     double timeoutMs;
-    Waiting waiting = Waiting::Unseen;
+    BusyDialog busy = BusyDialog::Hidden;
 };
 
 /// \a text as header bytes. A line break in it would begin a header of its own.
@@ -88,7 +90,7 @@ bool isGuiThread()
 
 /// Waits in \a loop until \a reply is complete. Anything but None when the time is over or the wait was ended
 /// from outside.
-CloudFailure waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, Waiting waiting)
+CloudFailure waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, BusyDialog busy)
 {
     if (reply.isFinished())
         return CloudFailure::None;
@@ -101,7 +103,7 @@ CloudFailure waitFor(QNetworkReply& reply, QEventLoop& loop, double timeoutMs, W
     QObject::connect(&reply, &QNetworkReply::finished, &timer, &QTimer::stop);
     timer.start(int(std::clamp(timeoutMs, 0.0, double(std::numeric_limits<int>::max()))));
 
-    if (waiting == Waiting::InDialog && isGuiThread()) {
+    if (busy == BusyDialog::Shown && isGuiThread()) {
         WaitingDialog dialog;
         QObject::connect(&reply, &QNetworkReply::finished, &dialog, &QDialog::accept);
         QObject::connect(&timer, &QTimer::timeout, &dialog, &QDialog::accept);
@@ -209,7 +211,7 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     const auto distrust = QObject::connect(
         reply, &QNetworkReply::sslErrors, [&](const auto& errors) { log.noteUntrusted(errors); });
 
-    CloudFailure failure = waitFor(*reply, loop, exchange.timeoutMs, exchange.waiting);
+    CloudFailure failure = waitFor(*reply, loop, exchange.timeoutMs, exchange.busy);
     const bool inTime = failure == CloudFailure::None;
     QObject::disconnect(reading);
     QObject::disconnect(distrust);
@@ -301,7 +303,7 @@ bool httpPostSoap(QByteArray& result, QString& error, QString url, const HeaderM
 {
     RequestBody bytes(body);
     BodyReader reader(soapLimit);
-    return run({"POST", url, headers, bytes, timeoutMs, Waiting::InDialog}, error, reader,
+    return run({"POST", url, headers, bytes, timeoutMs, BusyDialog::Shown}, error, reader,
         [&](const QNetworkReply&) {
             const QByteArray text = conversionResult(reader.takeBody());
             if (text.isNull())

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace tav {
+
 bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply)
 {
     QJsonParseError fault;
@@ -14,37 +16,6 @@ bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply)
         return false;
     reply = document.object().toVariantMap();
     return true;
-}
-
-bool checkReply(QMap<QString, QVariant> reply, QString& error)
-{
-    if (error == connectionTimedOut() || error == replyUnusable())
-        return false;
-
-    const int code = reply.value(QStringLiteral("code")).toInt();
-    const int status = reply.value(QStringLiteral("status")).toInt();
-    const QString message = reply.value(QStringLiteral("msg")).toString();
-
-    if (code == 401 || code == 403 || code == 404) {
-        error = QStringLiteral("网络错误:%1(%2)").arg(QString::number(code), message);
-        return false;
-    }
-    // An expired token and a missing project arrive here too; what to do about them is the user's choice.
-    if (code == 500 || status == 500 || status == 404) {
-        error = message.isEmpty() ? reply.value(QStringLiteral("error")).toString() : message;
-        return false;
-    }
-    if (code == 1) {
-        error = message;
-        return false;
-    }
-    // Such a reply has no text of its own.
-    if (status == 400)
-        return false;
-    if (code == 200 || code == 0)
-        return true;
-    error = message;
-    return false;
 }
 
 CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error)
@@ -78,4 +49,37 @@ QList<QVariantMap> replyList(
             items.append(item);
     }
     return items;
+}
+
+} // namespace tav
+
+bool checkReply(QMap<QString, QVariant> reply, QString& error)
+{
+    if (error == tav::connectionTimedOut() || error == tav::replyUnusable())
+        return false;
+
+    const int code = reply.value(QStringLiteral("code")).toInt();
+    const int status = reply.value(QStringLiteral("status")).toInt();
+    const QString message = reply.value(QStringLiteral("msg")).toString();
+
+    if (code == 401 || code == 403 || code == 404) {
+        error = QStringLiteral("网络错误:%1(%2)").arg(QString::number(code), message);
+        return false;
+    }
+    // An expired token and a missing project arrive here too; what to do about them is the user's choice.
+    if (code == 500 || status == 500 || status == 404) {
+        error = message.isEmpty() ? reply.value(QStringLiteral("error")).toString() : message;
+        return false;
+    }
+    if (code == 1) {
+        error = message;
+        return false;
+    }
+    // Such a reply has no text of its own.
+    if (status == 400)
+        return false;
+    if (code == 200 || code == 0)
+        return true;
+    error = message;
+    return false;
 }

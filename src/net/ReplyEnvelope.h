@@ -11,6 +11,8 @@
 
 #include <initializer_list>
 
+namespace tav {
+
 /// The two texts that a request ends with when there is no reply to judge.
 inline QString connectionTimedOut()
 {
@@ -24,10 +26,14 @@ inline QString replyUnusable()
 /// The JSON object that is all of \a body; false, with \a reply as it was, when there is none.
 bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply);
 
+} // namespace tav
+
 /// Judges the platform's reply envelope: true when \a reply reports success. Otherwise \a error becomes the
 /// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves \a
 /// error as it was. A transport text that already stands in \a error is kept, and the reply is not looked at.
 bool checkReply(QMap<QString, QVariant> reply, QString& error);
+
+namespace tav {
 
 /// What kind of failure \a reply tells of, which was judged to be one for the reason \a error.
 CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error);
@@ -42,3 +48,5 @@ QString replyText(const QMap<QString, QVariant>& object, const char* key);
 /// The objects in the reply's "data" list that have every one of \a required, neither missing nor null.
 QList<QVariantMap> replyList(
     const QMap<QString, QVariant>& reply, std::initializer_list<const char*> required);
+
+} // namespace tav

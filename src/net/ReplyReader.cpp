@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace tav {
+
 namespace {
 
 /// Whether the header of \a value is missing, or says what holds without it.
@@ -100,3 +102,5 @@ bool FileReader::commit()
 {
     return state == State::Writing && file.commit();
 }
+
+} // namespace tav

@@ -10,6 +10,8 @@
 
 class QNetworkReply;
 
+namespace tav {
+
 /// Takes a reply's body as it arrives.
 class ReplyReader
 {
@@ -69,3 +71,5 @@ private:
     qint64 received = 0;
     State state = State::Empty;
 };
+
+} // namespace tav

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace tav {
+
 namespace {
 
 /// \a name within the quotes of a Content-Disposition header, escaped as browsers do it, so that no name can
@@ -102,3 +104,5 @@ qint64 RequestBody::readData(char* data, qint64 maxSize)
         copy(tail, at - head.size() - fileSize);
     return done;
 }
+
+} // namespace tav

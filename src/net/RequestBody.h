@@ -10,6 +10,8 @@
 
 class QNetworkRequest;
 
+namespace tav {
+
 /// The body of a request: bytes, and for an upload the bytes of a file between them, read from disk as
 /// they are needed. The length is fixed when the body is made.
 ///
@@ -51,3 +53,5 @@ private:
     qint64 at = 0;
     bool fileShort = false;
 };
+
+} // namespace tav

@@ -12,6 +12,8 @@
 #include <QSslError>
 #include <QUrl>
 
+namespace tav {
+
 Q_LOGGING_CATEGORY(cloudLog, "tav.cloud", QtWarningMsg)
 
 namespace {
@@ -89,3 +91,5 @@ void RequestLog::refuse(const QString& problem) const
 {
     qCWarning(cloudLog).noquote() << request + QStringLiteral(": ") + problem;
 }
+
+} // namespace tav

@@ -11,6 +11,8 @@ class QNetworkReply;
 class QSslError;
 class QUrl;
 
+namespace tav {
+
 /// "tav.cloud": a debug line for every request, and a warning with the reason of each that got no usable
 /// reply. Paths stand in it without their query and without the account that some end with; headers, bodies,
 /// passwords, tokens and codes never do.
@@ -37,3 +39,5 @@ private:
     QStringList untrusted;
     qint64 bytesReceived = 0;
 };
+
+} // namespace tav

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cctype>
 
+namespace tav {
+
 /// Works on bytes and without a parser: the text may be a hundred megabytes, and the service's element is
 /// known.
 QByteArray conversionResult(QByteArray body)
@@ -35,3 +37,5 @@ QByteArray conversionResult(QByteArray body)
     }
     return QByteArray();
 }
+
+} // namespace tav

@@ -3,5 +3,9 @@
 
 #include <QByteArray>
 
+namespace tav {
+
 /// The text of the conversion result element in \a body, or a null array when there is none.
 QByteArray conversionResult(QByteArray body);
+
+} // namespace tav

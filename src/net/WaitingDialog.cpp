@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "net/WaitingDialog.h"
 
+namespace tav {
+
 WaitingDialog::WaitingDialog()
     : QProgressDialog(nullptr, Qt::FramelessWindowHint)
 {
@@ -13,3 +15,5 @@ WaitingDialog::WaitingDialog()
     // It may be the only window there is; its end must not be the application's.
     setAttribute(Qt::WA_QuitOnClose, false);
 }
+
+} // namespace tav

@@ -3,6 +3,8 @@
 
 #include <QProgressDialog>
 
+namespace tav {
+
 /// The modal busy dialog of a long exchange, which closes it. It has no cancel button; Escape gives the
 /// exchange up.
 class WaitingDialog : public QProgressDialog
@@ -12,3 +14,5 @@ class WaitingDialog : public QProgressDialog
 public:
     WaitingDialog();
 };
+
+} // namespace tav

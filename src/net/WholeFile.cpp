@@ -6,6 +6,9 @@
 #ifdef Q_OS_UNIX
 #include <cerrno>
 #include <unistd.h>
+
+namespace tav {
+
 #endif
 
 namespace {
@@ -52,3 +55,5 @@ bool writeWholeFile(const QString& path, const QByteArray& bytes, QFileDevice::P
     WholeFile file(path);
     return file.open(rights) && file.write(bytes) && file.commit();
 }
+
+} // namespace tav

@@ -4,6 +4,8 @@
 #include <QSaveFile>
 #include <QString>
 
+namespace tav {
+
 /// A file that is whole or old: written beside its path, and put in place by commit() only. Links are
 /// followed; anything but a regular file is refused, since renaming over a device or a pipe would take it
 /// away.
@@ -29,3 +31,5 @@ private:
 /// \a bytes as the file at \a path; false, with an older file untouched, if that fails.
 /// \param rights as for WholeFile::open()
 bool writeWholeFile(const QString& path, const QByteArray& bytes, QFileDevice::Permissions rights = {});
+
+} // namespace tav

@@ -1111,7 +1111,7 @@
     </message>
 </context>
 <context>
-    <name>WaitingDialog</name>
+    <name>tav::WaitingDialog</name>
     <message>
         <source>read data...</source>
         <translation>正在读取数据...</translation>

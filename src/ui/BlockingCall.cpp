@@ -11,6 +11,8 @@
 
 #include <utility>
 
+namespace tav {
+
 namespace {
 
 class PressFilter : public QObject
@@ -201,3 +203,5 @@ Outcome callPlatform(QWidget* within, const QString& what, const std::function<b
         return Outcome::Abandoned;
     return done ? Outcome::Done : Outcome::Refused;
 }
+
+} // namespace tav

@@ -9,6 +9,9 @@
 #include <list>
 
 class QDialog;
+
+namespace tav {
+
 class WindowNote;
 
 /// Keeps a widget disabled for a while, and puts back what that changed: whether it was enabled, and the
@@ -100,3 +103,5 @@ enum class Outcome
 /// nobody waits for it any more. After Outcome::Abandoned the caller may not exist any more.
 /// \param what what the window is doing, for the user
 Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request);
+
+} // namespace tav

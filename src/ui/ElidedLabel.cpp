@@ -8,6 +8,8 @@
 #include <QTextLayout>
 #include <QToolTip>
 
+namespace tav {
+
 namespace {
 
 QStringList brokenLines(const QString& text, const QFont& font, int width)
@@ -98,3 +100,5 @@ QString plainToolTip(const QString& text)
 {
     return text.isEmpty() ? text : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
 }
+
+} // namespace tav

@@ -3,6 +3,8 @@
 
 #include <QLabel>
 
+namespace tav {
+
 /// Text that gives way: cut in the middle where there is no room for all of it, and whole in its tooltip
 /// then. text() is always all of it. The text is shown as it is, never as rich text.
 class ElidedLabel : public QLabel
@@ -39,3 +41,5 @@ QStringList fittingLines(const QString& text, const QFont& font, int width, int 
 
 /// \a text as a tooltip, which would else take a name with a tag in it for rich text.
 QString plainToolTip(const QString& text);
+
+} // namespace tav

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+namespace tav {
+
 namespace {
 
 /// How wide a field must be to show \a text; the two letters more are for its frame.
@@ -73,3 +75,5 @@ void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton*
     layout->addStretch();
     layout->addLayout(buttons);
 }
+
+} // namespace tav

@@ -7,6 +7,8 @@ class QDialog;
 class QLineEdit;
 class QPushButton;
 
+namespace tav {
+
 /// Two columns: labels on the left, what they belong to on the right.
 class FieldGrid : public QGridLayout
 {
@@ -27,3 +29,5 @@ void takeNoBlanks(QLineEdit* field);
 /// The rows of a small dialog above its buttons, of which Enter presses \a proceed.
 /// \param leave null for a dialog that is left by its title bar or Escape only
 void layOut(QDialog* dialog, FieldGrid* rows, QPushButton* proceed, QPushButton* leave);
+
+} // namespace tav

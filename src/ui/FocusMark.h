@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QWidget>
 
+namespace tav {
+
 /// Marks a widget while it has the focus, for one whose style or style sheet does not. The widget owns it.
 class FocusMark : public QObject
 {
@@ -35,3 +37,5 @@ private:
     QWidget* widget;
     QColor colour;
 };
+
+} // namespace tav

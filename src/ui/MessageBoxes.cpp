@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QShortcut>
 
+namespace tav {
+
 namespace {
 
 /// A box may come up in the middle of a wait, and does not wait itself.
@@ -102,3 +104,5 @@ bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const
     int answer = 0;
     return isAnswered(box, attendance, answer) && answer == QMessageBox::Ok;
 }
+
+} // namespace tav

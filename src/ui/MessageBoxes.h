@@ -4,6 +4,8 @@
 #include <QMessageBox>
 #include <QString>
 
+namespace tav {
+
 /// Boxes that block, as the steps of the dialogs' slots need them.
 
 /// Shows a box and waits for the answer. Texts are shown as they are, never as rich text: the platform may
@@ -23,3 +25,5 @@ bool showCode(QWidget* window, const QString& title, const QString& text, const 
 /// \param more as for showBox()
 bool askBox(QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text,
     const QString& proceed = QString(), const QString& cancel = QString(), const QString& more = QString());
+
+} // namespace tav

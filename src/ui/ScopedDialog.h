@@ -5,6 +5,8 @@
 
 #include <QDialog>
 
+namespace tav {
+
 /// A dialog of ours on top of another window. On the heap, because its parent destroys it; else it is
 /// destroyed at the end of the scope.
 template <class SubDialog>
@@ -43,3 +45,5 @@ private:
     QPointer<SubDialog> dialog;
     int result = QDialog::Rejected;
 };
+
+} // namespace tav

@@ -5,13 +5,19 @@
 #include <QDialog>
 #include <QLineEdit>
 
+namespace tav {
+
 namespace {
 
-/// The titles are the boxes' own, whatever window they stand on.
-struct MessageBoxes
+// The titles are the boxes' own, whatever window they stand on.
+constexpr char promptTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "Prompt");
+constexpr char failureTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "Error");
+constexpr char sessionFailureTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "error");
+
+QString translated(const char* title)
 {
-    Q_DECLARE_TR_FUNCTIONS(MessageBoxes)
-};
+    return QCoreApplication::translate("MessageBoxes", title);
+}
 
 /// \param asked points to the session or the client
 template <class Pointer, class Request>
@@ -57,17 +63,17 @@ bool perform(QWidget* window, const CloudHandle& client, const QString& what, co
 
 bool inform(QWidget* window, const QString& text, const QString& button, const QString& more)
 {
-    return showBox(QMessageBox::Information, window, MessageBoxes::tr("Prompt"), text, button, more);
+    return showBox(QMessageBox::Information, window, translated(promptTitle), text, button, more);
 }
 
 bool warn(QWidget* window, const QString& text)
 {
-    return showBox(QMessageBox::Warning, window, MessageBoxes::tr("Prompt"), text);
+    return showBox(QMessageBox::Warning, window, translated(promptTitle), text);
 }
 
 bool fail(QWidget* window, const QString& text, const QString& button, const QString& reason)
 {
-    return showBox(QMessageBox::Critical, window, MessageBoxes::tr("Error"), text, button, reason);
+    return showBox(QMessageBox::Critical, window, translated(failureTitle), text, button, reason);
 }
 
 void explain(QWidget* window, const Answer& answer)
@@ -79,7 +85,7 @@ void explain(QWidget* window, const Answer& answer)
 void conclude(QDialog* dialog, const Answer& answer, const QString& success)
 {
     if (answer.outcome == Outcome::Refused)
-        showBox(QMessageBox::Critical, dialog, MessageBoxes::tr("error"), answer.error, QString(),
+        showBox(QMessageBox::Critical, dialog, translated(sessionFailureTitle), answer.error, QString(),
             helpOf(answer));
     if (answer.outcome == Outcome::Done && inform(dialog, success))
         dialog->accept();
@@ -88,7 +94,7 @@ void conclude(QDialog* dialog, const Answer& answer, const QString& success)
 bool confirm(QWidget* window, const QString& question, const QString& more)
 {
     return askBox(
-        QMessageBox::Question, window, MessageBoxes::tr("Prompt"), question, QString(), QString(), more);
+        QMessageBox::Question, window, translated(promptTitle), question, QString(), QString(), more);
 }
 
 bool requireText(QWidget* window, QLineEdit* field, const QString& complaint)
@@ -99,3 +105,5 @@ bool requireText(QWidget* window, QLineEdit* field, const QString& complaint)
         field->setFocus();
     return false;
 }
+
+} // namespace tav

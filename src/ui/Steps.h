@@ -9,6 +9,8 @@
 class QDialog;
 class QLineEdit;
 
+namespace tav {
+
 /// The steps of the dialogs' slots: check, ask, tell, go on. Where one of them is false, the slot ends: the
 /// window may have been destroyed.
 
@@ -55,3 +57,5 @@ bool confirm(QWidget* window, const QString& question, const QString& more = QSt
 
 /// Whether there is a text in \a field. When not, says \a complaint and leads the user there.
 bool requireText(QWidget* window, QLineEdit* field, const QString& complaint);
+
+} // namespace tav

@@ -5,6 +5,8 @@
 
 #include <QEvent>
 
+namespace tav {
+
 namespace {
 constexpr int maximumLines = 3;
 } // namespace
@@ -43,3 +45,5 @@ void WindowNote::place()
     move(room.center().x() - width() / 2, room.bottom() - height() - gap / 2);
     raise();
 }
+
+} // namespace tav

@@ -3,6 +3,8 @@
 
 #include <QLabel>
 
+namespace tav {
+
 /// A few lines that lie on a window's contents, at the bottom, for as long as they live. Cut when they are
 /// too long, and shown as they are, never as rich text.
 class WindowNote : public QLabel
@@ -22,3 +24,5 @@ private:
     QString all;
     QWidget* ground;
 };
+
+} // namespace tav

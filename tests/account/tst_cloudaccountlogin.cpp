@@ -8,6 +8,8 @@
 
 #include <QTest>
 
+using namespace tav;
+
 namespace {
 const QByteArray tokens =
     R"({"access_token":"A1","refresh_token":"R1","user_info":{"username":"server-name","password":"x"}})";

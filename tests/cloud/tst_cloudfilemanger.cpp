@@ -14,6 +14,8 @@
 #include <thread>
 #include <tuple>
 
+using namespace tav;
+
 namespace {
 using Client = CloudFileManger;
 

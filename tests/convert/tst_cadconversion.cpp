@@ -13,6 +13,8 @@
 #include <memory>
 #include <sys/stat.h>
 
+using namespace tav;
+
 enum Direction
 {
     ToDwg,

@@ -5,6 +5,8 @@
 
 #include <QFile>
 
+using namespace tav;
+
 /// The input is the file of remembered accounts, in the working folder.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

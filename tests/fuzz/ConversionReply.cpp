@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+using namespace tav;
+
 /// The input is the body of the conversion service's reply.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

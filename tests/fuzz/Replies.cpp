@@ -9,7 +9,9 @@
 
 #include <sanitizer/lsan_interface.h>
 
-Q_LOGGING_CATEGORY(cloudLog, "tav.cloud", QtFatalMsg)
+using namespace tav;
+
+Q_LOGGING_CATEGORY(tav::cloudLog, "tav.cloud", QtFatalMsg)
 
 CloudFailure lastTransportFailure()
 {

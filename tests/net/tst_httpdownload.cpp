@@ -12,6 +12,8 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+using namespace tav;
+
 namespace {
 const QByteArray old = "the old file";
 constexpr double shortly = 250;

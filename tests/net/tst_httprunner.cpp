@@ -15,6 +15,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+using namespace tav;
+
 Q_DECLARE_METATYPE(Behaviour)
 
 namespace {

@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QTimer>
 
+using namespace tav;
+
 namespace {
 const QByteArray converted = "<ConDwg2DgnResult>图&lt;\n</ConDwg2DgnResult>";
 } // namespace

@@ -9,6 +9,8 @@
 
 #include <sys/stat.h>
 
+using namespace tav;
+
 namespace {
 /// More than the buffers of a loopback connection take in.
 constexpr int size = 24 << 20;

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace tav;
+
 namespace {
 
 QStringList lines;

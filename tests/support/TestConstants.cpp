@@ -16,6 +16,8 @@ void setPlatformAddress(const QString& value)
     address() = value;
 }
 
+namespace tav {
+
 QString platformAddress()
 {
     return address();
@@ -40,3 +42,5 @@ QByteArray accountCipherKey()
 {
     return QByteArrayLiteral("a key for tests!");
 }
+
+} // namespace tav

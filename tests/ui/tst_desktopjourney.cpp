@@ -9,6 +9,8 @@
 #include <QApplication>
 #include <QDir>
 
+using namespace tav;
+
 int main(int argc, char* argv[])
 {
     const QString pictures = QDir::current().filePath("journey-pictures");

@@ -14,6 +14,8 @@
 #include <QTest>
 #include <QVBoxLayout>
 
+using namespace tav;
+
 namespace {
 
 const QByteArray granted = R"({"code":0})";

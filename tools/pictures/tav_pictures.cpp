@@ -34,6 +34,8 @@
 
 #include <cstdio>
 
+using namespace tav;
+
 namespace {
 
 void fill(QWidget& window, const QStringList& texts)

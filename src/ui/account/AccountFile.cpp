@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+using namespace tav;
+
 namespace {
 
 constexpr qint32 fileMagic = qint32(0xABBCC0DD);

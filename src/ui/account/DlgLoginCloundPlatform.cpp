@@ -18,6 +18,8 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+using namespace tav;
+
 namespace {
 
 enum Tab

@@ -8,6 +8,8 @@
 
 #include <QPushButton>
 
+using namespace tav;
+
 DlgLogoutCloundPlatform::DlgLogoutCloundPlatform(QWidget* parent)
     : Dialog(parent)
 {

@@ -9,6 +9,8 @@
 #include <QRegExp>
 #include <QTimer>
 
+using namespace tav;
+
 DlgRegisterR2V::DlgRegisterR2V(QWidget* parent)
     : Dialog(parent)
     , userName(new QLineEdit(this))

@@ -26,5 +26,5 @@ private:
 
     QLineEdit* userName;
     QLineEdit* password;
-    VerificationCode verification;
+    tav::VerificationCode verification;
 };

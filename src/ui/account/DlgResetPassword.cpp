@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QTimer>
 
+using namespace tav;
+
 DlgResetPassword::DlgResetPassword(QWidget* parent)
     : Dialog(parent)
     , verification(std::make_unique<VerificationCode>(this, tr("Obtaining verification code")))

@@ -8,7 +8,10 @@
 #include <memory>
 
 class QLineEdit;
+
+namespace tav {
 class VerificationCode;
+} // namespace tav
 
 /// Sets a new password for the account of a phone number or e-mail address, with a code that the platform
 /// sends there. The result is Accepted when the platform has set it, unless the dialog was closed
@@ -38,6 +41,6 @@ private slots:
     void _resetPassword();
 
 private:
-    std::unique_ptr<VerificationCode> verification;
+    std::unique_ptr<tav::VerificationCode> verification;
     QLineEdit* password;
 };

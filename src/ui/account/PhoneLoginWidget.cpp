@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+using namespace tav;
+
 namespace {
 
 bool isPhoneNumber(const QString& text)

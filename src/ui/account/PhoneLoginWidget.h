@@ -21,5 +21,5 @@ private slots:
     void _slotGetVerifyCode();
 
 private:
-    VerificationCode verification;
+    tav::VerificationCode verification;
 };

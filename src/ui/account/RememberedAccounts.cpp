@@ -4,6 +4,8 @@
 #include "crypto/AccountCipher.h"
 #include "net/BuildConstants.h"
 
+namespace tav {
+
 namespace {
 
 constexpr int mostAccounts = 5;
@@ -62,3 +64,5 @@ QString RememberedAccounts::passwordOf(int index) const
 {
     return isFilledIn(index) ? deciphered(lists.passwords.value(index)) : QString();
 }
+
+} // namespace tav

@@ -3,6 +3,8 @@
 
 #include "ui/account/AccountFile.h"
 
+namespace tav {
+
 /// The accounts that signed in with a password, the most recent first. The passwords are enciphered in here
 /// as they are in the file.
 class RememberedAccounts
@@ -28,3 +30,5 @@ public:
 private:
     AccountLists lists;
 };
+
+} // namespace tav

@@ -13,6 +13,8 @@
 #include <QToolButton>
 #include <QWheelEvent>
 
+using namespace tav;
+
 namespace {
 
 constexpr char shownProperty[] = "shown";

@@ -52,7 +52,7 @@ private:
     QAction* eye;
     QCheckBox* remember;
 
-    RememberedAccounts accounts;
+    tav::RememberedAccounts accounts;
     QString currentFlag;
     bool forgotten = false; // the password field was emptied when the dialog was hidden
 };

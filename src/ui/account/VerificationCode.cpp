@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QTimer>
 
+namespace tav {
+
 namespace {
 constexpr int tickMs = 100;
 constexpr int countdownMs = 120000;
@@ -61,3 +63,5 @@ void VerificationCode::updateCountdown()
     tick->stop();
     countdown->stop();
 }
+
+} // namespace tav

@@ -10,6 +10,8 @@ class QLineEdit;
 class QPushButton;
 class QTimer;
 
+namespace tav {
+
 /// Whether it is an e-mail address; else it is a phone number.
 inline bool isMail(const QString& address)
 {
@@ -42,3 +44,5 @@ private:
     QTimer* const countdown;
     const QString idleText;
 };
+
+} // namespace tav

@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using namespace tav;
+
 AddAltAccountDlg::AddAltAccountDlg(QWidget* parent)
     : Dialog(parent)
     , nameEdit(new QLineEdit(this))

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+using namespace tav;
+
 namespace {
 
 enum Column

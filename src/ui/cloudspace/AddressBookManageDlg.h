@@ -6,7 +6,9 @@
 
 #include <QString>
 
+namespace tav {
 class RecordTable;
+} // namespace tav
 
 /// The user's address book: the friends to share with, to be added, edited and deleted.
 class AddressBookManageDlg : public Dialog
@@ -27,6 +29,6 @@ private:
     int selectedRow() const;
     bool findEntry(const QString& account, QString& id, const QString& complaint);
 
-    CloudHandle client;
-    RecordTable* table;
+    tav::CloudHandle client;
+    tav::RecordTable* table;
 };

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QStyleOptionButton>
 
+namespace tav {
+
 CellCheckBox::CellCheckBox(QWidget* cell)
 {
     auto* layout = new QHBoxLayout(cell);
@@ -26,3 +28,5 @@ void CellCheckBox::paintEvent(QPaintEvent* event)
     painter.setPen(outline);
     painter.drawRect(indicator.adjusted(0, 0, -1, -1));
 }
+
+} // namespace tav

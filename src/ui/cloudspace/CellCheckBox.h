@@ -3,6 +3,8 @@
 
 #include <QCheckBox>
 
+namespace tav {
+
 /// A check box in the middle of a table's cell. Styles outline theirs in a shade of the window, which in a
 /// dark palette cannot be told from the table; this one's is of the text's colour.
 class CellCheckBox : public QCheckBox
@@ -14,3 +16,5 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
 };
+
+} // namespace tav

@@ -12,6 +12,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+using namespace tav;
+
 namespace {
 
 enum Column

@@ -9,7 +9,10 @@
 #include <QString>
 
 class MycheckBox;
+
+namespace tav {
 class RecordTable;
+} // namespace tav
 
 /// Lets the user choose the cloud project that a shared file goes into, or add one.
 class ChoiceCloudProjectDlg : public Dialog
@@ -37,11 +40,11 @@ private:
     void showProjects();
     int rowOf(int column, const QString& text) const;
 
-    CloudHandle client;
+    tav::CloudHandle client;
     CloudFileManger::ShareProjectInfo* chosenProject;
     QString currentName;
     QString currentId;
     QString chosenId;
-    RecordTable* table;
+    tav::RecordTable* table;
     QMap<int, MycheckBox*> boxes;
 };

@@ -25,6 +25,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+using namespace tav;
+
 namespace {
 
 const char typeFlag[] = "1";

@@ -11,7 +11,10 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+
+namespace tav {
 class RecordTable;
+} // namespace tav
 
 /// Shares a local file by extraction code, with friends or with groups, and extracts what others shared.
 class CloudShareTabWidget : public QWidget
@@ -59,7 +62,7 @@ private:
     bool chooseProject();
     bool upload(const QString& path, QString& fileId, const QString& button = QString());
 
-    CloudHandle client;
+    tav::CloudHandle client;
     QMap<QString, QString> fileTypes; // from the suffix in lower case to the platform's support type
     QClipboard* clipboard;
     QString account;
@@ -75,8 +78,8 @@ private:
     QLineEdit* codeEdit;
     QLabel* friendsCaption;
     QLabel* groupsCaption;
-    RecordTable* friendsTable;
-    RecordTable* groupsTable;
+    tav::RecordTable* friendsTable;
+    tav::RecordTable* groupsTable;
     QList<QWidget*> pages; // one for each mode
     QList<QPushButton*> shareButtons; // theirs
     int mode = 0;

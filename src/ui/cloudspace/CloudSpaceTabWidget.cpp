@@ -22,6 +22,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+using namespace tav;
+
 namespace {
 
 constexpr int columns = 5;

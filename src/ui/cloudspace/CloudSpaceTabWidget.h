@@ -16,8 +16,11 @@ class QGridLayout;
 class QLineEdit;
 class QPushButton;
 class TavFileButton;
+
+namespace tav {
 class TileArea;
 class WindowNote;
+} // namespace tav
 
 /// Shows the cloud file tree, a folder at a time, as a grid of tiles, and downloads what is selected.
 class CloudSpaceTabWidget : public QWidget
@@ -51,10 +54,10 @@ private:
     void clearTiles();
     TavFileButton* senderTile() const;
     ITreeElement* childOfCurrent(const QString& name) const;
-    Outcome downloadTreeElement(
+    tav::Outcome downloadTreeElement(
         const ITreeElement* element, const QString& directory, const QString& description);
-    Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
-    Outcome miss(const QString& name, const QString& reason = QString());
+    tav::Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
+    tav::Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
     void tellMissed();
 
@@ -62,15 +65,15 @@ private:
     QPushButton* backButton;
     QLineEdit* pathEdit;
     QGridLayout* tileGrid;
-    TileArea* tileArea;
+    tav::TileArea* tileArea;
     QPushButton* refreshButton;
     QPushButton* downloadButton;
-    CloudHandle client;
+    tav::CloudHandle client;
     std::shared_ptr<ITreeElement> tree;
     QList<ITreeElement*> navigationStack; // from the root to the folder on screen, borrowed from the tree
     QList<TavFileButton*> tileList;
     QClipboard* clipboard; // not used here
-    QPointer<WindowNote> note;
+    QPointer<tav::WindowNote> note;
     QStringList missed; // by the last download
     QStringList reasons; // for that
 };

@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using namespace tav;
+
 CreateCloudProjectDlg::CreateCloudProjectDlg(QWidget* parent)
     : Dialog(parent)
     , nameEdit(new QLineEdit(this))

@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using namespace tav;
+
 CreateGroupDlg::CreateGroupDlg(QWidget* parent)
     : Dialog(parent)
     , nameEdit(new QLineEdit(this))

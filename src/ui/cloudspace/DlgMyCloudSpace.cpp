@@ -12,6 +12,8 @@
 
 #include <optional>
 
+using namespace tav;
+
 DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString> fileTypeMap,
     QString ownAccount, QString fourth, QWidget* parent)
     : Dialog(parent)

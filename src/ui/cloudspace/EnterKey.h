@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QPushButton>
 
+namespace tav {
+
 /// In the tabs of the cloud space Enter presses what has the focus, and never a button elsewhere that the
 /// dialog takes for its default.
 inline bool isEnter(const QKeyEvent* event)
@@ -24,3 +26,5 @@ inline void pressFocused(const QWidget* tab)
     if (auto* button = qobject_cast<QPushButton*>(tab->window()->focusWidget()))
         button->click();
 }
+
+} // namespace tav

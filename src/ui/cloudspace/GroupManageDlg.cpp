@@ -19,6 +19,8 @@
 
 #include <algorithm>
 
+using namespace tav;
+
 namespace {
 
 /// What the items know besides their texts, which are names that anybody may have chosen.

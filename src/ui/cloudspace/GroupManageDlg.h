@@ -49,7 +49,7 @@ private:
     std::optional<bool> isOwner(const QString& groupId);
     void deleteWithMembers(const QString& groupId);
 
-    CloudHandle client;
+    tav::CloudHandle client;
     QClipboard* clipboard;
     QString account;
     QStandardItemModel* model;

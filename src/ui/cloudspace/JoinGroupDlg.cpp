@@ -8,6 +8,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using namespace tav;
+
 JoinGroupDlg::JoinGroupDlg(QClipboard* systemClipboard, QWidget* parent)
     : Dialog(parent)
     , clipboard(systemClipboard)

@@ -3,6 +3,8 @@
 
 #include "ui/cloudspace/CellCheckBox.h"
 
+using namespace tav;
+
 MycheckBox::MycheckBox(int rowOfTable, QWidget* parent)
     : QWidget(parent)
     , box(new CellCheckBox(this))

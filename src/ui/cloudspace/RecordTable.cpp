@@ -14,6 +14,8 @@
 
 #include <numeric>
 
+namespace tav {
+
 namespace {
 
 constexpr int letters = 30; ///< of a text that is read without effort
@@ -135,3 +137,5 @@ void RecordTable::paintEvent(QPaintEvent* event)
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, textWhenEmpty);
 }
+
+} // namespace tav

@@ -5,6 +5,8 @@
 
 class QDialog;
 
+namespace tav {
+
 /// A table of records from the platform, one to a row, to be read and not edited. An empty one says so.
 class RecordTable : public QTableWidget
 {
@@ -39,3 +41,5 @@ private:
 
     QString textWhenEmpty;
 };
+
+} // namespace tav

@@ -13,6 +13,8 @@
 #include <QPointer>
 #include <QToolTip>
 
+using namespace tav;
+
 namespace {
 
 const QSize iconSize(70, 90);

@@ -3,8 +3,11 @@
 
 #include <QWidget>
 
-class ElidedLabel;
 class ITreeElement;
+
+namespace tav {
+class ElidedLabel;
+} // namespace tav
 
 /// The tile of one file or folder: its icon above its name. The first click selects, the next one opens. A
 /// tile never deselects itself; whoever has several does that.
@@ -51,7 +54,7 @@ private:
     class IconButton;
 
     IconButton* icon;
-    ElidedLabel* label;
+    tav::ElidedLabel* label;
     QString name;
     QString whichOfName; // empty when it is the only one
     int type;

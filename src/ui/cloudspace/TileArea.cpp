@@ -12,6 +12,8 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
+namespace tav {
+
 namespace {
 constexpr char barStyle[] = "QScrollBar{background:#ececec;border:none;}"
                             "QScrollBar:vertical{width:14px;}"
@@ -246,3 +248,5 @@ void TileArea::revealFocus(QWidget* focused)
     else if (place.bottom() > view.bottom())
         verticalScrollBar()->setValue(verticalScrollBar()->value() + place.bottom() - view.bottom());
 }
+
+} // namespace tav

@@ -6,6 +6,8 @@
 class QGridLayout;
 class QVBoxLayout;
 
+namespace tav {
+
 /// The scroll area of the tiles. Its layout is its own, without a widget to scroll: it moves the layout
 /// instead, and keeps the tiles that cannot be seen hidden, so that thousands of them cost nothing.
 class TileArea : public QScrollArea
@@ -51,3 +53,5 @@ private:
     bool arranging = false;
     bool scrolling = false;
 };
+
+} // namespace tav

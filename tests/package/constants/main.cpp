@@ -4,6 +4,8 @@
 
 #include <QDebug>
 
+using namespace tav;
+
 int main()
 {
     const bool good = clientCredential() == QStringLiteral("Basic \"quoted\" \\ and $ {x} @y@ ?\?/")

@@ -12,7 +12,7 @@ inline void remember(const QString& text)
     const auto list = [&](int i) { return text.section('|', i, i).split(' ', Qt::SkipEmptyParts); };
     QStringList passwords = list(1);
     for (QString& password : passwords)
-        password = aesEncryptText(password, accountCipherKey(), accountCipherKey());
+        password = aesEncryptText(password, tav::accountCipherKey(), tav::accountCipherKey());
     writeAccountFile({list(0), passwords, list(2)});
 }
 
@@ -21,7 +21,7 @@ inline QString remembered()
     AccountLists lists;
     readAccountFile(lists);
     for (QString& password : lists.passwords)
-        password = aesDecryptText(password, accountCipherKey(), accountCipherKey());
+        password = aesDecryptText(password, tav::accountCipherKey(), tav::accountCipherKey());
     for (QString& flag : lists.rememberFlags)
         if (flag.isNull())
             flag = "-";

@@ -19,6 +19,8 @@
 #include <QTabWidget>
 #include <QTest>
 
+using namespace tav;
+
 namespace {
 
 const QByteArray tokens =

@@ -13,6 +13,8 @@
 
 #include <memory>
 
+using namespace tav;
+
 namespace {
 
 const QString fileName = "AccountManage.bin";

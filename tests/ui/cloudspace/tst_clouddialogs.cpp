@@ -9,6 +9,8 @@
 #include <QScrollBar>
 #include <QTreeView>
 
+using namespace tav;
+
 Q_DECLARE_METATYPE(Flow)
 Q_DECLARE_METATYPE(Kind)
 

@@ -14,6 +14,8 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 
+using namespace tav;
+
 namespace {
 
 /// A folder with \a count files in it.
