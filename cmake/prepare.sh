@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Sourced by run, test and .ci/run: moves to the project's root and installs what this machine lacks.
+# Sourced by run, test and tests/fuzz/run: moves to the project's root and installs what this machine lacks.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 

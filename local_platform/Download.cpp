@@ -4,6 +4,7 @@
 #include "Sha256.h"
 
 #include <nlohmann/json.hpp>
+#include <spdlog/spdlog.h>
 #include <stdexcept>
 #include <vector>
 
@@ -41,10 +42,15 @@ Download openDownload(Database& database, const FileStore& files, const std::str
 
     // Stored before digests were kept.
     const std::string digest = digestOf(file);
-    auto db = database.work();
-    db.run("update " + table + " set sha256 = :digest where stored_name = :name",
-        {digest, row["stored_name"].get<std::string>()});
-    db.commit();
+    try {
+        auto db = database.work();
+        db.run("update " + table + " set sha256 = :digest where stored_name = :name",
+            {digest, row["stored_name"].get<std::string>()});
+        db.commit();
+    } catch (const std::exception& error) {
+        spdlog::warn(
+            "A file's digest could not be kept: {}", error.what()); // the next download takes it anew
+    }
     return {std::move(file), digest};
 }
 

@@ -49,9 +49,25 @@ void writeFailure(httplib::Response& response, int status, int code, const std::
     writeJson(response, failure(code, message));
 }
 
+/// The part of a file that is asked for, within it; nothing, for all of it, where none or several are.
+httplib::Ranges fitted(const httplib::Ranges& wanted, std::uint64_t fileSize)
+{
+    if (wanted.size() != 1)
+        return {};
+    auto [first, last] = wanted.front();
+    const auto size = static_cast<ssize_t>(fileSize);
+    if (first < 0) // so many from the end
+        return {{std::max<ssize_t>(size - last, 0), size - 1}};
+    last = last < 0 ? size - 1 : std::min(last, size - 1);
+    if (first > last)
+        throw Refusal("The file has no such part", 416);
+    return {{first, last}};
+}
+
 struct ReplyWriter
 {
-    const httplib::Request& request;
+    const httplib::Ranges& wanted;
+    httplib::Ranges& ranges; ///< what the library sends of the body
     httplib::Response& response;
 
     void operator()(const Json& document) const { writeJson(response, document); }
@@ -64,8 +80,11 @@ struct ReplyWriter
 
     void operator()(Download& download) const
     {
+        ranges = fitted(wanted, download.file.size());
         // One is of the bytes that come, the other of the whole file, whatever part of it was asked for.
-        if (request.ranges.empty())
+        if (!ranges.empty())
+            response.status = 206;
+        else
             response.set_header("Content-Digest", "sha-256=:" + download.sha256 + ":");
         response.set_header("Digest", "sha-256=" + download.sha256);
         const auto shared = std::make_shared<OpenFile>(std::move(download.file));
@@ -166,6 +185,9 @@ void Server::handle(
 {
     const auto start = std::chrono::steady_clock::now();
     Call call(request, body);
+    // Only files are sent in part: the library would cut every body as the request says.
+    auto& ranges = const_cast<httplib::Request&>(request).ranges;
+    const httplib::Ranges wanted = std::exchange(ranges, {});
     try {
         if (request.get_header_value<std::uint64_t>("Content-Length") > largestBody_)
             throw Refusal(
@@ -174,7 +196,7 @@ void Server::handle(
         Reply reply = platform_.answer(call);
         call.finish();
         response.status = 200;
-        std::visit(ReplyWriter{request, response}, reply);
+        std::visit(ReplyWriter{wanted, ranges, response}, reply);
     } catch (const Refusal& refusal) {
         call.finish();
         writeFailure(response, refusal.status(), refusal.code(), refusal.what());

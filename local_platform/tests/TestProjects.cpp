@@ -137,14 +137,20 @@ private slots:
             const QByteArray sha256 =
                 QCryptographicHash::hash(digested, QCryptographicHash::Sha256).toBase64();
             for (const QByteArray& path : {downloadPath + project, sharedPath + shared}) {
-                const Answer whole = platform.signedIn("alice").get(path);
+                const Client owner = platform.signedIn("alice");
+                const Answer whole = owner.get(path);
                 QVERIFY2(whole.body == body, path);
                 QCOMPARE(whole.contentDigest, "sha-256=:" + sha256 + ":");
                 QCOMPARE(whole.digest, "sha-256=" + sha256);
-                const Answer part = platform.signedIn("alice").get(path, {{"Range", "bytes=1-2"}});
+                const Answer part = owner.get(path, {{"Range", "bytes=1-2"}});
+                QCOMPARE(part.status, 206);
                 QCOMPARE(part.body, body.mid(1, 2));
                 QCOMPARE(part.contentDigest, QByteArray());
                 QCOMPARE(part.digest, "sha-256=" + sha256);
+                const QByteArray beyond = "bytes=" + QByteArray::number(body.size()) + '-';
+                QCOMPARE(owner.get(path, {{"Range", beyond}}).status, 416);
+                const QByteArray over = "bytes=1-" + QByteArray::number(2 * body.size());
+                QCOMPARE(owner.get(path, {{"Range", over}}).body, body.mid(1));
             }
         };
         check(first, first);

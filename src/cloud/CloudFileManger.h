@@ -140,8 +140,9 @@ public:
     /// has been written. The folder must take a new file; what cannot be written (no such folder, an empty
     /// path, a full disk) gives false with an empty last error, and CloudFailure::NotWritten. A platform
     /// refuses a download by its HTTP status: CloudFailure::SignedOut for 401, CloudFailure::Unavailable for
-    /// other errors. The body of a 2xx reply is the file, whatever is in it. Without a current project (not
-    /// the argument's): false at once, nothing is sent, the last error keeps its text.
+    /// other errors. The body of a 2xx reply is the file, whatever is in it; over https one that does not say
+    /// where it ends (by length, chunks or a digest) is refused. Without a current project (not the
+    /// argument's): false at once, nothing is sent, the last error keeps its text.
     bool DownloadCloudProFile(QString projectId, QString savePath);
 
     /// @}

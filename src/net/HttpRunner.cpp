@@ -150,7 +150,7 @@ CloudFailure failureOfDownload(const QNetworkReply& reply)
 }
 
 /// Keeps what a call ended in; true when it was good.
-bool conclude(CloudFailure failure, QString& error)
+bool finish(CloudFailure failure, QString& error)
 {
     lastFailure = failure;
     if (failure == CloudFailure::TimedOut || failure == CloudFailure::Cancelled)
@@ -181,15 +181,15 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
     RequestLog log(exchange.verb, request.url());
     if (!QCoreApplication::instance()) {
         log.refuse(QStringLiteral("there is no application object"));
-        return conclude(CloudFailure::Cancelled, error);
+        return finish(CloudFailure::Cancelled, error);
     }
     if (!hasRoomForConnection()) {
         log.refuse(QStringLiteral("too many files are open in this process"));
-        return conclude(CloudFailure::NoConnection, error);
+        return finish(CloudFailure::NoConnection, error);
     }
     if (request.url().scheme() == QLatin1String("https") && !QSslSocket::supportsSsl()) {
         log.refuse(QStringLiteral("there is no TLS library that Qt can use"));
-        return conclude(CloudFailure::NotTrusted, error);
+        return finish(CloudFailure::NotTrusted, error);
     }
     // Before any timer: this gives the thread what timers need, should it have run no event loop yet.
     QEventLoop loop;
@@ -226,7 +226,7 @@ bool run(const Exchange& exchange, QString& error, ReplyReader& reader,
         reply->abort();
     reply->close();
     reply->deleteLater();
-    return conclude(failure, error);
+    return finish(failure, error);
 }
 
 bool runForJson(const Exchange& exchange, ResultMap& result, QString& error)

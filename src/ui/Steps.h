@@ -20,7 +20,7 @@ struct Answer
 {
     Outcome outcome;
     QString error; ///< what getLastError() gave
-    QString reason; ///< the same for the user, with what helps; empty when nothing failed
+    QString reason; ///< the same for the user, with what helps; a client's is empty when nothing failed
 };
 
 using SessionRequest = std::function<bool(CloudAccountLogin&)>;

@@ -315,11 +315,11 @@ const auto sharing = [](int mode, Bytes whom, Bytes hours = "24") {
             + (mode == Friends ? part("userNames", whom) : ""),
         mode == Anonymous ? reply(R"("<i>C</i>")") : success);
 };
-const Steps a = uploads("31", "a.DWG");
+const Steps uploadsDwg = uploads("31", "a.DWG");
 const Steps refresh = treeOf({{"1=<i>P<i>|11=<i>a|12=<i>b"}});
-const Steps byCode = a + sharing(Anonymous, {}, "2");
-const Steps toFriends = a + sharing(Friends, "u,王,me");
-const Steps toGroup = a + sharing(Groups, "7");
+const Steps byCode = uploadsDwg + sharing(Anonymous, {}, "2");
+const Steps toFriends = uploadsDwg + sharing(Friends, "u,王,me");
+const Steps toGroup = uploadsDwg + sharing(Groups, "7");
 const Steps toGroups = toGroup + sharing(Groups, "g-6");
 const Steps fetchCode = showsCode("Fetch Code:<i>C</i>\nThe fetch code is copied to the clipboard.");
 const auto extracts = [](Text with) {
@@ -349,7 +349,8 @@ inline QVector<Flow> sharesThatFail(int mode)
         {modes[mode] + ", project cancelled", acts("a.DWG"),
             projects + opens("Choose Cloud Project", {selects("Dam", "Cancel")})},
         {modes[mode] + ", upload fails", acts("a.xyz"),
-            a.mid(0, 2) + noType + refused(uploads("", "a.xyz").mid(2)) + error("File upload failed!")},
+            uploadsDwg.mid(0, 2) + noType + refused(uploads("", "a.xyz").mid(2))
+                + error("File upload failed!")},
     };
 }
 
@@ -394,8 +395,8 @@ const Kind spaceKind{"cloud space",
             refused(toFriends) + error("Failed to share file with specified user!")},
         // The platform may take a type that the host does not know.
         {"to a group, type unknown", shares(Groups, {"7"}, "plain"),
-            a.mid(0, 2) + noType + uploads("", "plain").mid(2) + sharing(Groups, "7") + isShared},
-        {"to groups, none checked", shares(Groups, {}), a + prompt("Please choose a group.")},
+            uploadsDwg.mid(0, 2) + noType + uploads("", "plain").mid(2) + sharing(Groups, "7") + isShared},
+        {"to groups, none checked", shares(Groups, {}), uploadsDwg + prompt("Please choose a group.")},
         {"to groups, first refused", shares(Groups, {"7", "g-6"}), refused(toGroup) + notShared},
         {"to groups, second refused", shares(Groups, {"7", "g-6"}), refused(toGroups) + notShared},
         // What was there stays when it cannot be listed again.

@@ -142,12 +142,15 @@ void TileArea::keyPressEvent(QKeyEvent* event)
     default:
         return QScrollArea::keyPressEvent(event);
     }
-    if (index < 0) // there is no tile
+    if (index < 0) // no tile has the focus
         return QScrollArea::keyPressEvent(event);
     // One that is scrolled far away is hidden, and takes no focus until it is shown.
     if (wanted >= 0 && wanted <= last && wanted != index) {
         QWidget* tile = grid->itemAt(wanted)->widget();
-        tile->show();
+        {
+            const QScopedValueRollback<bool> guard(scrolling, true);
+            tile->show();
+        }
         tile->setFocus();
     }
 }

@@ -39,7 +39,7 @@ private slots:
             for (int i = 0; i < hours[mode].size(); ++i) {
                 combo->setCurrentIndex(i < 5 ? i : -1);
                 const auto sent = QByteArray::number(hours[mode][i]);
-                fixture->expect(a + refused(sharing(mode, whom[mode], sent))
+                fixture->expect(uploadsDwg + refused(sharing(mode, whom[mode], sent))
                     + error(mode == Friends ? "Failed to share file with specified user!" : "Share failed!"));
                 fixture->act(dialog.get(), shares(mode, {}));
             }
