@@ -42,10 +42,9 @@ bool httpGet(ResultMap& result, QString& error, QString url, const HeaderMap& he
 
 /// GET; the body is streamed into a temporary file beside \a savePath, which takes the place of \a savePath
 /// only when the whole body has arrived and has been written; until then, and after any failure, an older
-/// file there stays untouched. A body of no bytes, every reply but a 2xx one, and over https one that does not
-/// say where it ends (by length, chunks or a digest) fail with "返回值解析失败".
-/// When the file cannot be written, the result is false and \a error is left unchanged. \a unused is never
-/// touched.
+/// file there stays untouched. A body of no bytes, every reply but a 2xx one, and over https one that does
+/// not say where it ends (by length, chunks or a digest) fail with "返回值解析失败". When the file cannot be
+/// written, the result is false and \a error is left unchanged. \a unused is never touched.
 bool httpGetToFile(ResultMap& unused, QString& error, QString url, QString savePath, const HeaderMap& headers,
     double timeoutMs);
 
