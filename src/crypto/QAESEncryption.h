@@ -75,7 +75,7 @@ private:
     qint32 nk; // key length in words
     qint32 keyLen; // key length in bytes
     qint32 nr; // rounds
-    qint32 expandedKey; // nominal size of the key schedule; the real one follows from nr
+    [[maybe_unused]] qint32 expandedKey; // nominal size of the key schedule; the real one follows from nr
     AesPadding padding;
     quint8* state = nullptr; // the block being transformed, borrowed from the caller
 };

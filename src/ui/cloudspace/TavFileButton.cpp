@@ -121,9 +121,9 @@ protected:
         QPainter painter(this);
         const int height = fontMetrics().height();
         QRect place(0, 0, qMax(fontMetrics().horizontalAdvance(badge) + height / 2, height), height);
-        QRect icon(QPoint(), iconSize());
-        icon.moveCenter(rect().center());
-        place.moveBottomRight(icon.bottomRight());
+        QRect picture(QPoint(), iconSize());
+        picture.moveCenter(rect().center());
+        place.moveBottomRight(picture.bottomRight());
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(0x30, 0x30, 0x30));
