@@ -1,11 +1,14 @@
 # SPDX-License-Identifier: MIT
-# Sourced by run, test and tests/fuzz/run: moves to the project's root and installs what this machine lacks.
+# Sourced by run, test and the scripts in tests and tools: moves to the project's root and installs what this machine
+# lacks, with the packages of the list's sections named in $sections, if any.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 
 install_packages() {
     local wanted missing=() package root=()
-    wanted=$(grep -v '^#' cmake/debian-packages.txt)
+    wanted=$(awk -v asked=" ${sections:-} " '/^#/ { next }
+        /^\[/ { left_out = !index(asked, " " substr($0, 2, length($0) - 2) " "); next }
+        !left_out' cmake/debian-packages.txt)
     for package in $wanted; do
         # Some commands come from elsewhere: npm along with a newer Node, for one.
         command -v "$package" >/dev/null && continue
