@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform.h"
 
-#include "DemoAccounts.h"
-#include "Text.h"
+#include "base/Text.h"
+#include "features/DemoAccounts.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -74,9 +74,11 @@ Platform::~Platform()
 void Platform::tidyUp()
 {
     std::set<std::string> known;
-    for (const Json& row : database_.work().rows(
-             "select stored_name from backups union all select stored_name from shared_files"))
-        known.insert(row["stored_name"].get<std::string>());
+    database_.work().each("select stored_name from backups union all select stored_name from shared_files",
+        {}, [&](Database::Row& row) {
+            known.insert(row.text());
+            return true;
+        });
     if (const int orphans = files_.removeOrphans(known))
         spdlog::info("Removed {} unfinished or replaced files", orphans);
 }

@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Accounts.h"
-#include "AddressBook.h"
-#include "Clock.h"
-#include "Codes.h"
-#include "Conversion.h"
-#include "Database.h"
-#include "FileStore.h"
-#include "Groups.h"
-#include "Options.h"
-#include "Outbox.h"
-#include "Projects.h"
-#include "Routes.h"
-#include "Sharing.h"
-#include "SoftwareTables.h"
-#include "Tokens.h"
+#include "base/Clock.h"
+#include "base/Options.h"
+#include "features/Accounts.h"
+#include "features/AddressBook.h"
+#include "features/Codes.h"
+#include "features/Conversion.h"
+#include "features/Groups.h"
+#include "features/Projects.h"
+#include "features/Sharing.h"
+#include "features/SoftwareTables.h"
+#include "features/Tokens.h"
+#include "http/Routes.h"
+#include "store/Database.h"
+#include "store/FileStore.h"
+#include "store/Outbox.h"
 
 namespace local_platform {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "Options.h"
 #include "Platform.h"
-#include "Secrets.h"
-#include "Server.h"
+#include "base/Options.h"
+#include "http/Server.h"
+#include "store/Secrets.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -67,7 +67,7 @@ int run(const Options& options)
 
     local_platform::initializeSecrets();
     local_platform::Platform platform(options);
-    local_platform::Server server(platform, options);
+    local_platform::Server server([&](local_platform::Call& call) { return platform.answer(call); }, options);
     server.start();
     std::cout << "tav-local-platform ready on " << server.address() << std::endl;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "Call.h"
-#include "Envelope.h"
-#include "SoapDrawing.h"
+#include "features/SoapDrawing.h"
+#include "http/Call.h"
+#include "http/Envelope.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <httplib.h>

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/Options.h"
+#include "base/Places.h"
+#include "http/Routes.h"
+
+#include <filesystem>
+#include <string>
+
+namespace local_platform {
+
+/// The drawing conversion service: SOAP 1.1 outside, a converter in a process of its own inside.
+class Conversion
+{
+public:
+    explicit Conversion(const Options& options);
+
+    void addTo(Routes& routes);
+
+private:
+    Xml answer(Call& call);
+    std::string convert(Call& call, const std::filesystem::path& folder);
+    void runConverter(
+        const std::string& input, const std::string& output, const std::filesystem::path& folder);
+
+    const Options& options_;
+    std::filesystem::path converter_;
+    std::filesystem::path scratch_;
+    Places places_;
+};
+
+} // namespace local_platform

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "http/Call.h"
+#include "http/Download.h"
+#include "http/Envelope.h"
+
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace local_platform {
+
+struct Xml
+{
+    int status;
+    std::string text;
+};
+
+using Reply = std::variant<Json, Download, Xml>;
+using Endpoint = std::function<Reply(Call&)>;
+
+/// Which endpoint answers which method and path. A path that ends in '*' takes any one further segment.
+class Routes
+{
+public:
+    void add(const std::string& method, const std::string& path, Endpoint endpoint);
+    /// Refuses what no route answers.
+    const Endpoint& find(Call& call) const;
+
+private:
+    std::map<std::pair<std::string, std::string>, Endpoint> endpoints_;
+};
+
+} // namespace local_platform

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace soci {
+class row;
+}
+
+namespace local_platform {
+
+/// What the platform remembers. Statements are plain SQL with named placeholders, each named once and filled
+/// in the order of the values.
+class Database
+{
+public:
+    using Value = std::variant<long long, std::string>;
+    using Values = std::vector<Value>;
+
+    /// Opens or creates the database. Throws when it cannot.
+    explicit Database(const std::filesystem::path& file);
+    ~Database();
+
+    /// One row of a result, read column by column.
+    class Row
+    {
+    public:
+        explicit Row(const soci::row& row)
+            : row_(row)
+        {
+        }
+
+        long long number();
+        std::string text();
+        std::optional<std::string> textOrNull();
+
+    private:
+        const soci::row& row_;
+        std::size_t next_ = 0;
+    };
+
+    /// One transaction, and the only one at its time. What is not committed never happened.
+    class Work
+    {
+    public:
+        Work(Work&&) noexcept;
+        ~Work();
+
+        /// The first column of the first row.
+        std::optional<long long> number(const std::string& query, const Values& values = {});
+        std::optional<std::string> text(const std::string& query, const Values& values = {});
+        /// The first row, as Record::from() reads it.
+        template <typename Record>
+        std::optional<Record> one(const std::string& query, const Values& values = {})
+        {
+            std::optional<Record> first;
+            each(query, values, [&](Row& row) {
+                first = Record::from(row);
+                return false;
+            });
+            return first;
+        }
+        /// All rows, as Record::from() reads them.
+        template <typename Record>
+        std::vector<Record> all(const std::string& query, const Values& values = {})
+        {
+            std::vector<Record> records;
+            each(query, values, [&](Row& row) {
+                records.push_back(Record::from(row));
+                return true;
+            });
+            return records;
+        }
+        /// Hands over row after row until \a take returns false.
+        void each(const std::string& query, const Values& values, const std::function<bool(Row&)>& take);
+        /// Runs a statement that yields no rows.
+        void run(const std::string& statement, const Values& values = {});
+        void commit();
+
+    private:
+        friend class Database;
+        struct State;
+        explicit Work(std::unique_ptr<State> state);
+        std::unique_ptr<State> state_;
+    };
+
+    Work work();
+
+private:
+    struct Session;
+    std::unique_ptr<Session> session_;
+};
+
+} // namespace local_platform

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "store/Secrets.h"
+
+#include "base/Places.h"
+
+#include <algorithm>
+#include <array>
+#include <sodium.h>
+#include <stdexcept>
+#include <thread>
+
+namespace local_platform {
+
+namespace {
+
+// Two hundred people who sign in at once on two processors must all be through before their clients give up,
+// so the memory is what makes guessing dear, not the time.
+constexpr unsigned long long passwordPasses = 1;
+constexpr std::size_t passwordMemory = 8u << 20;
+
+/// As many hashings at a time as there are processors: more would only cost memory.
+Places& hashingPlaces()
+{
+    static Places places(std::max(1u, std::thread::hardware_concurrency()));
+    return places;
+}
+
+std::string randomText(const std::string& alphabet, int length)
+{
+    std::string text;
+    for (int i = 0; i < length; ++i)
+        text += alphabet[randombytes_uniform(static_cast<std::uint32_t>(alphabet.size()))];
+    return text;
+}
+
+std::string encoded(
+    const unsigned char* bytes, std::size_t size, int variant = sodium_base64_VARIANT_URLSAFE_NO_PADDING)
+{
+    std::string text(sodium_base64_encoded_len(size, variant), '\0');
+    sodium_bin2base64(text.data(), text.size(), bytes, size, variant);
+    text.pop_back(); // the terminating zero
+    return text;
+}
+
+} // namespace
+
+void initializeSecrets()
+{
+    if (sodium_init() < 0)
+        throw std::runtime_error("The system offers no randomness");
+}
+
+std::string randomToken()
+{
+    std::array<unsigned char, 32> bytes;
+    randombytes_buf(bytes.data(), bytes.size());
+    return encoded(bytes.data(), bytes.size());
+}
+
+std::string randomCode(int length)
+{
+    return randomText("ABCDEFGHJKMNPQRSTUVWXYZ23456789", length);
+}
+
+std::string randomDigits(int length)
+{
+    return randomText("0123456789", length);
+}
+
+std::string fingerprint(const std::string& token)
+{
+    std::array<unsigned char, crypto_generichash_BYTES> hash;
+    crypto_generichash(hash.data(), hash.size(), reinterpret_cast<const unsigned char*>(token.data()),
+        token.size(), nullptr, 0);
+    return encoded(hash.data(), hash.size());
+}
+
+bool sameSecret(const std::string& a, const std::string& b)
+{
+    return a.size() == b.size() && sodium_memcmp(a.data(), b.data(), a.size()) == 0;
+}
+
+std::string base64(const std::string& bytes)
+{
+    return encoded(
+        reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), sodium_base64_VARIANT_ORIGINAL);
+}
+
+std::string hashedPassword(const std::string& password)
+{
+    const Places::Place place(hashingPlaces());
+    std::array<char, crypto_pwhash_STRBYTES> hash;
+    if (crypto_pwhash_str(hash.data(), password.data(), password.size(), passwordPasses, passwordMemory) != 0)
+        throw std::runtime_error("Not enough memory to hash a password");
+    return hash.data();
+}
+
+bool passwordMatches(const std::string& hash, const std::string& password)
+{
+    static const std::string nobodys = hashedPassword(randomToken());
+    const Places::Place place(hashingPlaces());
+    const std::string& against = hash.empty() ? nobodys : hash;
+    return crypto_pwhash_str_verify(against.c_str(), password.data(), password.size()) == 0 && !hash.empty();
+}
+
+} // namespace local_platform
