@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: MIT
 # Sourced by run, test and the scripts in tests and tools: moves to the project's root and installs what this machine
-# lacks, with the packages of the list's sections named in $sections, if any.
+# lacks: the packages of every machine, those of the Qt named in TAV_QT (5), and those of the sections named in $sections.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 
 install_packages() {
     local wanted missing=() package root=()
-    wanted=$(awk -v asked=" ${sections:-} " '/^#/ { next }
+    wanted=$(awk -v asked=" qt${TAV_QT:-5} ${sections:-} " '/^#/ { next }
         /^\[/ { left_out = !index(asked, " " substr($0, 2, length($0) - 2) " "); next }
         !left_out' cmake/debian-packages.txt)
     for package in $wanted; do

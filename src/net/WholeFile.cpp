@@ -6,10 +6,11 @@
 #ifdef Q_OS_UNIX
 #include <cerrno>
 #include <unistd.h>
+#elif defined(Q_OS_WIN)
+#include <io.h>
+#endif
 
 namespace tav {
-
-#endif
 
 namespace {
 
@@ -21,6 +22,8 @@ bool synced(QFileDevice& file)
         return false;
 #ifdef Q_OS_UNIX
     return fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+#elif defined(Q_OS_WIN)
+    return _commit(file.handle()) == 0;
 #else
     return true;
 #endif
