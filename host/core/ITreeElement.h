@@ -55,7 +55,7 @@ protected:
 /// A new element without parent or children, owned by the caller.
 /// \param name its name; null counts as empty
 /// \param attributes copied as they are now, later changes do not reach the element; null counts as empty
-/// \param extra room for a remark of the caller's; not kept
+/// \param extra free for the caller; not stored
 TAV_HOST_CORE_EXPORT ITreeElement* tav_tree_element_create_instance(
     const char* name, const AttributeDictionary* attributes, const char* extra);
 

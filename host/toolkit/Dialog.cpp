@@ -23,7 +23,7 @@ void Dialog::setVisible(bool visible)
 
 bool Dialog::event(QEvent* event)
 {
-    // What the program itself resizes is no spontaneous event.
+    // A resize by the program itself is not a spontaneous event.
     if (event->type() == QEvent::Resize)
         noteSize(event->spontaneous() && isVisible());
     return QDialog::event(event);
@@ -33,7 +33,7 @@ void Dialog::noteSize(bool byUser)
 {
     if (!byUser)
         sizeByProgram = size();
-    // Window systems repeat the size that the program set as if the user had.
+    // Window systems report the size that the program set as if the user had set it.
     sizedByUser = byUser && (sizedByUser || size() != sizeByProgram);
     const QString name = sizedByUser && pSystemSettings ? nameInSettings() : QString();
     if (!name.isEmpty() && !isMaximized() && !isFullScreen())

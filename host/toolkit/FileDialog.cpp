@@ -8,13 +8,14 @@
 
 namespace {
 
-/// On the heap, because it goes with its parent: Qt's own functions would then destroy it twice.
+/// On the heap, because the parent may be destroyed while it is open. Qt's static functions keep theirs on
+/// the stack, where it would be destroyed twice.
 QPointer<QFileDialog> newDialog(ISystemSettings* settings, QWidget* parent, const QString& caption,
     const QString& directory, const QString& filter, QFileDialog::FileMode mode, QFileDialog::Options options)
 {
     const QString start = directory.isEmpty() && settings ? settings->lastDirectory() : directory;
     QPointer<QFileDialog> dialog(new QFileDialog(parent, caption, start, filter));
-    // In this order: the mode takes ShowDirsOnly back.
+    // In this order: setFileMode() resets ShowDirsOnly.
     dialog->setFileMode(mode);
     dialog->setOptions(options);
     return dialog;

@@ -11,8 +11,8 @@ class ISystemSettings;
 /// The host's file dialogs. They open in the directory given or, when that is empty, where the user last was,
 /// and remember where the answer lies.
 ///
-/// GUI thread only; both block in an event loop until the user has answered. \a settings may be null: then
-/// nothing is looked up or remembered.
+/// GUI thread only; both block in an event loop until the user has answered. The parent may be destroyed
+/// meanwhile: the answer is then empty. \a settings may be null: then nothing is looked up or remembered.
 class TAV_HOST_TOOLKIT_EXPORT FileDialog
 {
 public:

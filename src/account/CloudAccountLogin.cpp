@@ -37,9 +37,9 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudAccountLogin::Private
     CloudFailure lastFailure = CloudFailure::None;
 };
 
-/// One operation at work. It holds the members for the time that it waits, and has an error of its own, so
-/// that another operation, which a timer of the host may call meanwhile, does not decide about this one. Only
-/// a failure is kept: the session's last error outlasts a success.
+/// One operation while it runs. It holds the members while it waits, and has an error of its own, so that
+/// another operation, which a timer of the host may call meanwhile, does not affect its result. Only failures
+/// are stored in the session: its last error outlasts a success.
 class TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudAccountLogin::Call
 {
 public:
@@ -49,7 +49,7 @@ public:
     }
     Private* operator->() const { return members.get(); }
 
-    // The carriers send a request; whether a reply came.
+    // Each sends a request and returns whether a usable reply came.
     bool get(const QString& path);
     bool remove(const QString& path, const QString& token);
     bool post(const QString& path, const QByteArray& body, HeaderMap headers = {});
@@ -57,7 +57,7 @@ public:
 
     /// Whether the reply's code is 0 or missing.
     bool isAccepted();
-    /// Takes over what a token reply says of the session, which is \a account's now.
+    /// Stores the tokens and the names of a token reply: \a account is signed in.
     bool signIn(const QString& account, const QString& encipheredPassword);
     bool fail(CloudFailure failure, const QString& text);
     QVariantMap userInfo() const { return reply.value(QStringLiteral("user_info")).toMap(); }
@@ -102,7 +102,7 @@ bool CloudAccountLogin::Call::isAccepted()
 
 bool CloudAccountLogin::Call::signIn(const QString& account, const QString& encipheredPassword)
 {
-    // Once more: another sign-in may have begun meanwhile, and the token is not that account's.
+    // Set again: another sign-in may have begun meanwhile, and the token is not that account's.
     members->mobile = account;
     members->password = encipheredPassword;
     members->loginState = true;
@@ -198,8 +198,8 @@ bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordT
         && call.isAccepted() && call.signIn(account, password);
 }
 
-/// Asks for a code to be sent to \a target. Its own reply fields: "code" must be there and 0, "data" must not
-/// be false.
+/// Asks for a code to be sent to \a target. This reply is judged by rules of its own: "code" must be there
+/// and 0, "data" must not be false.
 bool CloudAccountLogin::verify(const QString& path, const char* target)
 {
     Call call(d);
@@ -249,7 +249,7 @@ bool CloudAccountLogin::registerAccount(const QString& path, const QMap<QString,
         return false;
     if (call.isAccepted())
         return true;
-    // The platform's database speaks here; say what it means. The text is the same for an e-mail address.
+    // An error of the platform's database: say what it means. The text is the same for an e-mail address.
     if (call.error.contains(QLatin1String("Duplicate entry")))
         call->lastError = tr("The phone number is registered");
     return false;
@@ -295,7 +295,7 @@ bool CloudAccountLogin::logout()
     QString token = call->token;
     QString refreshToken = call->refreshToken;
     if (!checkToken(call->url, token, call.error)) {
-        call.fail(refusal(), call.error); // stays where the refresh succeeds
+        call.fail(refusal(), call.error); // kept even if the refresh succeeds
         const QString checked = token;
         if (!refreshAccessToken(call->url, refreshToken, token, call.error))
             return call.fail(refusal(), call.error);

@@ -38,8 +38,8 @@ public:
     /// unloads.
     static CloudAccountLogin* instance();
 
-    /// Copies are independent: what happens in the session afterwards does not reach them. A copy is for
-    /// putting the session back as it was, by assignment; only the module destroys sessions.
+    /// Copies are independent: later changes of the session do not reach them. A copy serves to restore the
+    /// session by assignment. Only the module destroys sessions, so a copy lives until the process ends.
     CloudAccountLogin(const CloudAccountLogin& other);
     CloudAccountLogin& operator=(const CloudAccountLogin& other);
 
@@ -60,12 +60,14 @@ public:
     /// Whether a user is signed in. A failed sign-in does not sign out who was signed in before.
     bool getLoginState() const;
 
-    /// Signs in with a user name (UTF-8) and a password. The name goes into a form body unescaped.
-    /// Writes the tokens, the user name and the login state on success; what was typed is kept either way.
+    /// Signs in with a user name (UTF-8) and a password. The name goes into a form body unescaped, as the
+    /// platform expects it. Writes the tokens, the user name and the login state on success; getMobile()
+    /// changes either way.
     bool userLoginAccount(const char* userName, const char* password);
 
     /// \name Codes by SMS and e-mail
-    /// The platform sends a code to the number or address given. True when it says that it has.
+    /// The platform sends a code to the number or address given; true when it says that it has sent one. The
+    /// number or address goes into the path as it is and must be without "#", "?" and "%".
     /// @{
 
     /// A code by SMS for signing in or registering.
@@ -80,7 +82,8 @@ public:
     /// @}
 
     /// Signs in with a code. An \a account with "@" in it is an e-mail address, any other a phone number.
-    /// Writes what userLoginAccount() writes.
+    /// Both arguments go into the query as they are and must be without "#", "&", "+" and "%". Writes what
+    /// userLoginAccount() writes.
     bool phoneLoginAccount(const char* account, const char* code);
 
     /// Registers an account with a phone number and the code sent to it. Does not sign in. A number that has
@@ -98,10 +101,11 @@ public:
     bool resetPassword(const char* phone, const char* newPassword, const char* smsCode);
 
     /// Signs out, after checking the access token and, if it has expired, refreshing it (up to three
-    /// requests). When nobody is signed in: false at once, nothing is sent, getLastError() keeps its text.
-    /// Tokens and names are kept; tokens that were refreshed on the way stay refreshed even if signing out
-    /// then fails. A check that fails leaves "error:error_description" as the platform named them in
-    /// getLastError(), even if signing out then succeeds.
+    /// requests). When nobody is signed in: false at once, nothing is sent, getLastError() keeps its text,
+    /// and getLastFailure() is CloudFailure::SignedOut. Tokens and names are kept; tokens that were refreshed
+    /// on the way stay refreshed even if signing out then fails. A check that fails leaves
+    /// "error:error_description" as the platform named them in getLastError(), even if signing out then
+    /// succeeds.
     bool logout();
 
 private:

@@ -25,8 +25,8 @@ private:
     std::unique_ptr<AttributeDictionary, ReleaseDictionary> dictionary{dictionary_get_instance()};
 };
 
-/// Names are zero-terminated: one with a NUL in it would pass for the part before. With a separator instead
-/// it is no file's name, and is never written.
+/// Names are zero-terminated: one that contains a NUL would end there. A separator in its place makes it a
+/// name that no file can have, so it is never written.
 ITreeElement* newNode(QString name, const Attributes& attributes)
 {
     name.replace(QChar::Null, '/');
@@ -51,13 +51,13 @@ Attributes fileAttributes(const QString& projectId)
 
 ITreeElement* CloudFileManger::getFileTree()
 {
-    // This one may be destroyed between two requests.
+    // The host's client may be destroyed between two requests.
     CloudFileManger client(d);
     const Attributes folder("0");
     ITreeElement* root = newNode("My space", folder);
     ITreeElement* backups = addNode(root, "My backup", folder);
 
-    // What failed first is what to tell the user; a request that succeeds later would empty it.
+    // The first failure is the one to report; a request that succeeds later would clear it.
     QString error;
     CloudFailure failure = CloudFailure::None;
     const auto listed = [&](bool done) {
@@ -74,7 +74,7 @@ ITreeElement* CloudFileManger::getFileTree()
                 project.projectTitle + client.d->backupSuffix, fileAttributes(project.id));
     }
 
-    // A source that fails keeps what it shared when it was asked last.
+    // When a request fails, the projects that this source shared before are kept.
     for (const QString& source : client.getShareSourceSoft())
         listed(client.getShareProjectFromPlatform(source));
     const QString softName = client.getSoftName();

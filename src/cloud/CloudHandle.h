@@ -5,9 +5,9 @@
 
 namespace tav {
 
-/// A second client on the same members, where a copy would be independent: what one changes, the other has.
-/// It stays usable when the host destroys its own, so a dialog works with a handle, and so does a request
-/// that may outlast the dialog.
+/// A second client that shares the members of the first, where a copy would be independent. It stays usable
+/// when the host destroys its own client, so dialogs work with a handle, as do requests that may outlast
+/// their dialog.
 using CloudHandle = std::shared_ptr<CloudFileManger>;
 
 CloudHandle handleOn(const CloudFileManger* client);

@@ -77,7 +77,8 @@ void store(Byte* column, quint32 word)
     qToLittleEndian(word, column);
 }
 
-/// Every byte of \a block from \a box, the row r of a column taken r times \a step bytes further on.
+/// Replaces every byte of \a block by its entry in \a box; row r of a column comes from r * \a step bytes
+/// further on.
 void substitute(Byte* block, const Byte (&box)[256], int step)
 {
     quint32 columns[4];
@@ -172,7 +173,7 @@ QByteArray QAESEncryption::removePadding(const QByteArray& rawText) const
     return RemovePadding(rawText, padding);
 }
 
-/// Text of whole blocks gets no padding, not even of the PKCS7 kind: stored passwords depend on it.
+/// Text of whole blocks gets no padding, not even PKCS7: stored passwords depend on it.
 QByteArray QAESEncryption::getPadding(qint32 currentSize, qint32 alignment) const
 {
     const int count = (alignment - currentSize % alignment) % alignment;

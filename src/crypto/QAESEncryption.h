@@ -5,12 +5,11 @@
 #include <QObject>
 
 /// AES (FIPS-197) with 128, 192 and 256 bit keys, four chaining modes and three kinds of padding.
-/// Make one on the stack for a single operation. There is no shared mutable state: any thread may use its
-/// own.
+/// Make one on the stack for a single operation. Objects share no state: each thread may use one of its own.
 ///
-/// Faults give an empty array and no message: an initialisation vector that is not 16 bytes long (in every
-/// mode but ECB), a key that is not as long as the level asks, and ECB or CBC input to decode() that is not
-/// whole blocks.
+/// Invalid arguments give an empty array and no message: an initialisation vector that is not 16 bytes long
+/// (in every mode but ECB), a key that is not as long as the level asks, and ECB or CBC input to decode()
+/// that is not whole blocks.
 class QAESEncryption : public QObject
 {
 public:
@@ -68,14 +67,14 @@ private:
     void cipher(const QByteArray& schedule, quint8* block);
     void invCipher(const QByteArray& schedule, quint8* block);
 
-    qint32 nb = 4; // words per block
-    qint32 blocklen = 16; // bytes per block
+    qint32 nb = 4; ///< words per block
+    qint32 blocklen = 16; ///< bytes per block
     AesLevel level;
     AesMode mode;
-    qint32 nk; // key length in words
-    qint32 keyLen; // key length in bytes
-    qint32 nr; // rounds
-    [[maybe_unused]] qint32 expandedKey; // nominal size of the key schedule; the real one follows from nr
+    qint32 nk; ///< key length in words
+    qint32 keyLen; ///< key length in bytes
+    qint32 nr; ///< rounds
+    [[maybe_unused]] qint32 expandedKey; ///< nominal size of the key schedule; the real one follows from nr
     AesPadding padding;
-    quint8* state = nullptr; // the block being transformed, borrowed from the caller
+    quint8* state = nullptr; ///< the block being transformed, borrowed from the caller
 };

@@ -4,10 +4,11 @@
 #include <QByteArray>
 #include <QString>
 
-namespace tav {
+/// \file
+/// The five values that a build fixes (the TAV_... cache variables). One generated source file defines them,
+/// so that tests can link other definitions in its place.
 
-/// The five values that a build fixes (the TAV_... cache variables). Their definitions stand in one generated
-/// source file, so that the tests can link definitions of their own in its place.
+namespace tav {
 
 /// Scheme, host and port of the cloud platform, without a trailing slash.
 QString platformAddress();

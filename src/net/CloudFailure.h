@@ -14,7 +14,7 @@ enum class CloudFailure
     NotTrusted, ///< no secure connection: the certificate is not trusted, or TLS is missing or failed
     TimedOut, ///< no complete reply in time
     Cancelled, ///< the wait was ended: the application quits, or the user closed the dialog of a conversion
-    Unusable, ///< the connection was cut, or what came is no reply of the platform
+    Unusable, ///< the connection was cut, or the reply is not one that the platform sends
     Unavailable, ///< the platform answered a download with an error: it does not give the file
     NotConverted, ///< the conversion service answered without a drawing
     NotWritten, ///< the file could not be written

@@ -15,8 +15,8 @@ namespace tav {
 
 namespace {
 
-/// Instead of "no proxy" it says "the default one": the manager then buffers, and the connection, which looks
-/// the default up by itself, finds that there is none.
+/// Answers DefaultProxy instead of NoProxy: the manager then buffers, and the connection, which resolves the
+/// default by itself, finds that there is none.
 class BufferedConnections : public QNetworkProxyFactory
 {
 public:
@@ -43,7 +43,7 @@ bool isHttpProxy(const QNetworkProxy& proxy)
     return proxy.type() == QNetworkProxy::HttpProxy || proxy.type() == QNetworkProxy::HttpCachingProxy;
 }
 
-/// Whether \a proxy is spoken HTTP to, and sees the requests that go through it.
+/// Whether \a proxy speaks HTTP and reads the requests that go through it.
 bool seesRequests(const QNetworkProxy& proxy)
 {
     return isHttpProxy(proxy) && proxy.capabilities().testFlag(QNetworkProxy::CachingCapability);
@@ -56,7 +56,7 @@ void bufferConnections(QNetworkAccessManager& manager)
     manager.setProxyFactory(new BufferedConnections);
 }
 
-/// The network access manager's own choice: the first that it can use.
+/// Chooses as the network access manager does: the first that it can use.
 QNetworkProxy proxyFor(const QUrl& url)
 {
     const bool plain = url.scheme() == QLatin1String("http");
@@ -80,7 +80,7 @@ void authorizeAtProxy(QNetworkRequest& request)
 bool hasRoomForConnection()
 {
 #ifdef Q_OS_UNIX
-    // Two event loops, a connection and a file, and some that another thread may take meanwhile.
+    // For two event loops, a connection and a file, with some to spare for other threads.
     std::array<QFile, 8> files;
     return std::all_of(files.begin(), files.end(), [](QFile& file) {
         file.setFileName(QProcess::nullDevice());

@@ -8,20 +8,20 @@ class QUrl;
 
 namespace tav {
 
-/// Has \a manager read its connections through a buffer. Left alone it reads a plain http connection
-/// unbuffered, byte by byte: it then takes some replies that were cut for whole ones, and as long as the peer
-/// sends headers it can neither be stopped nor destroyed.
+/// Makes \a manager read its connections through a buffer. By default it reads plain http connections
+/// unbuffered, byte by byte: some replies that were cut then count as whole, and while the peer keeps sending
+/// headers the manager can neither be stopped nor destroyed.
 void bufferConnections(QNetworkAccessManager& manager);
 
-/// The proxy that a request to \a url goes through; none has the type NoProxy.
+/// The proxy that a request to \a url goes through; of the type NoProxy for a direct connection.
 QNetworkProxy proxyFor(const QUrl& url);
 
-/// Gives \a request the user and password that the application set for its HTTP proxy, where the proxy sees
-/// the request itself. It could not be sent again after the proxy has asked.
+/// Adds the user and password that the application set for its HTTP proxy to \a request, if the proxy reads
+/// the request itself: the body cannot be rewound to send the request again after the proxy has asked.
 void authorizeAtProxy(QNetworkRequest& request);
 
-/// Whether the process may open as many files as a request needs. With fewer, the event loop of the network
-/// access manager's thread ends the process.
+/// Whether the process has the file descriptors left that a request needs. Without them, the event loop of
+/// the network access manager's thread aborts the process.
 bool hasRoomForConnection();
 
 } // namespace tav

@@ -75,7 +75,7 @@ bool checkReply(QMap<QString, QVariant> reply, QString& error)
         error = message;
         return false;
     }
-    // Such a reply has no text of its own.
+    // Such a reply carries no text to show.
     if (status == 400)
         return false;
     if (code == 200 || code == 0)

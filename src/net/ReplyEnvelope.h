@@ -13,7 +13,7 @@
 
 namespace tav {
 
-/// The two texts that a request ends with when there is no reply to judge.
+/// The two texts of a request that got no reply to judge.
 inline QString connectionTimedOut()
 {
     return QStringLiteral("连接超时");
@@ -23,19 +23,20 @@ inline QString replyUnusable()
     return QStringLiteral("返回值解析失败");
 }
 
-/// The JSON object that is all of \a body; false, with \a reply as it was, when there is none.
+/// Reads the one JSON object that \a body must be into \a reply; false, with \a reply unchanged, if it is
+/// not.
 bool readReply(const QByteArray& body, QMap<QString, QVariant>& reply);
 
 } // namespace tav
 
 /// Judges the platform's reply envelope: true when \a reply reports success. Otherwise \a error becomes the
-/// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves \a
-/// error as it was. A transport text that already stands in \a error is kept, and the reply is not looked at.
+/// text to show, which is the platform's own wherever it sent one; a reply with "status" 400 alone leaves
+/// \a error as it was. A transport text that is already in \a error is kept, and \a reply is ignored.
 bool checkReply(QMap<QString, QVariant> reply, QString& error);
 
 namespace tav {
 
-/// What kind of failure \a reply tells of, which was judged to be one for the reason \a error.
+/// The kind of failure of \a reply, which was judged to be a failure with the text \a error.
 CloudFailure refusalIn(const QMap<QString, QVariant>& reply, const QString& error);
 
 /// The simpler judgement of the account replies: true when "code" is 0 or missing; otherwise \a error becomes

@@ -31,13 +31,13 @@ QString nameOf(QNetworkReply::NetworkError error)
     return name ? QString::fromLatin1(name) : QString::number(error);
 }
 
-/// Qt's own text, which names the address for some errors, with a query in which there may be a code.
+/// Qt's own text without the address that it names for some errors: a query may contain a code.
 QString textOf(const QNetworkReply& reply)
 {
     QString text = reply.errorString();
     for (const auto format : {QUrl::PrettyDecoded, QUrl::FullyEncoded})
         text.replace(reply.url().toString(format), QStringLiteral("the address"));
-    // It may be written in yet another way.
+    // The address may be written in another form still.
     return text.contains(QLatin1String("://")) ? QStringLiteral("an error with the address") : text;
 }
 

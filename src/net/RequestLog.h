@@ -18,19 +18,19 @@ namespace tav {
 /// passwords, tokens and codes never do.
 Q_DECLARE_LOGGING_CATEGORY(cloudLog)
 
-/// What the log tells of one request.
+/// The log entry of one request.
 class RequestLog
 {
 public:
     RequestLog(const QByteArray& verb, const QUrl& url);
 
-    /// For the warning: which certificate was not trusted, and why.
+    /// Adds to the warning which certificate was not trusted, and why.
     void noteUntrusted(const QList<QSslError>& errors);
     void received(qint64 bytes) { bytesReceived += bytes; }
-    /// The end of the request. \a problem is what ended it, where Qt's own error text does not tell; empty
-    /// for none.
+    /// Logs the end of the request.
+    /// \param problem what ended it, where Qt's own error text does not say so; empty for none
     void finish(const QNetworkReply& reply, qint64 bytesSent, bool usable, const QString& problem);
-    /// The end of one that could not even be sent.
+    /// Logs a request that could not be sent.
     void refuse(const QString& problem) const;
 
 private:

@@ -16,7 +16,7 @@ QByteArray conversionResult(QByteArray body)
         if (opening < 0)
             continue;
         int begin = opening + name.size();
-        // To the next tag first: that is one byte to look for in all of the text.
+        // From the next tag on: over a long text, one byte is found faster than a name.
         const int closing = body.indexOf(name, std::max(begin, body.indexOf('<', begin)));
         if (closing < 0)
             return QByteArray();

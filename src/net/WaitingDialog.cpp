@@ -12,7 +12,7 @@ WaitingDialog::WaitingDialog()
     setRange(0, 0);
     setCancelButton(nullptr);
     setWindowTitle(tr("Waiting"));
-    // It may be the only window there is; its end must not be the application's.
+    // It may be the only window: closing it must not quit the application.
     setAttribute(Qt::WA_QuitOnClose, false);
 }
 

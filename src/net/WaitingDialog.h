@@ -5,8 +5,8 @@
 
 namespace tav {
 
-/// The modal busy dialog of a long exchange, which closes it. It has no cancel button; Escape gives the
-/// exchange up.
+/// The modal busy dialog of a long exchange, which closes it at its end. It has no cancel button; Escape ends
+/// the wait.
 class WaitingDialog : public QProgressDialog
 {
     Q_OBJECT

@@ -14,8 +14,8 @@ namespace tav {
 
 namespace {
 
-/// Whether everything written to \a file is on the disk. QSaveFile syncs too, but ignores what comes of it,
-/// and some file systems tell of a full disk only here.
+/// Whether everything written to \a file is on the disk. QSaveFile syncs too, but ignores the result, and
+/// some file systems report a full disk only here.
 bool synced(QFileDevice& file)
 {
     if (!file.flush())

@@ -6,9 +6,9 @@
 
 namespace tav {
 
-/// A file that is whole or old: written beside its path, and put in place by commit() only. Links are
-/// followed; anything but a regular file is refused, since renaming over a device or a pipe would take it
-/// away.
+/// A file that is replaced as a whole or not at all: written beside its path, and renamed over it by commit()
+/// only. Symbolic links are followed; anything but a regular file is refused, since renaming would remove a
+/// device or a pipe.
 class WholeFile
 {
 public:
@@ -16,8 +16,8 @@ public:
         : file(path)
     {
     }
-    /// \param rights those of the file; by default those of the one that it replaces, or as the process makes
-    /// files
+    /// \param rights the file's permissions; by default those of the file that it replaces, or those that the
+    /// process gives new files
     bool open(QFileDevice::Permissions rights = {});
     bool write(const QByteArray& bytes);
     /// False, with an older file untouched, if anything was not written.
@@ -28,7 +28,7 @@ private:
     bool good = false;
 };
 
-/// \a bytes as the file at \a path; false, with an older file untouched, if that fails.
+/// Writes \a bytes as the file at \a path; false, with an older file untouched, if that fails.
 /// \param rights as for WholeFile::open()
 bool writeWholeFile(const QString& path, const QByteArray& bytes, QFileDevice::Permissions rights = {});
 
