@@ -76,7 +76,7 @@ void ElidedLabel::paintEvent(QPaintEvent*)
     }
 }
 
-/// Not in the colours of a style sheet that is meant for the label.
+/// Shows the tooltip without the label as its parent, whose style sheet would colour it.
 bool ElidedLabel::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)

@@ -5,15 +5,15 @@
 
 namespace tav {
 
-/// Text that gives way: cut in the middle where there is no room for all of it, and whole in its tooltip
-/// then. text() is always all of it. The text is shown as it is, never as rich text.
+/// A label that elides its text in the middle where there is no room for all of it, and then has the whole
+/// text in its tooltip. text() is always the whole text. It is shown as it is, never as rich text.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
 
 public:
-    /// \param maximumWidth what it asks for at most, in pixels
-    /// \param maximumLines how many it always has room for
+    /// \param maximumWidth the widest that its size hint becomes, in pixels
+    /// \param maximumLines how many lines it always has room for
     ElidedLabel(const QString& text, int maximumWidth, int maximumLines = 1);
 
     bool isCut() const { return fitting().join(QString()) != text(); }
@@ -35,11 +35,11 @@ private:
     int maximumLines;
 };
 
-/// \a text in lines of \a width pixels, broken between words where that is possible. What is too much for
-/// \a maximumLines is cut out in the middle.
+/// \a text in lines of \a width pixels, broken between words where that is possible. What exceeds
+/// \a maximumLines is elided in the middle.
 QStringList fittingLines(const QString& text, const QFont& font, int width, int maximumLines);
 
-/// \a text as a tooltip, which would else take a name with a tag in it for rich text.
+/// \a text as a tooltip that shows it as it is: Qt would take a name with a tag in it for rich text.
 QString plainToolTip(const QString& text);
 
 } // namespace tav

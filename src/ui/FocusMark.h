@@ -8,7 +8,7 @@
 
 namespace tav {
 
-/// Marks a widget while it has the focus, for one whose style or style sheet does not. The widget owns it.
+/// Draws a focus frame on a widget whose style or style sheet draws none. The widget owns it.
 class FocusMark : public QObject
 {
 public:

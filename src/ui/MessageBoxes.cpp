@@ -14,7 +14,7 @@ namespace tav {
 
 namespace {
 
-/// A box may come up in the middle of a wait, and does not wait itself.
+/// The normal cursor for a box that comes up during a wait: it can be used.
 class PlainCursor
 {
 public:
@@ -24,8 +24,8 @@ public:
     PlainCursor& operator=(const PlainCursor&) = delete;
 };
 
-/// On the heap, because a window destroys its boxes. While a window is being built, its box stands on
-/// the one below, or that the user has in front.
+/// On the heap, because a window destroys its boxes. A window that is still being built cannot be seen: its
+/// box gets the next visible window below as its parent, or the active one.
 QPointer<QMessageBox> newBox(
     QMessageBox::Icon icon, QWidget* window, const QString& title, const QString& text, const QString& more)
 {
@@ -39,7 +39,7 @@ QPointer<QMessageBox> newBox(
     if (more.isEmpty())
         return box;
     box->setInformativeText(more);
-    // The format of the box is that of its text only.
+    // The box's own format does not apply to this label.
     box->findChild<QLabel*>("qt_msgbox_informativelabel")->setTextFormat(Qt::PlainText);
     return box;
 }
@@ -52,8 +52,8 @@ QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, cons
     return button;
 }
 
-/// Runs and deletes \a box. Whether somebody waits for the answer: not either when the application quits,
-/// which ends a box without closing it. \a answer becomes the button pressed.
+/// Runs and deletes \a box; \a answer becomes the button pressed. False when nobody waits for the answer any
+/// more, which includes that the application quits: that ends a box without closing it.
 bool isAnswered(QPointer<QMessageBox> box, const Attendance& attendance, int& answer)
 {
     const PlainCursor cursor;

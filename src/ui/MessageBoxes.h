@@ -4,9 +4,10 @@
 #include <QMessageBox>
 #include <QString>
 
-namespace tav {
+/// \file
+/// Message boxes that block, for the steps of the dialogs' slots.
 
-/// Boxes that block, as the steps of the dialogs' slots need them.
+namespace tav {
 
 /// Shows a box and waits for the answer. Texts are shown as they are, never as rich text: the platform may
 /// have written them. False when \a window was closed or destroyed meanwhile.

@@ -7,8 +7,8 @@
 
 namespace tav {
 
-/// A dialog of ours on top of another window. On the heap, because its parent destroys it; else it is
-/// destroyed at the end of the scope.
+/// A dialog of the module on top of another window. On the heap, because its parent may destroy it; otherwise
+/// it is destroyed at the end of the scope.
 template <class SubDialog>
 class ScopedDialog
 {
@@ -37,7 +37,7 @@ public:
         return !quits && attendance.lasts();
     }
 
-    /// Runs it; whether it was accepted, and is waited for.
+    /// Runs it. True when it was accepted and somebody waits for what follows.
     bool accepted() { return run() && dialog && result == QDialog::Accepted; }
 
 private:

@@ -9,7 +9,7 @@ namespace tav {
 
 namespace {
 
-// The titles are the boxes' own, whatever window they stand on.
+// One context for the titles, whichever window a box belongs to.
 constexpr char promptTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "Prompt");
 constexpr char failureTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "Error");
 constexpr char sessionFailureTitle[] = QT_TRANSLATE_NOOP("MessageBoxes", "error");
@@ -24,7 +24,7 @@ template <class Pointer, class Request>
 Answer askFor(QWidget* within, const QString& what, const Pointer& asked, const Request& request)
 {
     Answer answer{};
-    // The window, and all that it holds, may be destroyed meanwhile.
+    // Holds its own copies: the window and all its members may be destroyed meanwhile.
     answer.outcome = callPlatform(within, what, [&answer, asked, &request] {
         const bool done = request(*asked);
         answer.error = asked->getLastError();
@@ -34,7 +34,7 @@ Answer askFor(QWidget* within, const QString& what, const Pointer& asked, const 
     return answer;
 }
 
-/// The platform's own reason stands alone; one of the module's texts has what helps below it.
+/// What to show below the error: nothing below the platform's own reason, advice below the module's texts.
 QString helpOf(const Answer& answer)
 {
     return answer.reason == answer.error ? QString() : answer.reason;

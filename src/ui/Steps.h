@@ -9,13 +9,14 @@
 class QDialog;
 class QLineEdit;
 
+/// \file
+/// The steps of the dialogs' slots: check, ask, tell, go on. When a step returns false the slot ends, and may
+/// not touch its window, which may have been destroyed.
+
 namespace tav {
 
-/// The steps of the dialogs' slots: check, ask, tell, go on. Where one of them is false, the slot ends: the
-/// window may have been destroyed.
-
-/// How a request ended, and why it was refused. The reasons are taken at once: a timer of the host may use
-/// the same session or client before the wait has ended.
+/// How a request ended, and why it was refused. The reasons are copied as soon as it ends: a timer of the
+/// host may use the same session or client before the wait is over.
 struct Answer
 {
     Outcome outcome;
@@ -30,32 +31,32 @@ using CloudRequest = std::function<bool(CloudFileManger&)>;
 Answer ask(QWidget* within, const QString& what, const SessionRequest& request);
 Answer ask(QWidget* within, const CloudHandle& client, const QString& what, const CloudRequest& request);
 
-/// Asks, and says \a complaint and why when it was refused. Whether it was done.
+/// Runs \a request and, when it was refused, shows \a complaint with the reason. True when it was done.
 /// \param button as for fail()
 bool perform(QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request,
     const QString& complaint, const QString& button = QString());
 
-/// Guidance or success.
+/// Shows guidance or a success.
 /// \param button the text of the box's button; empty for Qt's own OK
 /// \param more what helps to understand \a text, below it
 bool inform(
     QWidget* window, const QString& text, const QString& button = QString(), const QString& more = QString());
-/// What the user cannot do.
+/// Shows that the user cannot do something.
 bool warn(QWidget* window, const QString& text);
-/// What did not work.
-/// \param reason why; empty where the text says so
+/// Shows that something did not work.
+/// \param reason why; empty where \a text says it
 bool fail(QWidget* window, const QString& text, const QString& button = QString(),
     const QString& reason = QString());
-/// Why the session was refused something; nothing when it was not.
+/// Shows why a request of the session was refused; does nothing after any other end.
 void explain(QWidget* window, const Answer& answer);
 
-/// The end of a dialog of the session: it says \a success and is accepted, or says why not and stays.
+/// Ends a dialog of the session: shows \a success and accepts it, or shows the reason and leaves it open.
 void conclude(QDialog* dialog, const Answer& answer, const QString& success);
 
 /// Whether the user wants what \a question asks.
 bool confirm(QWidget* window, const QString& question, const QString& more = QString());
 
-/// Whether there is a text in \a field. When not, says \a complaint and leads the user there.
+/// Whether there is a text in \a field. If not, shows \a complaint and gives the field the focus.
 bool requireText(QWidget* window, QLineEdit* field, const QString& complaint);
 
 } // namespace tav

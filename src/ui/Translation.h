@@ -8,11 +8,11 @@ class QLocale;
 /// Puts the module's texts into the language of \a locale, from the catalogues inside the library. At present
 /// there is one, for Simplified Chinese; the source language is English.
 ///
-/// Whatever an earlier call installed is taken out first, also when there is no catalogue for \a locale: the
-/// texts are then English. Dialogs take their texts when they are built, so call this before.
+/// What an earlier call installed is removed first, also when there is no catalogue for \a locale: the texts
+/// are then English. Dialogs take their texts when they are built, so call this before.
 ///
-/// The buttons of message boxes speak with Qt's own catalogue (qtbase_zh_CN), which is for the host to
-/// install.
+/// The buttons of message boxes have their texts from Qt's own catalogue (qtbase_zh_CN), which the host
+/// installs.
 ///
 /// The translator belongs to the module and is destroyed with the application object. GUI thread only, with
 /// an application object in place; does not block.

@@ -19,11 +19,11 @@ constexpr quint32 nullText = 0xFFFFFFFF;
 
 QString filePath()
 {
-    // Of the working directory at the time of the call.
+    // In what is the working directory at the time of the call.
     return QStringLiteral("./AccountManage.bin");
 }
 
-/// A length or count, unless the stream ends or has failed before.
+/// Reads a length or a count; false when the stream ends or has failed before.
 bool readSize(QDataStream& stream, quint32& size)
 {
     if (stream.status() == QDataStream::Ok)
@@ -31,8 +31,8 @@ bool readSize(QDataStream& stream, quint32& size)
     return stream.status() == QDataStream::Ok;
 }
 
-/// What the stream's own operator reads, but that one makes room for what a length promises before it looks
-/// whether it is there.
+/// Reads what the stream's own operator does, which allocates the length that it reads before it looks
+/// whether the bytes are there.
 bool readText(QDataStream& stream, QString& text)
 {
     quint32 bytes = 0;
@@ -53,13 +53,13 @@ bool readText(QDataStream& stream, QString& text)
     return true;
 }
 
-/// A list of texts; once one is damaged it and all after it are empty.
+/// Reads a list of texts; once one list is damaged, it and all after it are empty.
 QStringList readTexts(QDataStream& stream)
 {
     quint32 count = 0;
     if (!readSize(stream, count))
         return {};
-    // We write five. So many that a list of them would take minutes to show are no accounts.
+    // Five are written. A file with more than this is damaged, and its list would take minutes to show.
     constexpr quint32 limit = 1000;
     if (count > limit) {
         stream.setStatus(QDataStream::ReadCorruptData);
@@ -89,7 +89,7 @@ void writeTexts(QDataStream& stream, const QStringList& texts)
 void readAccountFile(AccountLists& accounts)
 {
     QFile file(filePath());
-    // A pipe of that name would have us wait for its other end.
+    // Opening a pipe of that name would wait for its other end.
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
         return;
     QDataStream stream(&file);

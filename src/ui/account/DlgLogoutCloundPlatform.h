@@ -5,9 +5,9 @@
 
 #include "toolkit/Dialog.h"
 
-/// Shows who is signed in, as of when the dialog was built, and offers to sign out: for while somebody is.
-/// The result is Accepted when the user has signed out; a dialog closed during the request gives Rejected all
-/// the same, so ask CloudAccountLogin::getLoginState().
+/// Shows who was signed in when the dialog was built, and offers to sign out. Build it while somebody is
+/// signed in. The result is Accepted when the user has signed out; it is Rejected when the dialog was closed
+/// during the request, even if that succeeds: ask CloudAccountLogin::getLoginState().
 ///
 /// GUI thread only. Signing out blocks for up to three requests of at most 5000 ms each: the dialog is
 /// disabled, painting and timers go on, and presses and keys meanwhile are dropped. The dialog and its

@@ -4,7 +4,7 @@
 #include "toolkit/Dialog.h"
 #include "ui/account/VerificationCode.h"
 
-/// Registers an account with the platform. Accepted when the platform has made it; nobody is signed in then.
+/// Registers an account with the platform. Accepted when the platform has made it, which signs nobody in.
 class DlgRegisterR2V : public Dialog
 {
     Q_OBJECT

@@ -44,7 +44,7 @@ QString DlgResetPassword::account() const
     return verification->account->text();
 }
 
-/// The host may keep the dialog. Unlike clear(), this leaves nothing to undo either.
+/// The host may keep the dialog. Unlike clear(), setText() empties the undo history too.
 void DlgResetPassword::hideEvent(QHideEvent* event)
 {
     if (!event->spontaneous())

@@ -14,12 +14,12 @@ class VerificationCode;
 } // namespace tav
 
 /// Sets a new password for the account of a phone number or e-mail address, with a code that the platform
-/// sends there. The result is Accepted when the platform has set it, unless the dialog was closed
-/// during the request. The session stays as it was, but for its last error and failure.
+/// sends there. The result is Accepted when the platform has set it, unless the dialog was closed during the
+/// request. The session stays as it was, except for its last error and failure.
 ///
 /// GUI thread only. A request blocks for at most 5000 ms: the dialog is disabled, painting and timers go on,
-/// and presses and keys meanwhile are dropped. The dialog and its parent may be destroyed,
-/// and the application may quit, meanwhile.
+/// and presses and keys meanwhile are dropped. The dialog and its parent may be destroyed, and the
+/// application may quit, meanwhile.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT DlgResetPassword : public Dialog
 {
     Q_OBJECT

@@ -32,7 +32,7 @@ PhoneLoginWidget::PhoneLoginWidget(QWidget* parent)
 
     connect(verification.tick, &QTimer::timeout, this, &PhoneLoginWidget::_updateTimeOut);
     connect(verification.button, &QPushButton::clicked, this, &PhoneLoginWidget::_slotGetVerifyCode);
-    // There are no such slots. The warnings that this gives are part of how the page behaves.
+    // These slots do not exist. Qt's warnings of that are part of how the page behaves.
     connect(verification.account, SIGNAL(textChanged(const QString&)), this,
         SLOT(_phoneNumChanged(const QString&)));
     connect(

@@ -38,7 +38,7 @@ void moveToFront(QStringList& list, int index, const QString& text)
 
 void RememberedAccounts::putInFront(const QString& name, const QString& password, const QString& flag)
 {
-    // An entry that our key does not open is kept as what comes out of it.
+    // An entry that was enciphered under another key is kept as what this key makes of it.
     for (QString& entry : lists.passwords)
         entry = enciphered(deciphered(entry));
 

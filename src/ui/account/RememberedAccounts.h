@@ -5,18 +5,19 @@
 
 namespace tav {
 
-/// The accounts that signed in with a password, the most recent first. The passwords are enciphered in here
-/// as they are in the file.
+/// The accounts that signed in with a password, the most recent first. The passwords are kept enciphered, as
+/// in the file.
 class RememberedAccounts
 {
 public:
-    /// Takes those of the account file, or nobody.
+    /// Reads the account file, if there is one.
     void load() { readAccountFile(lists); }
     void save() const { writeAccountFile(lists); }
 
-    /// For a sign-in that succeeded: as a new account, which drops the last of five, or with what is new
-    /// about one that is known. Names that differ in letter case are different accounts. \param flag "true"
-    /// when the password is to be filled in again, "false", or empty when nobody ever said
+    /// Puts an account in front after it has signed in: a new one, which drops the last of five, or a known
+    /// one, which gets the new password and flag. Names that differ in letter case are different accounts.
+    /// \param flag "true" when the password is to be filled in again, "false", or empty when the user never
+    /// chose
     void putInFront(const QString& name, const QString& password, const QString& flag);
 
     const QStringList& userNames() const { return lists.userNames; }

@@ -12,15 +12,16 @@ class QTimer;
 
 namespace tav {
 
-/// Whether it is an e-mail address; else it is a phone number.
+/// Whether \a address is an e-mail address; otherwise it is a phone number.
 inline bool isMail(const QString& address)
 {
     return address.contains(QLatin1Char('@'));
 }
 
-/// What the login page, the registration and the reset of a password have in common: a phone number or e-mail
-/// address, the code that the platform sends there, the button that asks for it, and the countdown in that
-/// button until it may be asked for again. The widgets and timers belong to the owner.
+/// What the login page, the registration and the reset of a password have in common: fields for a phone
+/// number or e-mail address and for the code that the platform sends there, the button that asks for the
+/// code, and the countdown in that button until it may be asked for again. The widgets and timers belong to
+/// the owner.
 class VerificationCode
 {
 public:
@@ -32,7 +33,7 @@ public:
     Answer request(Operation byPhone, Operation byMail) const;
 
     void startCountdown();
-    /// Shows the whole seconds left, or ends the countdown. For every timeout of the tick timer.
+    /// Shows the whole seconds left, or ends the countdown. Call it at every timeout of the tick timer.
     void updateCountdown();
 
     QLineEdit* const account;

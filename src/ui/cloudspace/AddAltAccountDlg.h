@@ -7,8 +7,8 @@
 
 class QLineEdit;
 
-/// Asks for one friend of the address book. Its owner titles it, and reads the three texts once it is
-/// accepted.
+/// A form for one friend of the address book. Whoever opens it sets its title, and reads the three texts once
+/// it is accepted.
 class AddAltAccountDlg : public Dialog
 {
     Q_OBJECT
@@ -16,7 +16,7 @@ class AddAltAccountDlg : public Dialog
 public:
     explicit AddAltAccountDlg(QWidget* parent);
 
-    /// Starts from a friend that there is, whose account stays.
+    /// Fills in an existing friend, whose account cannot be changed.
     void startFrom(const QString& friendName, const QString& friendAccount, const QString& friendCompany);
     QString name() const;
     QString account() const;

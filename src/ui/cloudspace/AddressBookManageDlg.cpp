@@ -84,8 +84,8 @@ int AddressBookManageDlg::selectedRow() const
     return rows.isEmpty() ? -1 : rows.first().row();
 }
 
-/// Asks the platform which entry \a account has now. False when there is none, or the window was
-/// closed or destroyed.
+/// Asks the platform which entry \a account has now. False when there is none, or the window was closed or
+/// destroyed.
 bool AddressBookManageDlg::findEntry(const QString& account, QString& id, const QString& complaint)
 {
     Friends friends;
@@ -136,7 +136,7 @@ void AddressBookManageDlg::_onAltRecord()
     QString id;
     if (!findEntry(account, id, complaint))
         return;
-    // In one go: who closes the window in between must not lose the friend.
+    // Both in one request function: when the window is closed in between, the friend must not be lost.
     const auto replace = [id, account, name, company](CloudFileManger& cloud) {
         return cloud.DelFromAddressBook(id) && cloud.AddToAddressBook(account, name, company);
     };

@@ -5,8 +5,8 @@
 
 namespace tav {
 
-/// A check box in the middle of a table's cell. Styles outline theirs in a shade of the window, which in a
-/// dark palette cannot be told from the table; this one's is of the text's colour.
+/// A check box in the middle of a table's cell. Styles outline check boxes in a shade of the window's colour,
+/// which cannot be seen on the table in a dark palette; this one has an outline in the text's colour.
 class CellCheckBox : public QCheckBox
 {
 public:

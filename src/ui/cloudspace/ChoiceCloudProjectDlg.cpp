@@ -76,8 +76,8 @@ void ChoiceCloudProjectDlg::loadFirst()
         table->setCurrentCell(row, NameColumn, QItemSelectionModel::NoUpdate);
 }
 
-/// Where the projects cannot be listed, those that the table has stay. False when the window was
-/// closed or destroyed meanwhile.
+/// When the projects cannot be listed, the table keeps those that it has. False when the window was closed or
+/// destroyed meanwhile.
 bool ChoiceCloudProjectDlg::load()
 {
     const Answer answer = ask(this, client, tr("Loading the cloud projects..."),
@@ -170,5 +170,5 @@ void ChoiceCloudProjectDlg::_onOpenCreateCloudProjectDlg()
     if (row >= 0)
         _onChangCBoxCheck(row);
     if (inform(this, tr("Add cloud project successfully!")))
-        table->setFocus(); // where Enter is OK, and not another project
+        table->setFocus(); // where Enter presses OK, and does not add another project
 }

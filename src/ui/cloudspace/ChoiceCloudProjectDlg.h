@@ -23,7 +23,7 @@ public:
     /// Asks the platform for the projects once it is shown.
     /// \param manager What the user confirms becomes its current project.
     /// \param chosen receives the project that the user checks; must outlive the dialog
-    /// \param projectName, projectId the current project, where the keyboard begins
+    /// \param projectName, projectId the current project, where the arrow keys start
     ChoiceCloudProjectDlg(CloudFileManger* manager, CloudFileManger::ShareProjectInfo* chosen,
         QString projectName, QString projectId, QWidget* parent);
 

@@ -28,7 +28,7 @@ public:
         QWidget* parent);
 
 signals:
-    /// Something came into the user's cloud space.
+    /// Emitted when something was added to the user's cloud space.
     void refreshMyCloudSpace();
 
 protected:
@@ -63,7 +63,7 @@ private:
     bool upload(const QString& path, QString& fileId, const QString& button = QString());
 
     tav::CloudHandle client;
-    QMap<QString, QString> fileTypes; // from the suffix in lower case to the platform's support type
+    QMap<QString, QString> fileTypes; ///< from the suffix in lower case to the platform's support type
     QClipboard* clipboard;
     QString account;
     QString fourthText;
@@ -80,8 +80,8 @@ private:
     QLabel* groupsCaption;
     tav::RecordTable* friendsTable;
     tav::RecordTable* groupsTable;
-    QList<QWidget*> pages; // one for each mode
-    QList<QPushButton*> shareButtons; // theirs
+    QList<QWidget*> pages; ///< one for each mode
+    QList<QPushButton*> shareButtons; ///< one on each page
     int mode = 0;
     QPushButton* extractButton;
 };

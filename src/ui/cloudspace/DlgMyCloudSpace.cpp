@@ -20,7 +20,7 @@ DlgMyCloudSpace::DlgMyCloudSpace(CloudFileManger* manager, QMap<QString, QString
 {
     const CloudHandle client = handleOn(manager);
     const BuiltApart apart(this);
-    // Nothing of this window is on the screen while the platform is asked: the one below tells of it.
+    // This window is not on the screen yet while the platform is asked: its parent shows the wait.
     std::optional<Waiting> waiting;
     if (parent && parent->isVisible())
         waiting.emplace(parent, tr("Loading the cloud space..."));

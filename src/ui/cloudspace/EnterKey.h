@@ -4,16 +4,19 @@
 #include <QKeyEvent>
 #include <QPushButton>
 
-namespace tav {
-
+/// \file
 /// In the tabs of the cloud space Enter presses what has the focus, and never a button elsewhere that the
 /// dialog takes for its default.
+
+namespace tav {
+
+/// Whether it is one of the two keys that mean Enter.
 inline bool isEnter(const QKeyEvent* event)
 {
     return event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
 }
 
-/// Takes the buttons of \a tab out of the dialog's hands.
+/// Keeps the dialog from making a button of \a tab its default.
 inline void leaveEnterTo(const QWidget* tab)
 {
     for (QPushButton* button : tab->findChildren<QPushButton*>())

@@ -23,7 +23,7 @@ using namespace tav;
 
 namespace {
 
-/// What the items know besides their texts, which are names that anybody may have chosen.
+/// What identifies an item: its text is a name that somebody chose, and proves nothing.
 enum Role
 {
     GroupIdRole = Qt::UserRole, ///< of a group
@@ -186,8 +186,8 @@ std::optional<GroupManageDlg::SelectedGroup> GroupManageDlg::selectedGroup(const
     return owned ? std::make_optional(SelectedGroup{id, *owned}) : std::nullopt;
 }
 
-/// Whether the user manages the group now, as far as the platform tells. Nothing when the window was
-/// closed or destroyed meanwhile.
+/// Whether the user manages the group now; false too when the platform does not tell. Nothing when the window
+/// was closed or destroyed meanwhile.
 std::optional<bool> GroupManageDlg::isOwner(const QString& groupId)
 {
     Members members;
@@ -262,8 +262,8 @@ void GroupManageDlg::_onDelGroup()
         deleteWithMembers(group->id);
 }
 
-/// The members first, the manager among them. In one go: a window that is closed in between leaves no half of
-/// a group.
+/// Removes the members first, the manager included. All in one request function: when the window is closed in
+/// between, the group must not be left half deleted.
 void GroupManageDlg::deleteWithMembers(const QString& groupId)
 {
     const auto request = [groupId](CloudFileManger& cloud) {

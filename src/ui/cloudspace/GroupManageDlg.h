@@ -55,5 +55,5 @@ private:
     QStandardItemModel* model;
     QTreeView* tree;
     QIcon rootIcon, groupIcon, managerIcon, memberIcon;
-    QLabel* hint; // what the tree cannot say
+    QLabel* hint; ///< why the tree is empty
 };

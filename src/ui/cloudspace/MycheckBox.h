@@ -5,7 +5,7 @@
 
 class QCheckBox;
 
-/// A check box in the middle of a table's cell, which tells its row when it becomes checked.
+/// A check box in the middle of a table's cell, which signals its row when it becomes checked.
 class MycheckBox : public QWidget
 {
     Q_OBJECT

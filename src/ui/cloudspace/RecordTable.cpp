@@ -18,9 +18,9 @@ namespace tav {
 
 namespace {
 
-constexpr int letters = 30; ///< of a text that is read without effort
+constexpr int letters = 30; ///< that should be seen of a long text
 
-/// Takes from the widest of \a widths, but not below \a least, until together they fit \a room.
+/// Narrows the widest of \a widths, but not below \a least, until together they fit \a room.
 void narrow(QVector<int>& widths, const QVector<int>& least, int room)
 {
     for (int excess = std::accumulate(widths.cbegin(), widths.cend(), 0) - room; excess > 0; --excess) {

@@ -39,7 +39,7 @@ bool isArrow(int key)
     return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
 }
 
-/// Read once, and destroyed before the application is: thousands of tiles have these two.
+/// Loaded once, since thousands of tiles use them, and destroyed before the application object.
 struct Icons : QObject
 {
     Icons()
@@ -66,7 +66,7 @@ public:
 protected:
     bool event(QEvent* event) override
     {
-        // The tile says what is in its tooltip.
+        // Left to the tile, which has a tooltip of its own.
         return event->type() == QEvent::ToolTip ? QLabel::event(event)
                                                 : isTooEarly(this, event) || ElidedLabel::event(event);
     }
@@ -92,7 +92,7 @@ QHBoxLayout* centred(QWidget* widget)
 
 } // namespace
 
-/// Enter clicks it as Space does. The arrow keys are the area's.
+/// Enter clicks it as Space does. The arrow keys are left to the area.
 class TavFileButton::IconButton : public QPushButton
 {
 public:
@@ -148,7 +148,7 @@ TavFileButton::TavFileButton(QString elementName, int elementType, QWidget* pare
     icon->setAccessibleName(name);
     label = new NameLabel(name, nameWidth(this), nameLines);
     label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    // Its stretches would else take all the room that there is in a row of few.
+    // Its stretches would otherwise take all the room in a row of few tiles.
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     // The colour of a selected tile fills all of it.
     setAttribute(Qt::WA_StyledBackground);
@@ -173,7 +173,7 @@ int TavFileButton::widthIn(const QWidget* widget)
     return nameWidth(widget) + 2 * margin;
 }
 
-/// The whole name where the tile does not show it, and not in the colours of the tile's style sheet.
+/// Shows the whole name where the tile elides it, and not in the colours of the tile's style sheet.
 bool TavFileButton::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)

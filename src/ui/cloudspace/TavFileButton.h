@@ -10,7 +10,7 @@ class ElidedLabel;
 } // namespace tav
 
 /// The tile of one file or folder: its icon above its name. The first click selects, the next one opens. A
-/// tile never deselects itself; whoever has several does that.
+/// tile never deselects itself; its owner does.
 class TavFileButton : public QWidget
 {
     Q_OBJECT
@@ -24,20 +24,20 @@ public:
     /// Selects or deselects, and colours the tile accordingly.
     void setSelected(bool on);
 
-    /// Tells it from the others of its name: a number on its icon, and \a which behind its name where there
-    /// is room for more, in its tooltip and for screen readers.
+    /// Distinguishes it from other tiles of its name: by \a number on its icon, and by \a which behind the
+    /// name in its tooltip and its accessible name.
     void setNamesake(int number, const QString& which);
     /// The name, with what tells it from others of that name.
     QString getDescription() const;
 
     bool selected = false;
-    /// What it stands for. For whoever placed it, and borrowed.
+    /// The element that it stands for: set by its owner, and borrowed.
     ITreeElement* element = nullptr;
 
     /// All tiles are of one size, whatever their names: a grid of thousands needs not ask each.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
-    /// How wide they are with the font of \a widget.
+    /// The width of a tile with the font of \a widget.
     static int widthIn(const QWidget* widget);
 
 signals:
@@ -56,6 +56,6 @@ private:
     IconButton* icon;
     tav::ElidedLabel* label;
     QString name;
-    QString whichOfName; // empty when it is the only one
+    QString whichOfName; ///< empty when it is the only one
     int type;
 };

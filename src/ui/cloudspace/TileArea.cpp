@@ -26,7 +26,7 @@ constexpr char barStyle[] = "QScrollBar{background:#ececec;border:none;}"
                             "QScrollBar::add-page,QScrollBar::sub-page{background:none;}";
 } // namespace
 
-/// Takes the place that the area gives it, which is not the area's own rectangle.
+/// A layout that gets its rectangle from place(), not from the size of the area.
 class TileArea::ScrolledLayout : public QVBoxLayout
 {
 public:
@@ -55,7 +55,7 @@ TileArea::TileArea(QGridLayout* tiles, QWidget* parent)
     fitMinimumHeight();
     setStyleSheet("background-color:#ffffff;");
     setFrameShape(NoFrame);
-    // The area's white would leave nothing of the style's own bars.
+    // The area's white background would make the style's own scroll bars invisible.
     for (QScrollBar* bar : {horizontalScrollBar(), verticalScrollBar()})
         bar->setStyleSheet(barStyle);
     auto* row = new QHBoxLayout;
@@ -67,7 +67,7 @@ TileArea::TileArea(QGridLayout* tiles, QWidget* parent)
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { revealFocus(now); });
 }
 
-/// Three rows of tiles; less on a small screen, which needs the rest for what is around them.
+/// Room for three rows of tiles; less on a small screen, which needs room for the rest of the window.
 void TileArea::fitMinimumHeight()
 {
     const int available = screen()->availableGeometry().height();
@@ -80,7 +80,7 @@ void TileArea::addTile(QWidget* tile, int row, int column)
     QSizePolicy keepsPlace = tile->sizePolicy();
     keepsPlace.setRetainSizeWhenHidden(true);
     tile->setSizePolicy(keepsPlace);
-    if (isVisible()) // until it is known whether it can be seen
+    if (isVisible()) // until it is known whether it is in view
         tile->hide();
     grid->addWidget(tile, row, column);
 }
@@ -106,7 +106,7 @@ void TileArea::focusFirst()
         setFocus();
 }
 
-/// A wheel turned over a tile comes here and not to the viewport.
+/// The wheel events of a tile come here and not to the viewport.
 bool TileArea::event(QEvent* event)
 {
     if (event->type() != QEvent::Wheel)
@@ -203,8 +203,8 @@ void TileArea::arrange()
     scroll();
 }
 
-/// Moves the tiles that can be seen from where the layout has them, and hides the others. The layout, which
-/// would look at every tile again, is left alone.
+/// Moves the tiles that are in view from where the layout has them, and hides the others. The layout itself
+/// stays as it is: it would go through all tiles again.
 void TileArea::scroll()
 {
     const QScopedValueRollback<bool> guard(scrolling, true);
@@ -214,7 +214,7 @@ void TileArea::scroll()
         const QRect place = placeOf(i);
         // A row more on each side: the keyboard goes there next.
         const QRect near = viewport()->geometry().adjusted(0, -2 * place.height(), 0, 2 * place.height());
-        // The focus stays where it is when it is scrolled away.
+        // The tile with the focus keeps it when it is scrolled away.
         const bool shown = near.intersects(place) || tile->isAncestorOf(focused);
         if (shown)
             tile->setGeometry(place);

@@ -8,8 +8,8 @@ class QVBoxLayout;
 
 namespace tav {
 
-/// The scroll area of the tiles. Its layout is its own, without a widget to scroll: it moves the layout
-/// instead, and keeps the tiles that cannot be seen hidden, so that thousands of them cost nothing.
+/// The scroll area of the tiles. Instead of a widget with the tiles in it, it scrolls its own layout, and
+/// hides the tiles that are out of view, so that thousands of them cost little.
 class TileArea : public QScrollArea
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ public:
     TileArea(QGridLayout* tiles, QWidget* parent);
 
     void addTile(QWidget* tile, int row, int column);
-    /// What stands in the area while the grid is empty.
+    /// The text that the area shows while the grid is empty.
     void setEmptyText(const QString& text);
     void scrollToTop();
     /// Gives the first tile the focus, or the area when it is empty.
@@ -41,9 +41,9 @@ private:
     void fitMinimumHeight();
     void arrange();
     void scroll();
-    /// Where a tile is, as far as the area has been scrolled; one that is hidden may not have gone there yet.
+    /// The place of a tile at the present scroll position; a hidden tile may not have been moved there yet.
     QRect placeOf(int index) const;
-    /// The number in the grid of the tile that has \a widget; -1 when it is no tile.
+    /// The index in the grid of the tile that contains \a widget; -1 if none does.
     int indexOf(const QWidget* widget) const;
     void revealFocus(QWidget* focused);
 
