@@ -35,5 +35,5 @@ install_node_modules() {
 install_packages
 install_node_modules || exit 1
 
-# What one build directory compiled serves the others.
-export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+# What one build directory compiled serves the others. Only so does ccache keep what is compiled with a precompiled header.
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
