@@ -16,7 +16,7 @@ public:
     explicit PropertySet(const AttributeDictionary* attributes)
     {
         const auto copy = [](const char* key, const char* value, void* context) {
-            static_cast<PropertySet*>(context)->m_values.emplace(key, value);
+            static_cast<PropertySet*>(context)->values.emplace(key, value);
         };
         dic_for_each(attributes, copy, this);
     }
@@ -25,28 +25,28 @@ public:
     {
         if (!key)
             return nullptr;
-        const auto found = m_values.find(key);
-        return found == m_values.end() ? nullptr : found->second.c_str();
+        const auto found = values.find(key);
+        return found == values.end() ? nullptr : found->second.c_str();
     }
 
 private:
-    std::map<std::string, std::string, std::less<>> m_values;
+    std::map<std::string, std::string, std::less<>> values;
 };
 
-/// The children hang on their parent as a doubly linked list, so that adding and leaving take constant time.
+/// The children of an element form a doubly linked list, so that adding and removing one take constant time.
 class TreeElement final : public ITreeElement
 {
 public:
     TreeElement(const char* name, const AttributeDictionary* attributes)
-        : m_name(name ? name : "")
-        , m_properties(attributes)
+        : ownName(name ? name : "")
+        , propertySet(attributes)
     {
     }
 
-    const char* name() const override { return m_name.c_str(); }
-    ITreeElement* firstChild() const override { return m_firstChild; }
-    ITreeElement* nextSibling() const override { return m_next; }
-    const IPropertySet& properties() const override { return m_properties; }
+    const char* name() const override { return ownName.c_str(); }
+    ITreeElement* firstChild() const override { return first; }
+    ITreeElement* nextSibling() const override { return next; }
+    const IPropertySet& properties() const override { return propertySet; }
     ITreeElement* findChild(const char* name) const override;
     void addChild(ITreeElement* child) override;
 
@@ -56,22 +56,22 @@ public:
 private:
     bool hasAncestorOrIs(const TreeElement* other) const;
 
-    std::string m_name;
-    PropertySet m_properties;
-    TreeElement* m_parent = nullptr;
-    TreeElement* m_firstChild = nullptr;
-    TreeElement* m_lastChild = nullptr;
-    TreeElement* m_previous = nullptr;
-    TreeElement* m_next = nullptr;
+    std::string ownName;
+    PropertySet propertySet;
+    TreeElement* parent = nullptr;
+    TreeElement* first = nullptr;
+    TreeElement* last = nullptr;
+    TreeElement* previous = nullptr;
+    TreeElement* next = nullptr;
 };
 
 ITreeElement* TreeElement::findChild(const char* name) const
 {
     if (!name)
         return nullptr;
-    TreeElement* child = m_firstChild;
-    while (child && child->m_name != name)
-        child = child->m_next;
+    TreeElement* child = first;
+    while (child && child->ownName != name)
+        child = child->next;
     return child;
 }
 
@@ -79,47 +79,47 @@ void TreeElement::addChild(ITreeElement* element)
 {
     // Null, or of a class that is not ours, where the links could not be kept.
     auto* child = dynamic_cast<TreeElement*>(element);
-    if (!child || child->m_parent || hasAncestorOrIs(child))
+    if (!child || child->parent || hasAncestorOrIs(child))
         return;
-    child->m_parent = this;
-    child->m_previous = m_lastChild;
-    (m_lastChild ? m_lastChild->m_next : m_firstChild) = child;
-    m_lastChild = child;
+    child->parent = this;
+    child->previous = last;
+    (last ? last->next : first) = child;
+    last = child;
 }
 
 bool TreeElement::hasAncestorOrIs(const TreeElement* other) const
 {
-    // Without children it is nobody's ancestor: this is what keeps growing a deep tree leaf by leaf linear.
-    if (!other->m_firstChild)
+    // An element without children has no descendants: with this, building a deep tree leaf by leaf is linear.
+    if (!other->first)
         return other == this;
     const TreeElement* element = this;
     while (element && element != other)
-        element = element->m_parent;
+        element = element->parent;
     return element;
 }
 
 void TreeElement::leaveParent()
 {
-    if (!m_parent)
+    if (!parent)
         return;
-    (m_previous ? m_previous->m_next : m_parent->m_firstChild) = m_next;
-    (m_next ? m_next->m_previous : m_parent->m_lastChild) = m_previous;
-    m_parent = m_previous = m_next = nullptr;
+    (previous ? previous->next : parent->first) = next;
+    (next ? next->previous : parent->last) = previous;
+    parent = previous = next = nullptr;
 }
 
-/// Destroys a tree whose \a top has no parent. Children go before their parent, and a parent whose children
-/// are on their way no longer names them, so the walk needs neither recursion nor a stack.
+/// Destroys a tree whose \a top has no parent. An element drops the link to its children before they are
+/// destroyed and is itself destroyed after them, so the walk needs neither recursion nor a stack.
 void TreeElement::destroy(TreeElement* top)
 {
     TreeElement* element = top;
     while (element) {
-        if (TreeElement* child = std::exchange(element->m_firstChild, nullptr)) {
+        if (TreeElement* child = std::exchange(element->first, nullptr)) {
             element = child;
             continue;
         }
-        TreeElement* next = element->m_next ? element->m_next : element->m_parent;
+        TreeElement* following = element->next ? element->next : element->parent;
         delete element;
-        element = next;
+        element = following;
     }
 }
 

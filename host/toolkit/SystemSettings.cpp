@@ -8,14 +8,14 @@ namespace {
 class ProcessSettings final : public ISystemSettings
 {
 public:
-    QString lastDirectory() const override { return m_lastDirectory; }
-    void setLastDirectory(const QString& directory) override { m_lastDirectory = directory; }
-    QSize windowSize(const QString& window) const override { return m_sizes.value(window); }
-    void setWindowSize(const QString& window, const QSize& size) override { m_sizes[window] = size; }
+    QString lastDirectory() const override { return lastUsed; }
+    void setLastDirectory(const QString& directory) override { lastUsed = directory; }
+    QSize windowSize(const QString& window) const override { return sizes.value(window); }
+    void setWindowSize(const QString& window, const QSize& size) override { sizes[window] = size; }
 
 private:
-    QString m_lastDirectory;
-    QHash<QString, QSize> m_sizes;
+    QString lastUsed;
+    QHash<QString, QSize> sizes;
 };
 
 ProcessSettings processSettings;

@@ -46,7 +46,7 @@ void FieldGrid::addField(const QString& label, QWidget* field, QWidget* beside)
         field->setMinimumWidth(qMax(field->minimumWidth(), textWidth(field, edit->placeholderText())));
 }
 
-void takeNoBlanks(QLineEdit* field)
+void removeBlanksFrom(QLineEdit* field)
 {
     QObject::connect(field, &QLineEdit::textChanged, field, [field](QString text) {
         const auto isBlank = [](QChar c) { return c.isSpace() || !c.isPrint(); };

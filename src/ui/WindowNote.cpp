@@ -13,8 +13,8 @@ constexpr int maximumLines = 3;
 
 WindowNote::WindowNote(QWidget* owner, const QString& text, QWidget* over)
     : QLabel(owner)
-    , all(QString(text).replace('\n', ' '))
-    , ground(over ? over : owner)
+    , wholeText(QString(text).replace('\n', ' '))
+    , covered(over ? over : owner)
 {
     // The colours of a tooltip belong together in every palette.
     setForegroundRole(QPalette::ToolTipText);
@@ -26,7 +26,7 @@ WindowNote::WindowNote(QWidget* owner, const QString& text, QWidget* over)
     setMargin(fontMetrics().height() / 3);
     place();
     show();
-    ground->installEventFilter(this);
+    covered->installEventFilter(this);
 }
 
 bool WindowNote::eventFilter(QObject* watched, QEvent* event)
@@ -38,9 +38,9 @@ bool WindowNote::eventFilter(QObject* watched, QEvent* event)
 
 void WindowNote::place()
 {
-    const QRect room = ground == parentWidget() ? ground->rect() : ground->geometry();
+    const QRect room = covered == parentWidget() ? covered->rect() : covered->geometry();
     const int gap = fontMetrics().height();
-    setText(fittingLines(all, font(), room.width() - 3 * gap, maximumLines).join('\n'));
+    setText(fittingLines(wholeText, font(), room.width() - 3 * gap, maximumLines).join('\n'));
     adjustSize();
     move(room.center().x() - width() / 2, room.bottom() - height() - gap / 2);
     raise();

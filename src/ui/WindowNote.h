@@ -5,15 +5,15 @@
 
 namespace tav {
 
-/// A few lines that lie on a window's contents, at the bottom, for as long as they live. Cut when they are
-/// too long, and shown as they are, never as rich text.
+/// A few lines of text over the bottom of a window's contents, for as long as the note lives. A text that is
+/// too long is elided; it is shown as it is, never as rich text.
 class WindowNote : public QLabel
 {
     Q_OBJECT
 
 public:
     /// \param owner owns it
-    /// \param over which child of \a owner it lies on; all of \a owner by default
+    /// \param over the child of \a owner that it covers; by default \a owner itself
     WindowNote(QWidget* owner, const QString& text, QWidget* over = nullptr);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -21,8 +21,8 @@ public:
 private:
     void place();
 
-    QString all;
-    QWidget* ground;
+    QString wholeText;
+    QWidget* covered;
 };
 
 } // namespace tav

@@ -52,8 +52,8 @@ public:
     }
 
 private:
-    /// Plain blue cannot be read on a dark window. It is the parent's that shows through: the button's own
-    /// palette is what its style sheet made of it.
+    /// Plain blue cannot be read on a dark window. The parent's palette decides, which shows through; the
+    /// style sheet changes the button's own.
     void takeColour()
     {
         const bool dark = parentWidget()->palette().color(QPalette::Window).lightness() < 128;
@@ -92,14 +92,14 @@ DlgLoginCloundPlatform::DlgLoginCloundPlatform(QWidget* parent)
     layout->addWidget(tabs);
     layout->addLayout(buttons);
     phonePage->accountField()->setFocus();
-    if (passwordPage->remembersSomebody())
+    if (passwordPage->hasRememberedAccounts())
         tabs->setCurrentIndex(PasswordTab);
 
     connect(registerButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_register);
     connect(forgottenButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_retrievePassword);
     connect(loginButton, &QPushButton::clicked, this, &DlgLoginCloundPlatform::_login);
     connect(exitButton, &QPushButton::clicked, this, &QDialog::reject);
-    connect(this, &QDialog::accepted, phonePage->codeField(), &QLineEdit::clear); // it is used up
+    connect(this, &QDialog::accepted, phonePage->codeField(), &QLineEdit::clear); // a code is valid once
 }
 
 void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
@@ -114,7 +114,7 @@ void DlgLoginCloundPlatform::showEvent(QShowEvent* event)
     Dialog::showEvent(event);
 }
 
-/// The host may keep the dialog, and show it again.
+/// The host may keep the dialog and show it again.
 void DlgLoginCloundPlatform::hideEvent(QHideEvent* event)
 {
     if (!event->spontaneous())
@@ -182,6 +182,6 @@ void DlgLoginCloundPlatform::loginByPassword()
     // Also when the dialog was closed meanwhile: the user has signed in with it.
     if (signedIn && page)
         page->saveRememberedAccount(userName, password);
-    password.clear(); // before the box, which may stand for long
+    password.clear(); // before the box, which may stay open for long
     conclude(this, answer, tr("login successfully!"));
 }

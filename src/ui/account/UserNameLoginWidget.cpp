@@ -19,7 +19,7 @@ namespace {
 
 constexpr char shownProperty[] = "shown";
 
-/// Who rolls the mouse wheel means what is below, and not another account.
+/// Ignores the mouse wheel, which could change the account unnoticed.
 class NameBox : public QComboBox
 {
 public:
@@ -29,7 +29,7 @@ protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 };
 
-/// Keeps what is typed on a button within a text field from the field, to which Qt would pass it on.
+/// Stops key presses on a button inside a text field, which Qt would pass on to the field.
 class ButtonKeys : public QObject
 {
 public:
@@ -65,7 +65,7 @@ UserNameLoginWidget::UserNameLoginWidget(QWidget* parent)
     userName->setEditable(true);
     // Enter is for the dialog's button, not for a new entry.
     userName->setInsertPolicy(QComboBox::NoInsert);
-    // A name is the one that was typed, also when another begins with it: a password follows.
+    // No completion to another name that begins like the one typed: the password is sent to this one.
     userName->setCompleter(nullptr);
     // A long name must not widen the dialog.
     userName->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -96,7 +96,7 @@ QLineEdit* UserNameLoginWidget::userNameField() const
     return userName->lineEdit();
 }
 
-bool UserNameLoginWidget::remembersSomebody() const
+bool UserNameLoginWidget::hasRememberedAccounts() const
 {
     return !accounts.userNames().isEmpty();
 }
@@ -113,7 +113,7 @@ void UserNameLoginWidget::askForPassword(const QString& name)
         userName->setCurrentIndex(userName->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive));
         userName->setEditText(name);
     }
-    password->setText(QString()); // one that is remembered is an old one
+    password->setText(QString()); // a remembered one is out of date
     password->setFocus();
 }
 
@@ -134,7 +134,7 @@ void UserNameLoginWidget::saveRememberedAccount(const QString& name, const QStri
     accounts.putInFront(name, clearPassword, currentFlag);
     accounts.save();
 
-    // The dialog may be shown again: what is chosen from the box must be the account at the same place.
+    // The dialog may be shown again: an index in the box must be that of the account.
     const QSignalBlocker quiet(userName);
     userName->clear();
     userName->addItems(accounts.userNames());
@@ -150,7 +150,7 @@ void UserNameLoginWidget::fillInRemembered()
 
 void UserNameLoginWidget::forgetPassword()
 {
-    password->setText(QString()); // unlike clear(), this leaves nothing to undo either
+    password->setText(QString()); // unlike clear(), this empties the undo history too
     showPassword(false);
     forgotten = true;
 }
@@ -167,7 +167,7 @@ void UserNameLoginWidget::_userNameIndexChanged(int index)
 void UserNameLoginWidget::_userNameChanged(const QString&)
 {
     const int index = userName->currentIndex();
-    // The first account's password is cleared as well: what is being typed is another name.
+    // The first account's password is cleared too: another name is being typed.
     password->setText(index > 0 ? accounts.passwordOf(index) : QString());
 }
 

@@ -21,20 +21,20 @@ public:
     QLineEdit* userNameField() const;
     QLineEdit* passwordField() const { return password; }
 
-    /// Puts the account in front of those in the account file: for a sign-in that succeeded.
+    /// Puts an account that has signed in in front of those in the account file.
     void saveRememberedAccount(const QString& name, const QString& clearPassword);
 
-    /// Whether somebody signed in with a password before.
-    bool remembersSomebody() const;
-    /// The user may go on with the name that is there, or type another one over it.
+    /// Whether any account signed in with a password before.
+    bool hasRememberedAccounts() const;
+    /// Focuses the name and selects it, so that the user may keep it or type over it.
     void offerName();
-    /// Leads the user on to the password of \a name, an account with a new password. Without a name, of the
-    /// one that is there.
+    /// Fills in \a name, an account with a new password, and focuses the empty password field. Without a
+    /// name, the one that is there stays.
     void askForPassword(const QString& name);
 
     /// Fills in the password of the remembered account that is chosen, unless there is one in the field.
     void fillInRemembered();
-    /// Leaves no password in clear behind.
+    /// Empties the password field, so that no password stays in it in clear.
     void forgetPassword();
 
 private slots:
@@ -54,5 +54,5 @@ private:
 
     tav::RememberedAccounts accounts;
     QString currentFlag;
-    bool forgotten = false; // the password field was emptied when the dialog was hidden
+    bool forgotten = false; ///< the password field was emptied when the dialog was hidden
 };

@@ -23,11 +23,11 @@ VerificationCode::VerificationCode(QWidget* owner, const QString& buttonText)
     , countdown(new QTimer(owner))
     , idleText(buttonText)
 {
-    takeNoBlanks(code);
+    removeBlanksFrom(code);
     tick->setObjectName(QStringLiteral("tickTimer"));
     countdown->setObjectName(QStringLiteral("countdownTimer"));
     countdown->setSingleShot(true);
-    // A coarse timer may be a second late, and would begin with 120 s.
+    // A coarse timer may end later than it was told, and the countdown would begin above 119 s.
     countdown->setTimerType(Qt::PreciseTimer);
 }
 
@@ -43,11 +43,11 @@ Answer VerificationCode::request(Operation byPhone, Operation byMail) const
 
 void VerificationCode::startCountdown()
 {
-    if (button->window()->focusWidget() == button) // also while a box has just been in front
+    if (button->window()->focusWidget() == button) // also right after a message box
         code->setFocus();
-    // The shorter text of the countdown must not make the row jump.
+    // The shorter text of the countdown must not narrow the button.
     button->setMinimumWidth(button->sizeHint().width());
-    // Not only at the first tick: until then another press would ask again.
+    // Now, not at the first tick: another press before it would send a second request.
     button->setEnabled(false);
     tick->start(tickMs);
     countdown->start(countdownMs);

@@ -76,7 +76,7 @@ QLabel* labelFor(QWidget* field, const QString& text)
     return label;
 }
 
-/// What all modes have: for how long, and the button that shares.
+/// The controls that all modes have: until when to share, and the button that shares.
 QHBoxLayout* shareRow(QComboBox* expiry, QPushButton* share)
 {
     auto* row = new QHBoxLayout;
@@ -103,8 +103,8 @@ QStringList checkedTexts(const RecordTable* table, int column)
     return texts;
 }
 
-/// Puts \a records into \a table. Who was checked stays so, as far as still there: a list is fetched again in
-/// the middle of a share.
+/// Replaces the rows of \a table by \a records. What was checked and is still there stays checked: the list
+/// may be fetched again while the user prepares a share.
 void refill(RecordTable* table, const QVector<QStringList>& records, int keyColumn)
 {
     const QStringList checked = checkedTexts(table, keyColumn);
@@ -116,7 +116,7 @@ void refill(RecordTable* table, const QVector<QStringList>& records, int keyColu
     table->fitColumns();
 }
 
-/// A page without margins of its own: it stands in a box that has some.
+/// A page without margins: the box around it has some.
 QVBoxLayout* newPage()
 {
     auto* layout = new QVBoxLayout(new QWidget);
@@ -187,7 +187,7 @@ CloudShareTabWidget::CloudShareTabWidget(CloudFileManger* manager, QString proje
     loadGroups();
 }
 
-/// Enter in a field presses the button that the field is for.
+/// Enter in a field presses the button that uses the field.
 void CloudShareTabWidget::keyPressEvent(QKeyEvent* event)
 {
     if (!isEnter(event))
@@ -225,7 +225,7 @@ QWidget* CloudShareTabWidget::makeAnonymousPage()
     auto* share = new QPushButton(tr("Share"));
     shareButtons.append(share);
     codeEdit = new QLineEdit;
-    takeNoBlanks(codeEdit);
+    removeBlanksFrom(codeEdit);
     auto* paste = new QPushButton(tr("Paste"));
     extractButton = new QPushButton(tr("Extract"));
     connect(share, &QPushButton::clicked, this, &CloudShareTabWidget::_onAnonymousShare);
@@ -280,7 +280,7 @@ void CloudShareTabWidget::showMode(int chosen)
         pages[i]->setVisible(i == mode);
 }
 
-// Each is called for the button that is switched off too, always before the one that is switched on.
+// toggled() comes for the button that is switched off too, always before the one that is switched on.
 void CloudShareTabWidget::_onChangeAnonymousShare()
 {
     showMode(0);
@@ -367,7 +367,7 @@ void CloudShareTabWidget::_onOpenGroupManageDlg()
         loadGroups();
 }
 
-/// The path of the file to share; empty when there is none, which the user knows then.
+/// The path of the file to share; empty when there is none, after saying so.
 QString CloudShareTabWidget::fileToShare(const QString& button)
 {
     const QString path = pathEdit->text();
@@ -463,7 +463,7 @@ void CloudShareTabWidget::_onGroupShare()
     QString fileId;
     if (path.isEmpty() || !chooseProject() || !upload(path, fileId))
         return;
-    // Only now: the file is in the cloud, whether a group was chosen or not.
+    // Not before the upload: the file goes into the cloud whether a group was chosen or not.
     int groups = 0;
     for (int row = 0; row < groupsTable->rowCount(); ++row) {
         if (!boxOf(groupsTable, row)->isChecked())

@@ -16,7 +16,7 @@ JoinGroupDlg::JoinGroupDlg(QClipboard* systemClipboard, QWidget* parent)
     , codeEdit(new QLineEdit(this))
 {
     setWindowTitle(tr("Join group by invitation code"));
-    takeNoBlanks(codeEdit);
+    removeBlanksFrom(codeEdit);
     codeEdit->setPlaceholderText(tr("Please enter the invitation code"));
     auto* pasteButton = new QPushButton(tr("Paste"), this);
     auto* joinButton = new QPushButton(tr("Join the group"), this);
