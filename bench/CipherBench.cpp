@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The cipher beside the OpenSSL library, which main() has told to leave the processor's AES instructions
-// alone.
+// The cipher beside the OpenSSL library, which main() has told not to use the processor's AES instructions.
 #include "crypto/AccountCipher.h"
 #include "crypto/QAESEncryption.h"
 

@@ -30,8 +30,8 @@ size_t numberAfter(const std::string& text, const std::string& mark)
     return at == std::string::npos ? 0 : std::strtoull(text.c_str() + at + mark.size(), nullptr, 10);
 }
 
-/// What a request gets that is not for a blob: the drawing back, as many projects as the target's name asks
-/// for, or something small.
+/// The reply to a request that is not for a blob: the drawing, as many projects as the target's name says, or
+/// a small object.
 std::string textFor(const std::string& head, const std::string& body)
 {
     const size_t begin = body.find("<file>");

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int blobMiB = 256;
-constexpr double patience = 60000;
+constexpr double timeoutMs = 60000;
 
 /// A folder with a file to upload, made once.
 const QTemporaryDir& folder()
@@ -40,7 +40,7 @@ void getOurs(benchmark::State& state)
     for (auto _ : state) {
         ResultMap result;
         QString error;
-        if (!httpGet(result, error, peerAddress() + "/small", {}, patience))
+        if (!httpGet(result, error, peerAddress() + "/small", {}, timeoutMs))
             state.SkipWithError("failed");
     }
 }
@@ -53,7 +53,7 @@ void getByHand(benchmark::State& state)
     }
 }
 
-/// Runs \a exchange of blobMiB bytes a time, and records the throughput and how far memory rose.
+/// Runs \a exchange, of blobMiB each time, and records the throughput and how far memory rose.
 template <typename Exchange>
 void transfer(benchmark::State& state, const Exchange& exchange)
 {
@@ -75,7 +75,7 @@ void uploadOurs(benchmark::State& state)
         ResultMap result;
         QString error;
         return httpPostMultipart(result, error, peerAddress() + "/sink", {}, {{"projectId", "1"}},
-            folder().filePath("blob"), patience);
+            folder().filePath("blob"), timeoutMs);
     });
 }
 
@@ -115,7 +115,7 @@ void downloadOurs(benchmark::State& state)
         ResultMap unused;
         QString error;
         return httpGetToFile(
-            unused, error, peerAddress() + blobPath(), folder().filePath("ours"), {}, patience);
+            unused, error, peerAddress() + blobPath(), folder().filePath("ours"), {}, timeoutMs);
     });
 }
 

@@ -5,7 +5,7 @@
 
 namespace {
 
-bool toldBySession(bool good, const QString& what)
+bool sessionSucceeded(bool good, const QString& what)
 {
     const CloudAccountLogin* session = CloudAccountLogin::instance();
     return good || failed(what, cloudFailureText(session->getLastFailure(), session->getLastError()));
@@ -23,7 +23,7 @@ bool askForCode(const QStringList& address)
 {
     CloudAccountLogin* session = CloudAccountLogin::instance();
     const QByteArray text = address[0].toLocal8Bit();
-    return toldBySession(
+    return sessionSucceeded(
         isMail(address[0]) ? session->emailVerify(text.constData()) : session->mobileVerify(text.constData()),
         "No code was sent");
 }
@@ -39,22 +39,22 @@ bool registerAccount(const QStringList& nameAddressCode)
         ? session->registerUserByMail(
             name.constData(), secret.constData(), address.constData(), code.constData())
         : session->registerUser(name.constData(), secret.constData(), address.constData(), code.constData());
-    return toldBySession(good, "The account was not registered");
+    return sessionSucceeded(good, "The account was not registered");
 }
 
 bool askForResetCode(const QStringList& address)
 {
     CloudAccountLogin* session = CloudAccountLogin::instance();
     const QByteArray text = address[0].toLocal8Bit();
-    return toldBySession(isMail(address[0]) ? session->emailVerify2(text.constData())
-                                            : session->mobileVerify2(text.constData()),
+    return sessionSucceeded(isMail(address[0]) ? session->emailVerify2(text.constData())
+                                               : session->mobileVerify2(text.constData()),
         "No code was sent");
 }
 
 bool resetPassword(const QStringList& addressCode)
 {
     const QByteArray secret = password();
-    return toldBySession(
+    return sessionSucceeded(
         CloudAccountLogin::instance()->resetPassword(addressCode[0].toLocal8Bit().constData(),
             secret.constData(), addressCode[1].toLocal8Bit().constData()),
         "The password was not changed");

@@ -20,7 +20,7 @@ bool failed(const QString& what, const QString& reason)
     return false;
 }
 
-bool told(bool good, const QString& what, const CloudFileManger& client)
+bool succeeded(bool good, const QString& what, const CloudFileManger& client)
 {
     return good || failed(what, cloudFailureText(client.getLastFailure(), client.getLastError()));
 }
@@ -55,7 +55,7 @@ bool whoAmI(const QStringList&)
 bool list(const QStringList&)
 {
     CloudFileManger client = clientOn();
-    if (!told(client.getAllCloudProjectBackup(), "The projects could not be listed", client))
+    if (!succeeded(client.getAllCloudProjectBackup(), "The projects could not be listed", client))
         return false;
     for (const auto& project : client.getAllCloudProjects())
         say(project.id + "\t" + project.projectTitle);
@@ -65,7 +65,8 @@ bool list(const QStringList&)
 bool create(const QStringList& arguments)
 {
     CloudFileManger client = clientOn();
-    if (!told(client.AddCloudProInfo(arguments[0], arguments[1]), "The project could not be created", client))
+    if (!succeeded(
+            client.AddCloudProInfo(arguments[0], arguments[1]), "The project could not be created", client))
         return false;
     say(client.getProjectId());
     return true;
@@ -76,13 +77,14 @@ bool backUp(const QStringList& arguments)
     if (!QFileInfo(arguments[1]).isReadable())
         return failed("Nothing was backed up", arguments[1] + " cannot be read");
     CloudFileManger client = clientOn(arguments[0]);
-    return told(client.BackupCloudProFile(arguments[1]), "Nothing was backed up", client);
+    return succeeded(client.BackupCloudProFile(arguments[1]), "Nothing was backed up", client);
 }
 
 bool download(const QStringList& arguments)
 {
     CloudFileManger client = clientOn(arguments[0]);
-    return told(client.DownloadCloudProFile(arguments[0], arguments[1]), "Nothing was downloaded", client);
+    return succeeded(
+        client.DownloadCloudProFile(arguments[0], arguments[1]), "Nothing was downloaded", client);
 }
 
 } // namespace
@@ -118,6 +120,6 @@ QVector<Command> commands()
         {"leave", {"GROUP"}, "leave a group", leave},
         {"convert", {"DRAWING"}, "convert a .dgn or .dwg drawing to the other kind, beside it", convert,
             Command::None},
-        {"tour", {"FILE"}, "take FILE through a backup and compare what comes back", tour, Command::Told},
+        {"tour", {"FILE"}, "take FILE through a backup and compare what comes back", tour, Command::Narrated},
     };
 }

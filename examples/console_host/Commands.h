@@ -12,38 +12,38 @@ class CloudFileManger;
 /// What can be asked of this program on the command line.
 struct Command
 {
-    /// Whether the user is signed in before and out after, and told so.
+    /// Whether the program signs in before the command and out after it, and prints these steps.
     enum Session
     {
         None,
         Quiet,
-        Told
+        Narrated
     };
 
     QString name;
     QStringList arguments;
     QString help;
-    /// Does it; false when it failed and the reason has been told.
+    /// Runs the command; false when it failed, after printing the reason.
     bool (*run)(const QStringList& arguments);
     Session session = Quiet;
 };
 
 QVector<Command> commands();
 
-/// A client of the signed-in user on the project \a projectId, or on none yet.
+/// A client of the signed-in user with \a projectId as its current project; empty for none.
 CloudFileManger clientOn(const QString& projectId = QString());
 
 /// Prints \a line.
 void say(const QString& line);
 
-/// Tells that \a what failed and why, and returns false.
+/// Prints that \a what failed and why, and returns false.
 bool failed(const QString& what, const QString& reason);
 
-/// \a good; when it is false, tells that \a what failed, with the client's reason.
-bool told(bool good, const QString& what, const CloudFileManger& client);
+/// Returns \a good; when it is false, prints that \a what failed, with the client's reason.
+bool succeeded(bool good, const QString& what, const CloudFileManger& client);
 
-/// Runs one step and, when \a narrated, tells what it did and how long it took. A failure is told with its
-/// \a reason.
+/// Runs one step and, when \a narrated, prints what it did and how long it took. A failure is printed with
+/// its \a reason.
 bool step(bool narrated, const QString& what, const std::function<bool()>& run,
     const std::function<QString()>& reason);
 

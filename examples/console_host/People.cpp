@@ -7,7 +7,7 @@ bool friends(const QStringList&)
 {
     CloudFileManger client = clientOn();
     QList<CloudFileManger::CloudAddressBookInfo> all;
-    if (!told(client.SearchAddressBookList(all), "The address book could not be read", client))
+    if (!succeeded(client.SearchAddressBookList(all), "The address book could not be read", client))
         return false;
     for (const auto& one : qAsConst(all))
         say(QStringList{one.id, one.friendUser, one.friendPhone, one.friendRemark, one.friendUnit}.join(
@@ -18,26 +18,27 @@ bool friends(const QStringList&)
 bool addFriend(const QStringList& phoneNameCompany)
 {
     CloudFileManger client = clientOn();
-    return told(client.AddToAddressBook(phoneNameCompany[0], phoneNameCompany[1], phoneNameCompany[2]),
+    return succeeded(client.AddToAddressBook(phoneNameCompany[0], phoneNameCompany[1], phoneNameCompany[2]),
         "The friend was not added", client);
 }
 
 bool removeFriend(const QStringList& id)
 {
     CloudFileManger client = clientOn();
-    return told(client.DelFromAddressBook(cloudQueryValue(id[0])), "The friend was not removed", client);
+    return succeeded(client.DelFromAddressBook(cloudQueryValue(id[0])), "The friend was not removed", client);
 }
 
 bool groups(const QStringList&)
 {
     CloudFileManger client = clientOn();
     QList<CloudFileManger::CloudGroupInfo> all;
-    if (!told(client.SearchGroup(all), "The groups could not be listed", client))
+    if (!succeeded(client.SearchGroup(all), "The groups could not be listed", client))
         return false;
     for (const auto& group : qAsConst(all)) {
         say(QStringList{group.id, group.groupName, group.createUser}.join('\t'));
         QVector<CloudFileManger::CloudGroupMemberInfo> members;
-        if (!told(client.SearchGroupMember(group.id, members), "The members could not be listed", client))
+        if (!succeeded(
+                client.SearchGroupMember(group.id, members), "The members could not be listed", client))
             return false;
         for (const auto& member : qAsConst(members))
             say("\t" + member.username + (member.adminFlag != 0 ? "\tmanager" : ""));
@@ -48,14 +49,14 @@ bool groups(const QStringList&)
 bool createGroup(const QStringList& name)
 {
     CloudFileManger client = clientOn();
-    return told(client.CreateGroup(name[0]), "The group was not created", client);
+    return succeeded(client.CreateGroup(name[0]), "The group was not created", client);
 }
 
 bool invite(const QStringList& group)
 {
     CloudFileManger client = clientOn();
     QString code;
-    if (!told(client.GetInviteCode(cloudQueryValue(group[0]), code), "There is no code", client))
+    if (!succeeded(client.GetInviteCode(cloudQueryValue(group[0]), code), "There is no code", client))
         return false;
     say(code);
     return true;
@@ -64,11 +65,11 @@ bool invite(const QStringList& group)
 bool join(const QStringList& code)
 {
     CloudFileManger client = clientOn();
-    return told(client.InviteToGroup(code[0]), "Joining failed", client);
+    return succeeded(client.InviteToGroup(code[0]), "Joining failed", client);
 }
 
 bool leave(const QStringList& group)
 {
     CloudFileManger client = clientOn();
-    return told(client.OutGroup(cloudQueryValue(group[0])), "Leaving failed", client);
+    return succeeded(client.OutGroup(cloudQueryValue(group[0])), "Leaving failed", client);
 }

@@ -15,14 +15,15 @@ struct ReleaseTree
     void operator()(ITreeElement* root) const { tav_tree_element_release_instance(root); }
 };
 
-/// Uploads the second argument into the project that is the first; \a id is what to share it by.
+/// Uploads \a file into the client's project; \a id receives the id to share it by.
 bool upload(CloudFileManger& client, const QString& file, QString& id)
 {
     if (!QFileInfo(file).isReadable())
         return failed("Nothing was shared", file + " cannot be read");
     int logicalId = 0;
     // This host keeps no table of file types, so it names none.
-    if (!told(client.UploadCloudShareFile2("1", QString(), file, logicalId), "The upload failed", client))
+    if (!succeeded(
+            client.UploadCloudShareFile2("1", QString(), file, logicalId), "The upload failed", client))
         return false;
     id = QString::number(logicalId);
     return true;
@@ -43,7 +44,8 @@ bool shareByCode(const QStringList& projectFileHours)
     QString id;
     QString code;
     if (!upload(client, projectFileHours[1], id)
-        || !told(client.CloudShareAnonymous(id, code, projectFileHours[2].toInt()), "Sharing failed", client))
+        || !succeeded(
+            client.CloudShareAnonymous(id, code, projectFileHours[2].toInt()), "Sharing failed", client))
         return false;
     say(code);
     return true;
@@ -54,7 +56,7 @@ bool shareWithFriends(const QStringList& projectFileHoursAccounts)
     CloudFileManger client = clientOn(projectFileHoursAccounts[0]);
     QString id;
     return upload(client, projectFileHoursAccounts[1], id)
-        && told(
+        && succeeded(
             client.CloudShareToAccount(projectFileHoursAccounts[3], id, projectFileHoursAccounts[2].toInt()),
             "Sharing failed", client);
 }
@@ -64,14 +66,15 @@ bool shareWithGroup(const QStringList& projectFileHoursGroup)
     CloudFileManger client = clientOn(projectFileHoursGroup[0]);
     QString id;
     return upload(client, projectFileHoursGroup[1], id)
-        && told(client.CloudShareToGroup(projectFileHoursGroup[3], id, projectFileHoursGroup[2].toInt()),
+        && succeeded(client.CloudShareToGroup(projectFileHoursGroup[3], id, projectFileHoursGroup[2].toInt()),
             "Sharing failed", client);
 }
 
 bool extract(const QStringList& code)
 {
     CloudFileManger client = clientOn();
-    return told(client.ExtractByCode(cloudQueryValue(code[0]), QString()), "Nothing was extracted", client);
+    return succeeded(
+        client.ExtractByCode(cloudQueryValue(code[0]), QString()), "Nothing was extracted", client);
 }
 
 bool tree(const QStringList&)
@@ -79,7 +82,7 @@ bool tree(const QStringList&)
     CloudFileManger client = clientOn();
     const std::unique_ptr<ITreeElement, ReleaseTree> root(client.getFileTree());
     print(root.get(), 0);
-    return told(client.getLastError().isEmpty(), "Some of it could not be listed", client);
+    return succeeded(client.getLastError().isEmpty(), "Some of it could not be listed", client);
 }
 
 bool get(const QStringList& pathFile)
@@ -97,7 +100,8 @@ bool get(const QStringList& pathFile)
     if (!projectId)
         return failed("Nothing was downloaded", "that is a folder");
     if (fileId)
-        return told(client.DownloadCloudShareFile(fileId, pathFile[1]), "Nothing was downloaded", client);
+        return succeeded(
+            client.DownloadCloudShareFile(fileId, pathFile[1]), "Nothing was downloaded", client);
     client.setProjectID(projectId); // a backup is downloaded by a client on some project
-    return told(client.DownloadCloudProFile(projectId, pathFile[1]), "Nothing was downloaded", client);
+    return succeeded(client.DownloadCloudProFile(projectId, pathFile[1]), "Nothing was downloaded", client);
 }

@@ -36,20 +36,20 @@ bool tour(const QStringList& arguments)
     const QString copy = folder.filePath(file.fileName());
 
     CloudFileManger client = clientOn();
-    const auto told = [&](const QString& what, const std::function<bool()>& run) {
+    const auto narrate = [&](const QString& what, const std::function<bool()>& run) {
         return step(true, what, run,
             [&] { return cloudFailureText(client.getLastFailure(), client.getLastError()); });
     };
-    return told("Create the cloud project \"" + file.completeBaseName() + "\"",
+    return narrate("Create the cloud project \"" + file.completeBaseName() + "\"",
                [&] { return client.AddCloudProInfo(file.completeBaseName(), "Made by the tour"); })
-        && told(QStringLiteral("Back %1 up (%2 bytes)").arg(file.fileName()).arg(file.size()),
+        && narrate(QStringLiteral("Back %1 up (%2 bytes)").arg(file.fileName()).arg(file.size()),
             [&] { return client.BackupCloudProFile(file.filePath()); })
-        && told("List the projects and find it",
+        && narrate("List the projects and find it",
             [&] {
                 return client.getAllCloudProjectBackup()
                     && client.getAllCloudProjects().contains(client.getProjectId());
             })
-        && told(
+        && narrate(
             "Download the backup", [&] { return client.DownloadCloudProFile(client.getProjectId(), copy); })
         && step(
             true, "Compare: the same, byte for byte", [&] { return sameBytes(file.filePath(), copy); },

@@ -3,6 +3,6 @@
 
 #include <QStringList>
 
-/// Takes the file named by the one argument through the whole journey, and tells of each step what it did and
-/// how long it took. False at the first step that fails.
+/// Backs up the file that the one argument names, downloads it again and compares the bytes. Prints what each
+/// step did and how long it took. False at the first step that fails.
 bool tour(const QStringList& arguments);

@@ -75,7 +75,7 @@ int main(int argc, char* argv[])
     const QByteArray user = parser.value(userOption).toUtf8();
     const QByteArray code = parser.value(codeOption).toLocal8Bit();
     const QByteArray secret = code.isEmpty() ? password() : QByteArray();
-    const bool narrated = command->session == Command::Told;
+    const bool narrated = command->session == Command::Narrated;
     const auto signIn = [&] {
         return code.isEmpty() ? session->userLoginAccount(user.constData(), secret.constData())
                               : session->phoneLoginAccount(user.constData(), code.constData());

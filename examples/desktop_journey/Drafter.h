@@ -6,20 +6,20 @@
 
 #include <stdexcept>
 
-/// What a drafter did not find on the screen, or found to be otherwise.
-struct Astray : std::runtime_error
+/// A step of the journey that failed: something is not on the screen, or not as it should be.
+struct JourneyFailure : std::runtime_error
 {
-    explicit Astray(const QString& what)
+    explicit JourneyFailure(const QString& what)
         : std::runtime_error(what.toStdString())
     {
     }
 };
 
-/// Sees and does what a user can in the window that is in front: finds things by their texts, waits for them
-/// to be there and enabled, and is Astray when that takes too long. Mouse and keys go to the window, which
-/// finds out by itself what is under the pointer and what has the focus.
+/// Plays a user in the window that is in front: finds widgets by their texts, waits for them to be there and
+/// enabled, and throws JourneyFailure when that takes too long. Mouse and key events go to the window, which
+/// delivers them to what is under the pointer or has the focus.
 ///
-/// Lives on a thread of its own, beside the GUI thread: a dialog's event loop does not hold it up.
+/// Use it on a thread of its own, beside the GUI thread: the event loop of a dialog does not block it.
 class Drafter
 {
 public:
@@ -29,11 +29,11 @@ public:
     {
     }
 
-    /// Sees that it is there, and nothing else.
+    /// Waits for a label with that text.
     void see(const QString& text) { untilUsable<QLabel>(text); }
     void seeNo(const QString& button)
     {
-        until("an end of " + button, [&] {
+        until("the end of " + button, [&] {
             for (const auto* one : front()->findChildren<QAbstractButton*>()) {
                 if (one->isVisible() && isCalled(one, button))
                     return false;
@@ -59,7 +59,7 @@ public:
             return false;
         });
     }
-    /// An action of the main window.
+    /// Triggers an action of the main window by its tool bar.
     void choose(const QString& action)
     {
         const auto* bar = window->findChild<QToolBar*>();
@@ -81,7 +81,8 @@ public:
             return false;
         });
     }
-    /// A row of a table or a tree, by how one of its cells begins.
+    /// Clicks a row of a table or a tree.
+    /// \param cell how the text of one of its cells begins
     /// \param branch where to look in a tree; empty for all of it
     void clickRow(const QString& cell, const QString& branch = QString())
     {
@@ -109,7 +110,7 @@ public:
         if (!pictureName.isEmpty())
             picture(pictureName);
         press("OK");
-        until("an end of the message \"" + text + '"', [&] { return !isThere(); });
+        until("the end of the message \"" + text + '"', [&] { return !isThere(); });
         return read.mid(text.size());
     }
     /// Closes the cloud space.
@@ -132,10 +133,11 @@ public:
             const auto number = QString::number(++pictureCount).rightJustified(2, '0');
             return front()->grab().save(pictures + '/' + number + '-' + name + ".png");
         };
-        until("a place for " + name, take);
+        until("a writable folder for " + name, take);
     }
 
-    /// Asks between two events of the GUI thread, whichever of its event loops runs, until it \a isSo.
+    /// Evaluates \a isSo in the GUI thread, between two events of whichever event loop runs there, until it
+    /// is true. Throws JourneyFailure after a minute.
     void until(const QString& what, const std::function<bool()>& isSo)
     {
         const auto ask = [](const std::function<bool()>& question) {
@@ -143,23 +145,23 @@ public:
             QMetaObject::invokeMethod(qApp, question, Qt::BlockingQueuedConnection, &answer);
             return answer;
         };
-        for (const QDeadlineTimer patience(60000); !ask(isSo); QThread::msleep(5)) {
-            if (!patience.hasExpired())
+        for (const QDeadlineTimer deadline(60000); !ask(isSo); QThread::msleep(5)) {
+            if (!deadline.hasExpired())
                 continue;
             QString seen;
             ask([&] {
                 seen = front()->windowTitle() + ' ' + front()->property("text").toString();
-                return front()->grab().save(pictures + "/astray.png");
+                return front()->grab().save(pictures + "/failure.png");
             });
-            throw Astray("there is no sign of " + what + "; in front is \"" + seen + '"');
+            throw JourneyFailure("waited in vain for " + what + "; in front is \"" + seen + '"');
         }
     }
 
 private:
-    /// Without what a label has beside the name.
+    /// The text of a label or an action without mnemonic, ellipsis and colon.
     static QString plain(QString text) { return text.remove('&').remove("...").remove(':'); }
 
-    /// Not now: what it opens would not return before it is closed again.
+    /// Queues \a action: one that opens a dialog would not return before the dialog is closed.
     static void soon(const std::function<void()>& action)
     {
         QMetaObject::invokeMethod(qApp, action, Qt::QueuedConnection);
@@ -167,7 +169,7 @@ private:
 
     static QPointer<QWindow> windowOf(const QWidget* widget) { return widget->window()->windowHandle(); }
 
-    /// Clicks there soon. False when another widget is in the way, or a pop-up, which a click closes.
+    /// Queues a click at \a at. False when another widget is in the way, or a pop-up, which the click closes.
     static bool clicked(QWidget* widget, const QPoint& at)
     {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest); // or it moves before the click
@@ -212,7 +214,7 @@ private:
         return modal ? modal : window;
     }
 
-    /// By what it says itself, what its label says, or what the group says that it is in.
+    /// Whether \a name is the text of \a widget, its accessible name, its label's text or its group's title.
     bool isCalled(const QWidget* widget, const QString& name) const
     {
         for (const char* property : {"text", "accessibleName"}) {
@@ -229,8 +231,8 @@ private:
         return group && group->title() == name;
     }
 
-    /// Waits for a widget that can be seen and used and that \a act, in the GUI thread, finds fit.
-    /// \param name what it is called; empty for any
+    /// Waits for a visible, enabled widget for which \a act, in the GUI thread, returns true.
+    /// \param name the widget's, as isCalled() has it; empty for any
     template <class Widget>
     void untilUsable(
         const QString& name, const std::function<bool(Widget*)>& act = [](Widget*) { return true; })

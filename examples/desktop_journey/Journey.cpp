@@ -15,14 +15,14 @@ void step(const QString& what, const std::function<void()>& run)
     timer.start();
     try {
         run();
-    } catch (const Astray& reason) {
-        throw Astray(what + ": " + reason.what());
+    } catch (const JourneyFailure& reason) {
+        throw JourneyFailure(what + ": " + reason.what());
     }
     QTextStream(stdout)
         << QStringLiteral("  %1 %2 ms\n").arg(what, -56).arg(double(timer.nsecsElapsed()) / 1e6, 8, 'f', 1);
 }
 
-/// With what is in the fields.
+/// Signs in with what is in the fields.
 void logIn(Drafter& drafter, const QString& user)
 {
     drafter.picture(user + "-signs-in");
@@ -56,11 +56,11 @@ void changeUser(Drafter& drafter, const QString& user)
     drafter.choose("My Cloud Space");
 }
 
-/// To one of the share page's ways.
-void turnTo(Drafter& drafter, const QString& way)
+/// Opens the share page in one of its modes.
+void turnTo(Drafter& drafter, const QString& mode)
 {
     drafter.open("Share");
-    drafter.press(way);
+    drafter.press(mode);
 }
 
 void addProject(Drafter& drafter)
@@ -72,7 +72,7 @@ void addProject(Drafter& drafter)
     drafter.confirm("Add cloud project successfully!");
 }
 
-/// Shares from the page that is open, and takes the project for it.
+/// Shares from the page that is open, into the one project.
 void share(Drafter& drafter, const QString& drawing, bool isFirst = false)
 {
     drafter.type("Choose to Share files", drawing);
@@ -92,7 +92,7 @@ void openFolder(Drafter& drafter, const QString& name)
     drafter.press(name);
 }
 
-/// What is selected.
+/// Downloads what is selected.
 void download(Drafter& drafter, const QString& folder)
 {
     drafter.press("Download");
@@ -107,13 +107,13 @@ void compare(const QString& path, const QString& otherPath)
     QFile other(otherPath);
     if (!file.open(QIODevice::ReadOnly) || !other.open(QIODevice::ReadOnly)
         || file.readAll() != other.readAll())
-        throw Astray(otherPath + " is not what was shared");
+        throw JourneyFailure(otherPath + " is not what was shared");
 }
 
 void sameText(const QString& text, const QString& other)
 {
     if (text != other)
-        throw Astray('"' + text + "\" is not \"" + other + '"');
+        throw JourneyFailure('"' + text + "\" is not \"" + other + '"');
 }
 
 /// Shares what bob then finds: by code, as a friend and in a group.
@@ -223,8 +223,8 @@ void bobsPart(Drafter& drafter, const QString& drawing, const QStringList& names
     });
 }
 
-/// Without the group, what was shared with it goes.
-void groupsEnd(Drafter& drafter, const QStringList& names)
+/// Deletes the group, which ends what was shared with it.
+void endGroup(Drafter& drafter, const QStringList& names)
 {
     step("alice puts bob out of the group", [&] {
         changeUser(drafter, "alice");
@@ -326,13 +326,13 @@ int journey(const QString& drawing, const QString& pictures, const QString& outb
             const QString code = alicesPart(drafter, drawing, names, folder);
             step("alice signs out, bob signs in", [&] { changeUser(drafter, "bob"); });
             bobsPart(drafter, drawing, names, folder, code);
-            groupsEnd(drafter, names);
+            endGroup(drafter, names);
             dorasPart(drafter, outbox);
-        } catch (const Astray& reason) {
+        } catch (const JourneyFailure& reason) {
             std::fprintf(stderr, "%s\n", reason.what());
             result = 1;
         }
-        // Whatever windows are open.
+        // This quits with dialogs open too.
         QMetaObject::invokeMethod(
             qApp, [result] { QApplication::exit(result); }, Qt::QueuedConnection);
     }));

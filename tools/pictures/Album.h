@@ -5,7 +5,7 @@
 #include <QPixmap>
 #include <QWidget>
 
-/// Where pictures of windows go, as a desktop shows them: with their titles.
+/// A folder of pictures of windows, with their titles as on a desktop.
 class Album
 {
 public:
@@ -16,9 +16,9 @@ public:
     }
 
     void shoot(QWidget& window, const QString& name) const;
-    /// Presses \a button and takes the box that it brings, in front of its window.
+    /// Presses \a button and takes a picture of the message box that it opens, in front of its window.
     void shootBox(QWidget& window, const QString& button, const QString& name) const;
-    /// Presses \a button and takes the window while it waits for the platform.
+    /// Presses \a button and takes a picture of the window while it waits for the platform.
     void shootWaiting(QWidget& window, const QString& button, const QString& name) const;
     static void press(QWidget& window, const QString& text);
 

@@ -90,7 +90,7 @@ Behaviour answerLate(const QByteArray& json)
     };
 }
 
-/// The tile called \a name, clicked.
+/// Clicks the tile called \a name.
 void click(QWidget& window, const QString& name)
 {
     for (QPushButton* button : window.findChildren<QPushButton*>())
@@ -105,7 +105,7 @@ void open(QWidget& window, const QString& folder)
     click(window, folder);
 }
 
-/// Shows a dialog that loads what it shows when it has come up.
+/// Shows a dialog and lets it load its contents.
 void bringUp(QWidget& dialog)
 {
     dialog.show();

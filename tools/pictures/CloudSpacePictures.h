@@ -4,5 +4,5 @@
 class Album;
 class ScriptedPeer;
 
-/// The windows of the cloud space in their main states.
+/// Takes pictures of the windows of the cloud space in their main states.
 void shootCloudSpace(const Album& album, ScriptedPeer& peer);
