@@ -10,20 +10,22 @@ import { after, describe, test } from 'node:test';
 import { fileURLToPath } from 'node:url';
 import { dgnToDwg } from './dgn_to_dwg.mjs';
 import { dwgToDgn } from './dwg_to_dgn.mjs';
-import { readDgn, writeDgn } from './dgn.mjs';
-import { TextCodec } from './dgn_text.mjs';
-import { FULL_TURN, arcEnds, arcExtremes, arcPoint, strokeSpline } from './geometry.mjs';
+import { readDgn } from './dgn/reader.mjs';
+import { TextCodec } from './dgn/text.mjs';
+import { readDouble, readInt32, writeDouble, writeInt32 } from './dgn/vax.mjs';
+import { indexRgb } from './indexed_colors.mjs';
+import { FULL_TURN, arcEnds, arcExtremes, arcPoint } from './geometry.mjs';
 import { Refusal } from './outcome.mjs';
-import { levelsOfLayers, styleOfLineType } from './symbology.mjs';
-import { readDouble, readInt32, writeDouble, writeInt32 } from './vax.mjs';
+import { strokeSpline } from './spline.mjs';
+import { styleOfLineType } from './symbology.mjs';
+import { assertClose, randomNumbers, styled, throughDgn, throughDwg, writeDgn } from './testing/compare.mjs';
+import { assignLevels } from './to_dgn/levels.mjs';
 import * as acad from '@node-projects/acad-ts';
 
 const here = fileURLToPath(new URL('.', import.meta.url));
 const scratch = mkdtempSync(join(tmpdir(), 'conversion-'));
 after(() => rmSync(scratch, { recursive: true }));
 
-const STYLE = { level: 5, color: 3, weight: 2, style: 2, group: 0 };
-const styled = (element, style = {}) => ({ ...STYLE, ...element, ...style });
 const line = (...points) => styled({ kind: 'line', points });
 const text = (value, angle = 0, style = {}) => styled({ kind: 'text', origin: [1.25, -2.5, 0],
   xAxis: [Math.cos(angle), Math.sin(angle), 0], yAxis: [-Math.sin(angle), Math.cos(angle), 0],
@@ -31,21 +33,6 @@ const text = (value, angle = 0, style = {}) => styled({ kind: 'text', origin: [1
 const arc = (center, a, b, start, sweep) =>
   styled({ kind: 'arc', center, axis1: [a, 0, 0], axis2: [0, b, 0], start, sweep });
 const ellipse = (center, a, b) => ({ ...arc(center, a, b, 0, FULL_TURN), kind: 'ellipse' });
-
-/** Compares all numbers within `tolerance` and all else exactly. */
-function assertClose(actual, expected, tolerance, path = '') {
-  if (typeof expected === 'number') {
-    assert.ok(Math.abs(actual - expected) <= tolerance, `${path}: ${actual} instead of ${expected}`);
-  } else if (expected && typeof expected === 'object') {
-    if (Array.isArray(expected)) assert.equal(actual.length, expected.length, path);
-    for (const key of Object.keys(expected)) assertClose(actual[key], expected[key], tolerance, `${path}.${key}`);
-  } else {
-    assert.equal(actual, expected, path);
-  }
-}
-
-const throughDgn = (elements, options) => readDgn(writeDgn({ elements, ...options }));
-const throughDwg = (elements) => readDgn(dwgToDgn(Buffer.from(dgnToDwg(writeDgn({ elements })).bytes)).bytes);
 
 test('VAX numbers', () => {
   const int32 = [writeInt32, readInt32];
@@ -173,16 +160,24 @@ test('extremes of an arc lie on it, and only on it', () => {
 
 test('a quarter circle as a rational spline', () => {
   const points = strokeSpline({ degree: 2, knots: [0, 0, 0, 1, 1, 1], weights: [1, Math.SQRT1_2, 1],
-    controlPoints: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
+    points: [[1, 0, 0], [1, 1, 0], [0, 1, 0]] });
   for (const p of points) assertClose(Math.hypot(...p), 1, 1e-12);
 });
 
 describe('symbology', () => {
   test('levels of layers', () => {
-    const names = ['0', 'Level 2', 'walls', '7', 'Level 99', ...Array.from({ length: 70 }, (_, i) => `layer ${i + 100}`)];
-    const levels = levelsOfLayers(names);
-    assert.deepEqual(names.slice(0, 5).map((name) => levels.get(name)), [1, 2, 3, 7, 4]);
-    assert.equal(Math.max(...levels.values()), 63);
+    const of = (layers) => assignLevels(layers.map(([name, use, isHidden = false]) => ({ name, use, isHidden })));
+    const few = of([['0', 1], ['Level 2', 1], ['walls', 5], ['7', 1], ['Level 99', 1], ['unused', 0]]);
+    assert.deepEqual([...few.levels], [['Level 2', 2], ['7', 7], ['0', 1], ['walls', 3], ['Level 99', 4]]);
+    // 40 visible and 40 hidden ones, with use that grows.
+    const many = of(Array.from({ length: 80 }, (_, i) => [`layer ${i}`, i + 1, i % 2 === 1]));
+    const visible = new Set(Array.from({ length: 40 }, (_, i) => many.levels.get(`layer ${2 * i}`)));
+    assert.equal(visible.size, 40, 'each visible layer has a level of its own');
+    assert.ok(many.hiddenLevels.every((level) => !visible.has(level)));
+    assert.ok(!many.sharing.has('layer 79') && many.sharing.has('layer 1'));
+    const crowd = of(Array.from({ length: 100 }, (_, i) => [`layer ${i}`, 1, i === 99]));
+    assert.deepEqual(crowd.hiddenLevels, [crowd.levels.get('layer 99')]);
+    assert.equal(new Set(crowd.levels.values()).size, 63);
   });
   test('line types', () => assert.deepEqual(
     ['Continuous', 'dashed2', 'DASHEDX2', 'HIDDEN', 'PHANTOM2', 'odd'].map(styleOfLineType), [0, 2, 3, 5, 6, 0]));
@@ -195,7 +190,7 @@ describe('symbology', () => {
       document.modelSpace.entities.add(entity);
     }
     const back = acad.DwgReader.readFromStream(dgnToDwg(dwgToDgn(Buffer.from(acad.DwgWriter.writeToBuffer(document))).bytes).bytes.buffer);
-    [...back.modelSpace.entities].forEach((entity, i) => assert.deepEqual(entity.color.getRgb(), acad.Color.getIndexRGB(i + 1), `colour ${i + 1}`));
+    [...back.modelSpace.entities].forEach((entity, i) => assert.deepEqual(indexRgb(entity.color.index), indexRgb(i + 1), `colour ${i + 1}`));
   });
 });
 
@@ -207,91 +202,6 @@ test('text is read and written in its code page', () => {
   ]) assert.equal(new TextCodec(page).decode(Uint8Array.from(bytes)), expected);
   assert.deepEqual([...new TextCodec('gbk').encode('办\tüÄ🙂')],
     [0xb0, 0xec, 0x20, 0xa8, 0xb9, ...Buffer.from('\\U+00C4\\U+D83D\\U+DE42')]);
-});
-
-describe('what only DWG has', () => {
-  const { XYZ, XY } = acad;
-  const at = (entity, properties) => Object.assign(entity, properties);
-  const segment = (x1, y1, x2, y2) => at(new acad.Line(), { startPoint: new XYZ(x1, y1, 0), endPoint: new XYZ(x2, y2, 0) });
-
-  function convert(fill) {
-    const document = new acad.CadDocument(acad.ACadVersion.AC1018);
-    fill(document, (entity) => { document.modelSpace.entities.add(entity); return entity; });
-    const { bytes, leftOut } = dwgToDgn(Buffer.from(acad.DwgWriter.writeToBuffer(document)));
-    return { ...readDgn(bytes), leftOut: `${leftOut}` };
-  }
-
-  function block(document, name, ...entities) {
-    const record = new acad.BlockRecord(name);
-    entities.forEach((entity) => record.entities.add(entity));
-    document.blockRecords.add(record);
-    return record;
-  }
-
-  test('inserts are drawn out with what they pass on', () => {
-    const { elements } = convert((document, add) => {
-      const layer = new acad.Layer('Level 9');
-      layer.color = new acad.Color(5);
-      document.layers.add(layer);
-      const byBlock = at(segment(0, 0, 1, 0), { color: acad.Color.byBlock });
-      const circle = at(new acad.Circle(), { center: new XYZ(1, 1, 0), radius: 1 });
-      const inner = block(document, 'inner', byBlock, circle);
-      const outer = block(document, 'outer', at(new acad.Insert(inner), { insertPoint: new XYZ(10, 0, 0), color: acad.Color.byBlock }),
-        segment(0, 0, 1, 0));
-      add(at(new acad.Insert(outer), { insertPoint: new XYZ(100, 50, 0), rotation: Math.PI / 2, xScale: 2, yScale: 3,
-        color: new acad.Color(1), layer }));
-      add(at(new acad.Insert(block(document, 'row', segment(0, 0, 1, 0))), { columnCount: 2, columnSpacing: 5 }));
-    });
-    assert.deepEqual(elements.slice(0, 2).map((e) => [e.kind, e.level, e.color]), [['line', 9, 3], ['ellipse', 9, 1]]);
-    assertClose(elements[0].points, [[100, 70, 0], [100, 72, 0]], 1e-9);
-    assertClose(elements[1], { center: [97, 72, 0], axis1: [0, 2, 0], axis2: [-3, 0, 0] }, 1e-6);
-    assert.ok(elements[0].group > 0 && elements.slice(0, 3).every((e) => e.group === elements[0].group));
-    assert.deepEqual(elements.slice(3).map((e) => e.points[0]), [[0, 0, 0], [5, 0, 0]]);
-  });
-
-  test('blocks within blocks do not run away', () => {
-    assert.throws(() => convert((document, add) => {
-      let inner = block(document, 'b0', segment(0, 0, 1, 0));
-      for (let i = 1; i < 40; i++) inner = block(document, `b${i}`, new acad.Insert(inner));
-      add(new acad.Insert(inner));
-    }), (error) => error instanceof Refusal && /nested/.test(error.message));
-  });
-
-  test('dimensions are the picture that they come with', () => {
-    const { elements, leftOut } = convert((document, add) => {
-      const picture = block(document, '*D1', segment(0, 3, 10, 3), at(new acad.TextEntity('10.00'), { height: 1 }),
-        at(new acad.Point(), { location: new XYZ(10, 0, 0) }));
-      add(at(new acad.DimensionAligned(), { secondPoint: new XYZ(10, 0, 0), block: picture }));
-      add(new acad.DimensionAligned());
-      add(new acad.Polyline2D());
-    });
-    assert.deepEqual(elements.map((e) => e.kind), ['line', 'text']);
-    assert.equal(leftOut, '1 DIMENSION');
-  });
-
-  test('bulges, splines, paragraphs, seen from below, true colours, left out', () => {
-    const { elements, leftOut, is3d } = convert((document, add) => {
-      const round = new acad.LwPolyline([new XY(0, 0), new XY(4, 0)]);
-      round.vertices[0].bulge = 1;
-      add(round);
-      add(at(new acad.Spline(), { degree: 1, knots: [0, 0, 1, 1], controlPoints: [new XYZ(0, 0, 0), new XYZ(8, 8, 0)] }));
-      add(at(new acad.MText('{\\fArial|b0;first}\\Psecond %%d'), { insertPoint: new XYZ(0, 10, 0), height: 3 }));
-      add(at(new acad.Arc(new XYZ(1, 2, 0), 5, 0, Math.PI / 2), { normal: new XYZ(0, 0, -1) }));
-      add(at(segment(0, 0, 1, 1), { color: new acad.Color(5, 250, 5) }));
-      add(at(new acad.XLine(), { direction: new XYZ(1, 0, 0) }));
-      add(at(segment(0, 0, NaN, 1), {}));
-    });
-    assert.equal(is3d, false);
-    assert.deepEqual(elements.map((e) => e.kind), ['arc', 'lineString', 'text', 'text', 'arc', 'line']);
-    assertClose(elements[0], { center: [2, 0, 0] }, 1e-9);
-    assertClose(elements[0].sweep, Math.PI, 1e-7);
-    assertClose(elements[1].points.at(-1), [8, 8, 0], 0);
-    assert.deepEqual(elements.slice(2, 4).map((e) => e.text), ['first', 'second °']);
-    assertClose(elements.slice(2, 4).map((e) => e.origin), [[0, 7, 0], [0, 2, 0]], 1e-9);
-    assertClose(arcEnds(elements[4]), [[-6, 2, 0], [-1, 7, 0]], 1e-6);
-    assert.equal(elements[5].color, 2);
-    assert.equal(leftOut, '1 XLINE, 1 LINE without a place');
-  });
 });
 
 describe('the command', () => {
@@ -326,10 +236,12 @@ describe('the command', () => {
     [/not a DGN/, file('d.dgn', dwg), refused.dgn],
     [/not a DWG/, file('e.dwg', good), refused.dwg],
     [/DGN file is cut short/, file('f.dgn', good.subarray(0, -300)), refused.dgn],
-    [/DWG file is cut short/, file('g.dwg', dwg.subarray(0, -300)), refused.dwg],
+    [/DWG file is damaged/, file('g.dwg', dwg.subarray(0, -300)), refused.dwg],
     [/DGN file holds nothing/, file('h.dgn', Buffer.concat([good.subarray(0, 2048), Buffer.from('ffff', 'hex')])), refused.dgn],
     [/DWG file holds nothing/, file('i.dwg', empty), refused.dwg],
-    [/AC1032\) cannot be read/, file('j.dwg', Buffer.concat([Buffer.from('AC1032'), Buffer.alloc(5000, 0x5a)])), refused.dwg],
+    [/DWG file is damaged/, file('j.dwg', Buffer.concat([Buffer.from('AC1032'), Buffer.alloc(5000, 0x5a)])), refused.dwg],
+    [/AC1009\) is too old/, file('m.dwg', 'AC1009' + ' '.repeat(500)), refused.dwg],
+    [/AC1035\) is too new/, file('n.dwg', 'AC1035' + ' '.repeat(500)), refused.dwg],
     [/usage/], [/usage/, 'a.dxf', 'a.dwg'], [/input cannot be read/, 'no-such.dgn', refused.dgn],
     [/klingon/, '--codepage', 'klingon', file('k.dgn', good), refused.dgn],
     [/output cannot be written/, 'dgn2dwg', file('l.dgn', good), mkdtempSync(inScratch('folder'))],
@@ -347,11 +259,7 @@ describe('the command', () => {
 test('a DGN file with bytes changed is a drawing or a reason', () => {
   const bytes = writeDgn({ elements: [FLAT.text, FLAT.arc, FLAT['filled shape'], styled({ kind: 'chain', closed: true,
     members: [{ kind: 'lineString', points: [[0, 0, 0], [1, 1, 0]] }, { kind: 'line', points: [[1, 1, 0], [0, 0, 0]] }] })] });
-  let seed = 20240607;
-  const random = (below) => {
-    seed = (Math.imul(seed, 1664525) + 1013904223) >>> 0;
-    return Math.floor((seed / 2 ** 32) * below);
-  };
+  const random = randomNumbers(20240607);
   let read = 0;
   for (let round = 0; round < 400; round++) {
     const damaged = Buffer.from(bytes);

@@ -57,59 +57,6 @@ export function bulgeArc(a, b, bulge) {
   return { center, axis1: [radius, 0, 0], axis2: [0, radius, 0], start, sweep };
 }
 
-/** A smooth curve through the points from index `first` to `last`, Akima's way: the tangents come
-    from the two neighbours on either side, so a lone outlier does not make the whole curve swing. */
-export function strokeCurve(points, first = 0, last = points.length - 1, steps = 8) {
-  const chords = points.slice(1).map((p, i) => subtract(p, points[i]));
-  const sizes = chords.map((c) => length(c) || 1);
-  const clamp = (i) => Math.min(Math.max(i, 0), chords.length - 1);
-  const slope = (i) => scale(chords[clamp(i)], 1 / sizes[clamp(i)]);
-  const tangent = (i) => {
-    const before = length(subtract(slope(i - 1), slope(i - 2)));
-    const after = length(subtract(slope(i + 1), slope(i)));
-    const weight = before + after > 0 ? after / (before + after) : 0.5;
-    return combine([0, 0, 0], slope(i - 1), weight, slope(i), 1 - weight);
-  };
-  const result = [points[first]];
-  for (let i = first; i < last; i++) {
-    const [t0, t1] = [scale(tangent(i), sizes[i]), scale(tangent(i + 1), sizes[i])];
-    for (let step = 1; step <= steps; step++) {
-      const u = step / steps;
-      const [u2, u3] = [u * u, u * u * u];
-      const onEnds = combine([0, 0, 0], points[i], 2 * u3 - 3 * u2 + 1, points[i + 1], 3 * u2 - 2 * u3);
-      result.push(step === steps ? points[i + 1] : combine(onEnds, t0, u3 - 2 * u2 + u, t1, u3 - u2));
-    }
-  }
-  return result;
-}
-
-/** De Boor's evaluation over every non-empty knot span, `steps` points each. */
-export function strokeSpline({ degree, knots, controlPoints, weights }, steps = 8) {
-  const homogeneous = controlPoints.map((p, i) => {
-    const w = weights.length === controlPoints.length ? weights[i] : 1;
-    return [p[0] * w, p[1] * w, p[2] * w, w];
-  });
-  const at = (span, u) => {
-    const d = homogeneous.slice(span - degree, span + 1);
-    for (let r = 1; r <= degree; r++) {
-      for (let j = degree; j >= r; j--) {
-        const left = knots[span - degree + j];
-        const alpha = (u - left) / (knots[span + 1 + j - r] - left || 1);
-        d[j] = d[j].map((value, k) => (1 - alpha) * d[j - 1][k] + alpha * value);
-      }
-    }
-    return scale(d[degree], 1 / d[degree][3]);
-  };
-  const result = [];
-  for (let span = degree; span < controlPoints.length; span++) {
-    const width = knots[span + 1] - knots[span];
-    if (!(width > 0)) continue;
-    if (result.length === 0) result.push(at(span, knots[span]));
-    for (let step = 1; step <= steps; step++) result.push(at(span, knots[span] + (width * step) / steps));
-  }
-  return result;
-}
-
 /** Affine maps: { x, y, z, origin } are the images of the unit vectors and of the origin. */
 export const IDENTITY = { x: [1, 0, 0], y: [0, 1, 0], z: [0, 0, 1], origin: [0, 0, 0] };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// How levels, colours, weights, line styles and units of DGN correspond to those of DWG.
+// How colours, weights, line styles and units of DGN correspond to those of DWG.
 
-import { Color, UnitsType } from '@node-projects/acad-ts';
+import { indexRgb } from './indexed_colors.mjs';
 
 /** Line styles 0 to 7 of DGN by the customary line type names; dashes and gaps in drawing millimetres. */
 export const LINE_STYLES = [
@@ -24,19 +24,15 @@ export function styleOfLineType(name) {
   return Math.max(0, LINE_STYLES.findIndex((style) => upper.startsWith(style.name.toUpperCase())));
 }
 
-/** DWG's line weights in hundredths of a millimetre, by DGN weight. */
-const WEIGHTS = [0, 13, 20, 30, 40, 53, 70, 80, 100, 106, 120, 140, 158, 200, 211];
+/** DWG's line weights in hundredths of a millimetre, by DGN weight: each has one of its own. DGN counts
+    further, to 31. */
+const WEIGHTS = [0, 5, 9, 13, 15, 18, 20, 25, 30, 35, 40, 50, 53, 60, 70, 80, 90, 100, 106, 120, 140, 158, 200, 211];
 
-export const lineWeightOfWeight = (weight) => WEIGHTS[Math.min(weight, WEIGHTS.length - 1)];
+export const lineWeightNumber = (weight) => Math.min(weight, WEIGHTS.length - 1);
 export const weightOfLineWeight = (lineWeight) =>
   Math.max(0, WEIGHTS.findLastIndex((weight) => weight <= lineWeight));
 
 const BACKGROUND = 255;
-
-/** The nearest of DWG's indexed colours for each colour of a DGN table. */
-export function indexedColors(table) {
-  return table.map((rgb) => nearest(rgb, Array.from({ length: 255 }, (_, i) => Color.getIndexRGB(i + 1))) + 1);
-}
 
 function nearest(rgb, candidates) {
   let best = 0;
@@ -48,6 +44,12 @@ function nearest(rgb, candidates) {
   return best;
 }
 
+/** The nearest of DWG's indexed colours for each colour of a DGN table. */
+export function indexedColors(table) {
+  const indexed = Array.from({ length: 255 }, (_, i) => indexRgb(i + 1));
+  return table.map((rgb) => nearest(rgb, indexed) + 1);
+}
+
 /** DGN numbers its first colours white, blue, green, red, yellow, magenta, orange, cyan. These keep
     their customary numbers, and the rest of the table holds the rest of DWG's, so none is lost. */
 const CUSTOMARY = [7, 5, 3, 1, 2, 6, 30, 4];
@@ -56,42 +58,25 @@ const DWG_COLORS = [...CUSTOMARY,
 const DGN_COLOR_OF = new Map(DWG_COLORS.map((index, color) => [index, color]));
 
 export const DWG_COLOR_TABLE = Array.from({ length: 256 }, (_, i) =>
-  (i < DWG_COLORS.length ? Color.getIndexRGB(DWG_COLORS[i]) : [0, 0, 0]));
+  (i < DWG_COLORS.length ? indexRgb(DWG_COLORS[i]) : [0, 0, 0]));
+
+const trueColors = new Map();
 
 /** The number, in DWG_COLOR_TABLE, of a colour that is neither by layer nor by block. */
 export function colorNumber(color) {
-  if (!color.isTrueColor) return DGN_COLOR_OF.get(color.index) ?? 0;
-  return nearest(color.getTrueColorRgb(), DWG_COLOR_TABLE.slice(0, BACKGROUND - 1));
+  if (color < 256) return DGN_COLOR_OF.get(color) ?? 0;
+  if (!trueColors.has(color)) {
+    const rgb = [(color >> 16) & 0xff, (color >> 8) & 0xff, color & 0xff];
+    trueColors.set(color, nearest(rgb, DWG_COLOR_TABLE.slice(0, BACKGROUND - 1)));
+  }
+  return trueColors.get(color);
 }
 
-const UNIT_NAMES = new Map([
-  [UnitsType.Inches, 'in'], [UnitsType.Feet, 'ft'], [UnitsType.Millimeters, 'mm'],
-  [UnitsType.Centimeters, 'cm'], [UnitsType.Meters, 'm'], [UnitsType.Kilometers, 'km'],
-]);
+/** DWG's numbers for units, and what master units are called in DGN: first as it is written. */
+const UNITS = [
+  [1, 'in', '"', 'inch'], [2, 'ft', "'", 'feet', 'foot'], [3, 'mi'], [4, 'mm'], [5, 'cm'], [6, 'm'], [7, 'km'],
+  [10, 'yd'], [14, 'dm'],
+];
 
-export const unitName = (units) => UNIT_NAMES.get(units) ?? 'mu';
-export const unitsOfName = (name) =>
-  [...UNIT_NAMES].find(([, known]) => known === name.toLowerCase())?.[0] ?? UnitsType.Unitless;
-
-export const layerNameOfLevel = (level) => `Level ${level}`;
-
-export const LEVELS = 63;
-
-/** A level for each layer name: that in "Level 5" or "5", else the lowest free one; past 63 layers the
-    last level takes the others. */
-export function levelsOfLayers(names) {
-  const levels = new Map();
-  for (const name of names) {
-    const number = Number(/^(?:level )?(\d{1,2})$/i.exec(name)?.[1] ?? 0);
-    if (number >= 1 && number <= LEVELS) levels.set(name, number);
-  }
-  const taken = new Set(levels.values());
-  let next = 1;
-  for (const name of names) {
-    if (levels.has(name)) continue;
-    while (next < LEVELS && taken.has(next)) next++;
-    levels.set(name, next);
-    taken.add(next);
-  }
-  return levels;
-}
+export const unitName = (units) => UNITS.find(([number]) => number === units)?.[1] ?? 'mu';
+export const unitsOfName = (name) => UNITS.find(([, ...names]) => names.includes(name.toLowerCase()))?.[0] ?? 0;

@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: MIT
-// DGN V7 says nowhere which code page its texts are in. They are read in the page asked for, and in
-// windows-1252 where their bytes make no sense in it. A character that the page lacks is written as
-// \U+XXXX, the way DWG writes it, and read back as that character.
+// DGN V7 says nowhere which code page its texts are in. Unless it is asked for, it is guessed from all
+// texts of the file. A character that a page lacks is written as \U+XXXX, the way DWG writes it, and read
+// back as that character.
 
-export const DEFAULT_CODE_PAGE = 'gbk';
-const FALLBACK_PAGE = 'windows-1252';
+import { decodeEscapes, encodeEscapes } from '../text_codes.mjs';
+
+/** The pages that a text may be written in, in this order. */
+const WRITTEN_PAGES = ['gbk', 'windows-1252', 'windows-1250', 'windows-1251', 'shift_jis', 'euc-kr', 'big5'];
+export const DEFAULT_CODE_PAGE = WRITTEN_PAGES[0];
+const WESTERN_PAGE = 'windows-1252';
 
 /** Lead bytes of a text that holds its codes as 16-bit words. */
 const WIDE_MARK = [0xff, 0xfd];
 
-export const decodeEscapes = (text) =>
-  text.replace(/\\U\+([0-9a-f]{4})/gi, (_, code) => String.fromCharCode(parseInt(code, 16)));
+const MAX_BYTES = 255;
 
-const escapeUnit = (unit) => `\\U+${unit.charCodeAt(0).toString(16).toUpperCase().padStart(4, '0')}`;
-
-export const encodeEscapes = (text) => text.replace(/[^\x20-\x7e]/g, escapeUnit);
+/** What stands for characters that a page may lack. */
+const SUBSTITUTES = new Map([['Ø', 'φ'], ['φ', 'Ø'], ['\u00a0', ' '], ['⌀', 'φ'], ['–', '-'], ['’', "'"]]);
 
 /** Takes 16-bit codes apart into the bytes of the code page. */
 function narrow(bytes) {
@@ -26,11 +28,82 @@ function narrow(bytes) {
   return Uint8Array.from(result);
 }
 
+const isWide = (bytes) => bytes[0] === WIDE_MARK[0] && bytes[1] === WIDE_MARK[1];
+const isLower = (byte) => byte >= 0x61 && byte <= 0x7a;
+const isLetter = (byte) => isLower(byte | 0x20);
+
+/** Evidence for Chinese in a run of bytes over 0x7f, less that for Western letters. Common characters
+    have lead bytes from B0 to D7 and both bytes over A0; a Western letter stands among other letters. */
+function evidence(bytes, from, to) {
+  const [before, after] = [bytes[from - 1], bytes[to]];
+  if ((to - from) % 2 === 1) return isLetter(before) || isLetter(after) ? -2 : -1;
+  if (isLower(before) && isLower(after)) return -2;
+  let sum = 0;
+  for (let i = from; i < to; i += 2) {
+    const lead = bytes[i];
+    if (bytes[i + 1] < 0xa1 || lead < 0xa1) sum -= 0.5;
+    else sum += lead >= 0xb0 && lead <= 0xd7 ? 2 : lead <= 0xa9 ? 1 : 0.3;
+  }
+  return sum;
+}
+
+/** The code page that fits all texts of a file best. */
+export function guessCodePage(texts) {
+  let sum = 0;
+  for (const bytes of texts) {
+    if (isWide(bytes)) {
+      sum += 4;
+      continue;
+    }
+    for (let i = 0; i < bytes.length; i++) {
+      if (bytes[i] < 0x80) continue;
+      let end = i;
+      while (end < bytes.length && bytes[end] >= 0x80) end++;
+      sum += evidence(bytes, i, end);
+      i = end;
+    }
+  }
+  return sum < 0 ? WESTERN_PAGE : DEFAULT_CODE_PAGE;
+}
+
+/** The bytes of each character of a page. Node decodes every code page but encodes none. */
+const tables = new Map();
+function tableOf(page) {
+  if (tables.has(page)) return tables.get(page);
+  const bytesOf = new Map();
+  const lenient = new TextDecoder(page);
+  const learn = (bytes) => {
+    const unit = lenient.decode(Uint8Array.from(bytes));
+    if (unit.length === 1 && unit !== '\ufffd' && !bytesOf.has(unit)) bytesOf.set(unit, bytes);
+  };
+  for (let lead = 0x80; lead < 0x100; lead++) learn([lead]);
+  for (let lead = 0x81; lead < 0xff; lead++) {
+    for (let trail = 0x40; trail < 0xff; trail++) learn([lead, trail]);
+  }
+  tables.set(page, bytesOf);
+  return bytesOf;
+}
+
+/** The first page that has every character of the texts, or the one that lacks fewest. */
+export function fittingCodePage(texts, pages = WRITTEN_PAGES) {
+  const units = new Set();
+  for (const text of texts) for (const unit of text) if (unit > '\x7f') units.add(unit);
+  if (units.size === 0) return pages[0];
+  let [best] = pages;
+  let fewest = Infinity;
+  for (const page of pages) {
+    const table = tableOf(page);
+    const missing = [...units].filter((unit) => !table.has(unit) && !table.has(SUBSTITUTES.get(unit))).length;
+    if (missing < fewest) [best, fewest] = [page, missing];
+    if (missing === 0) break;
+  }
+  return best;
+}
+
 export class TextCodec {
   #strict;
-  #fallback = new TextDecoder(FALLBACK_PAGE);
+  #fallback = new TextDecoder(WESTERN_PAGE);
   #page;
-  #bytesOf = null;
 
   /** Throws RangeError for a code page that is not known. */
   constructor(page = DEFAULT_CODE_PAGE) {
@@ -39,19 +112,33 @@ export class TextCodec {
   }
 
   decode(bytes) {
-    const wide = bytes[0] === WIDE_MARK[0] && bytes[1] === WIDE_MARK[1];
-    const narrowed = wide ? narrow(bytes) : bytes;
+    const narrowed = isWide(bytes) ? narrow(bytes) : bytes;
     return decodeEscapes(this.#decodePage(narrowed).replace(/\0+$/, ''));
   }
 
+  #encodeUnit(unit) {
+    const code = unit.charCodeAt(0);
+    if (code < 0x80) return [code];
+    const table = tableOf(this.#page);
+    const substitute = SUBSTITUTES.get(unit);
+    return table.get(unit) ?? table.get(substitute) ?? (substitute < '\x80' ? [substitute.charCodeAt(0)]
+      : [...Buffer.from(encodeEscapes(unit), 'latin1')]);
+  }
+
   encode(text) {
-    const parts = [];
-    for (const unit of text.replace(/[\0-\x1f\x7f]/g, ' ').split('')) {
-      const code = unit.charCodeAt(0);
-      const known = code < 0x80 ? [code] : this.#table().get(unit);
-      parts.push(...(known ?? Buffer.from(escapeUnit(unit), 'latin1')));
+    return Uint8Array.from(text.replace(/[\0-\x1f\x7f]/g, ' ').split('').flatMap((unit) => this.#encodeUnit(unit)));
+  }
+
+  /** Pieces [text, bytes] of at most 255 bytes, whole characters each. */
+  pieces(text) {
+    const result = [['', []]];
+    for (const char of text.replace(/[\0-\x1f\x7f]/g, ' ')) {
+      const bytes = char.split('').flatMap((unit) => this.#encodeUnit(unit));
+      if (result.at(-1)[1].length + bytes.length > MAX_BYTES) result.push(['', []]);
+      result.at(-1)[0] += char;
+      result.at(-1)[1].push(...bytes);
     }
-    return Uint8Array.from(parts);
+    return result.map(([piece, bytes]) => [piece, Uint8Array.from(bytes)]);
   }
 
   #decodePage(bytes) {
@@ -60,21 +147,5 @@ export class TextCodec {
     } catch {
       return this.#fallback.decode(bytes);
     }
-  }
-
-  /** Node decodes every code page but encodes none, so the table is made by decoding all codes. */
-  #table() {
-    if (this.#bytesOf) return this.#bytesOf;
-    this.#bytesOf = new Map();
-    const lenient = new TextDecoder(this.#page);
-    const learn = (bytes) => {
-      const unit = lenient.decode(Uint8Array.from(bytes));
-      if (unit.length === 1 && unit !== '\ufffd' && !this.#bytesOf.has(unit)) this.#bytesOf.set(unit, bytes);
-    };
-    for (let lead = 0x80; lead < 0x100; lead++) learn([lead]);
-    for (let lead = 0x81; lead < 0xff; lead++) {
-      for (let trail = 0x40; trail < 0xff; trail++) learn([lead, trail]);
-    }
-    return this.#bytesOf;
   }
 }
