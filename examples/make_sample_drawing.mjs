@@ -3,7 +3,7 @@
 // Draws a two-wing office floor as a DGN V7 file, in metres. The same drawing every time.
 
 import { writeFileSync } from 'node:fs';
-import { writeDgn } from '../local_platform/conversion/dgn.mjs';
+import { writeDgn } from '../local_platform/conversion/dgn/writer.mjs';
 
 const COLOR = { white: 0, blue: 1, green: 2, red: 3, yellow: 4, magenta: 5, orange: 6, cyan: 7 };
 const SYMBOLOGY = {
@@ -156,6 +156,6 @@ if (!output) {
   console.error('usage: node make_sample_drawing.mjs OUT.dgn');
   process.exitCode = 2;
 } else {
-  writeFileSync(output, writeDgn({ elements, unitName: 'm' }));
+  writeFileSync(output, writeDgn({ elements, unitName: 'm' }).bytes);
   console.log(`${elements.length} elements`);
 }

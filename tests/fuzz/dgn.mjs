@@ -8,14 +8,15 @@ import { spawnSync } from 'node:child_process';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 import { Worker, isMainThread, workerData } from 'node:worker_threads';
-import { readDgn, writeDgn } from '../../local_platform/conversion/dgn.mjs';
+import { readDgn } from '../../local_platform/conversion/dgn/reader.mjs';
+import { writeDgn } from '../../local_platform/conversion/dgn/writer.mjs';
 import { dgnToDwg } from '../../local_platform/conversion/dgn_to_dwg.mjs';
 import { Refusal } from '../../local_platform/conversion/outcome.mjs';
 
 const MOST_BYTES = 1 << 16;
 const STUCK_SECONDS = 25;
 const MEMORY_MIB = 512;
-const TYPES = [2, 3, 4, 5, 6, 7, 9, 11, 12, 14, 15, 16, 17, 27, 33];
+const TYPES = [2, 3, 4, 5, 6, 7, 9, 11, 12, 14, 15, 16, 17, 18, 21, 22, 26, 27, 28, 33, 34, 35, 66];
 const VALUES = [0, 1, 0x10, 0x3f, 0x40, 0x7f, 0x80, 0xc0, 0xfe, 0xff];
 
 /** The elements as they lie in a file, the end mark after them. */
@@ -48,7 +49,7 @@ function* damagedDrawings(random) {
     },
   ];
   for (;;) {
-    const parts = split(writeDgn({ elements: Array.from({ length: 1 + random(6) }, () => oneOf(oneOf(kinds))) }));
+    const parts = split(writeDgn({ elements: Array.from({ length: 1 + random(6) }, () => oneOf(oneOf(kinds))) }).bytes);
     for (let i = random(8); i >= 0; i--) {
       const place = random(4) ? 3 + random(parts.length - 3) : random(parts.length);
       oneOf(damages)(parts[place], parts, place);

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+// The elements of a DGN drawing as entities of a DWG one: each with its symbology, cells as blocks and inserts.
+
+import { cross, dot, length, mapVector, ocs, scale, unit } from '../geometry.mjs';
+import { Tally } from '../outcome.mjs';
+import { indexedColors, lineWeightNumber } from '../symbology.mjs';
+import { mapElement } from '../to_dgn/converter.mjs';
+import { boundary, entitiesOf } from './entities.mjs';
+
+const SQUARE = 1e-6;
+const MAX_ALIKE = 8;
+const layerNameOfLevel = (level) => `Level ${level}`;
+
+/** The map that undoes another; null if there is none. */
+function inverse({ x, y, z, origin }) {
+  const size = dot(x, cross(y, z));
+  if (!(Math.abs(size) > 0)) return null;
+  const rows = [cross(y, z), cross(z, x), cross(x, y)].map((row) => scale(row, 1 / size));
+  const columns = [0, 1, 2].map((i) => rows.map((row) => row[i]));
+  const map = { x: columns[0], y: columns[1], z: columns[2], origin: [0, 0, 0] };
+  return { ...map, origin: scale(mapVector(map, origin), -1) };
+}
+
+/** Where an insert must stand for its block to have these axes; null if no insert can. */
+function insertOf(axes, origin) {
+  const sizes = axes.map(length);
+  if (sizes.some((size) => !(size > 0))) return null;
+  const [x, y, z] = axes.map(unit);
+  if (Math.abs(dot(x, y)) > SQUARE || Math.abs(dot(x, z)) > SQUARE || Math.abs(dot(y, z)) > SQUARE) return null;
+  const system = ocs(z);
+  const rotation = Math.atan2(dot(x, system.y), dot(x, system.x));
+  const isMirrored = dot(cross(z, x), y) < 0;
+  const at = [dot(origin, system.x), dot(origin, system.y), dot(origin, system.z)];
+  return { kind: 'INSERT', insert: at, rotation, normal: system.z, scale: [sizes[0], isMirrored ? -sizes[1] : sizes[1], sizes[2]] };
+}
+
+/** Whether two lists of elements show the same, give or take `tolerance`. */
+function alike(a, b, tolerance) {
+  if (typeof a === 'number') return Math.abs(a - b) <= tolerance;
+  if (a === null || typeof a !== 'object') return a === b;
+  const keys = Object.keys(a).filter((key) => key !== 'range' && key !== 'group');
+  return b !== null && typeof b === 'object' && keys.length === Object.keys(b).filter((key) => key !== 'range' && key !== 'group').length
+    && keys.every((key) => key in b && alike(a[key], b[key], tolerance));
+}
+
+export class Converter {
+  entities = [];
+  blocks = [];
+  layers = new Map();
+  source = new Tally();
+  leftOut;
+  drawn;
+  #definitions = new Map();
+  #taken = new Set();
+  #anonymous = 0;
+
+  constructor(drawing) {
+    this.drawing = drawing;
+    this.leftOut = drawing.leftOut;
+    this.drawn = drawing.drawn;
+    this.colors = indexedColors(drawing.colors);
+    this.resolution = 1 / drawing.uorPerMaster;
+    this.note = (what) => this.drawn.add(what);
+    for (const element of drawing.elements) {
+      this.source.add(element.kind.toUpperCase());
+      this.#element(element, this.entities);
+    }
+  }
+
+  /** The layer that the drawing had before it became a DGN, or one named by its level. */
+  #layerOf({ level, layerNote }) {
+    const { notes, hiddenLevels } = this.drawing;
+    const name = notes?.sharing?.[layerNote] ?? notes?.layers?.[level] ?? layerNameOfLevel(level);
+    if (!this.layers.has(name)) this.layers.set(name, { name, isOn: !hiddenLevels.has(level) });
+    return name;
+  }
+
+  #symbology(element) {
+    const weight = lineWeightNumber(element.weight);
+    if (element.weight !== weight) this.note('weights above 23 as 2.11 mm');
+    return { layer: this.#layerOf(element), color: this.colors[element.color], weight, lineType: element.style };
+  }
+
+  #element(element, into) {
+    if (element.kind === 'cell') return this.#cell(element, into);
+    if (element.kind === 'instance') return this.#instance(element, into);
+    const symbology = this.#symbology(element);
+    for (const entity of entitiesOf(element, this.resolution, this.note)) {
+      if (!entity) {
+        this.leftOut.add(`${element.kind.toUpperCase()} without extent`);
+        continue;
+      }
+      // A fill has one colour, its outline another.
+      const isOutlined = entity.kind === 'HATCH' && element.fillColor !== undefined && element.fillColor !== element.color;
+      const color = entity.kind === 'HATCH' ? this.colors[element.fillColor ?? element.color] : symbology.color;
+      into.push({ ...entity, ...symbology, color });
+      if (isOutlined) this.#element({ ...element, filled: false, fillColor: undefined }, into);
+    }
+    return undefined;
+  }
+
+  /** A cell without a name whose first member is filled and whose others are its holes. */
+  #filledWithHoles({ name, members }) {
+    const [outer, ...holes] = members;
+    if (name || holes.length === 0 || !outer.filled || !holes.every((hole) => hole.isHole)) return null;
+    const flat = members.every((m) => (m.points ?? m.members?.flatMap((n) => n.points ?? [n.center]) ?? [m.center]).every((p) => p[2] === 0));
+    if (!flat) return null;
+    return { kind: 'HATCH', elevation: 0, paths: members.map(boundary), ...this.#symbology(outer), color: this.colors[outer.fillColor ?? outer.color] };
+  }
+
+  #cell(cell, into) {
+    const hatch = this.#filledWithHoles(cell);
+    if (hatch) return into.push(hatch);
+    const name = this.drawing.notes?.blocks?.[cell.blockNote] ?? cell.name;
+    const [x, y, z] = cell.axes;
+    const placed = insertOf(cell.axes, cell.origin);
+    const back = placed && inverse({ x, y, z, origin: cell.origin });
+    if (!back || cell.members.length === 0) return this.#loose(cell, into);
+    const members = cell.members.map((member) => mapElement(back, member));
+    const block = this.#blockOf(name, members, (4 * this.resolution) / Math.min(...cell.axes.map(length), 1));
+    return into.push({ ...placed, block, ...this.#symbology(cell) });
+  }
+
+  #loose(cell, into) {
+    if (cell.members.length > 0) this.note('cells that no insert can show, drawn out');
+    for (const member of cell.members) this.#element(member, into);
+  }
+
+  /** The name of the block with this content: one that is there already, or a new one. */
+  #blockOf(name, members, tolerance) {
+    const known = name ? this.#definitions.get(name) ?? [] : [];
+    const same = known.slice(0, MAX_ALIKE).find((one) => alike(one.members, members, tolerance));
+    if (same) return same.blockName;
+    const blockName = this.#freeName(name);
+    if (name) this.#definitions.set(name, [...known, { members, blockName }]);
+    this.#addBlock(blockName, name === '', members);
+    return blockName;
+  }
+
+  #freeName(name) {
+    if (!name) return `*U${++this.#anonymous}`;
+    let free = name;
+    for (let i = 2; this.#taken.has(free.toUpperCase()); i++) free = `${name}-${i}`;
+    this.#taken.add(free.toUpperCase());
+    return free;
+  }
+
+  #addBlock(name, isAnonymous, members) {
+    const entities = [];
+    for (const member of members) this.#element(member, entities);
+    this.blocks.push({ name, isAnonymous, entities });
+  }
+
+  #instance(instance, into) {
+    const { name, axes, origin } = instance;
+    const placed = insertOf(axes, origin);
+    if (!placed) return this.leftOut.add('SHARED CELL that no insert can show');
+    const key = `shared ${name}`;
+    if (!this.#definitions.has(key)) {
+      const blockName = this.#freeName(name);
+      this.#definitions.set(key, blockName);
+      this.#addBlock(blockName, false, this.drawing.definitions.get(name).members);
+    }
+    return into.push({ ...placed, block: this.#definitions.get(key), ...this.#symbology(instance) });
+  }
+}
+
