@@ -17,9 +17,8 @@ function putOnLevels(elements, { levels, sharing }, notes) {
   };
   for (const element of elements) {
     element.level = levels.get(element.layer.name);
-    element.layerNote = noteOf(element.layer);
+    if (sharing.size > 0) element.layerNote = noteOf(element.layer);
     if (element.kind === 'cell') putOnLevels(element.members, { levels, sharing }, notes);
-    delete element.layer;
   }
 }
 

@@ -15,8 +15,15 @@ export const LINE_STYLES = [
   { name: 'CENTER', dashes: [30, -6, 6, -6] },
 ];
 
+const styles = new Map();
+
 /** Other line types take the style of the name that theirs begins with, so DASHED2 is DASHED. */
 export function styleOfLineType(name) {
+  if (!styles.has(name)) styles.set(name, findStyle(name));
+  return styles.get(name);
+}
+
+function findStyle(name) {
   const upper = name.toUpperCase();
   const exact = LINE_STYLES.findIndex((style) => style.name.toUpperCase() === upper);
   if (exact >= 0) return exact;
@@ -30,7 +37,7 @@ const WEIGHTS = [0, 5, 9, 13, 15, 18, 20, 25, 30, 35, 40, 50, 53, 60, 70, 80, 90
 
 export const lineWeightNumber = (weight) => Math.min(weight, WEIGHTS.length - 1);
 export const weightOfLineWeight = (lineWeight) =>
-  Math.max(0, WEIGHTS.findLastIndex((weight) => weight <= lineWeight));
+  (lineWeight <= 0 ? 0 : WEIGHTS.findLastIndex((weight) => weight <= lineWeight));
 
 const BACKGROUND = 255;
 

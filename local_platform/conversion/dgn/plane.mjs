@@ -13,6 +13,7 @@ export const PRECISION = 1e-6;
 const MAX_DIGITS = 6;
 const FAR = 1000;
 const MAX_OUTLIERS = 0.02;
+const MAX_SAMPLE = 20000;
 
 const quantile = (sorted, share) => sorted[Math.floor(share * (sorted.length - 1))];
 
@@ -30,19 +31,16 @@ function centerOf(element) {
   return low.map((v, i) => v / 2 + high[i] / 2);
 }
 
-/** What the middle half of the elements spans, and where its middle is. */
-function bulkOf(elements) {
-  const centers = elements.map(centerOf);
+/** What the middle half of the elements spans, and where its middle is; of very many, a part tells. */
+function bulkOf(all) {
+  const step = Math.ceil(all.length / MAX_SAMPLE);
+  const extents = all.filter((_, i) => i % step === 0).map((element) => extentOf([element]));
   const spans = [0, 1, 2].map((i) => {
-    const sorted = Float64Array.from(centers, (c) => c[i]).sort();
+    const sorted = Float64Array.from(extents, ({ low, high }) => low[i] / 2 + high[i] / 2).sort();
     return { middle: quantile(sorted, 0.5), size: quantile(sorted, 0.75) - quantile(sorted, 0.25) };
   });
-  const sizes = Float64Array.from(elements, (element) => {
-    const { low, high } = extentOf([element]);
-    return Math.max(...high.map((v, i) => v - low[i]));
-  }).sort();
-  return { centers, middle: spans.map((s) => s.middle),
-    size: Math.max(...spans.map((s) => s.size), quantile(sizes, 0.5)) };
+  const sizes = Float64Array.from(extents, ({ low, high }) => Math.max(high[0] - low[0], high[1] - low[1], high[2] - low[2])).sort();
+  return { middle: spans.map((s) => s.middle), size: Math.max(...spans.map((s) => s.size), quantile(sizes, 0.5)) };
 }
 
 /** The finest decimal resolution that leaves half of the design plane free for what is drawn later. */
@@ -74,10 +72,10 @@ export function planDesignPlane(elements) {
   const isFine = (plane, size) => plane.fits && (plane.uorPerMaster === 10 ** MAX_DIGITS || size === 0
     || 1 / plane.uorPerMaster <= PRECISION * size || isExact(elements, plane));
   if (whole.fits && whole.uorPerMaster === 10 ** MAX_DIGITS) return { plane: whole, elements, outliers: [] };
-  const { centers, middle, size } = bulkOf(elements);
+  const { middle, size } = bulkOf(elements);
   if (isFine(whole, size)) return { plane: whole, elements, outliers: [] };
-  const isFar = (c) => c.some((v, i) => Math.abs(v - middle[i]) > FAR * size);
-  const far = new Set(elements.filter((_, i) => isFar(centers[i])));
+  const isFar = (element) => centerOf(element).some((v, i) => Math.abs(v - middle[i]) > FAR * size);
+  const far = new Set(elements.filter(isFar));
   const near = elements.filter((element) => !far.has(element));
   if (far.size > 0 && elements.length > 3 && far.size <= Math.max(1, MAX_OUTLIERS * elements.length)) {
     const plane = plan(near);

@@ -126,6 +126,7 @@ export class TextCodec {
   }
 
   encode(text) {
+    if (/^[\x20-\x7e]*$/.test(text)) return Buffer.from(text, 'latin1');
     return Uint8Array.from(text.replace(/[\0-\x1f\x7f]/g, ' ').split('').flatMap((unit) => this.#encodeUnit(unit)));
   }
 

@@ -86,6 +86,7 @@ class ElementWriter {
 
   /** Fill and notes; returns what the properties must say of them. */
   attributes({ filled, fillColor, color, isHole, layerNote, blockNote }) {
+    if (!filled && !isHole && layerNote === undefined && blockNote === undefined) return 0;
     const notes = [[NOTE.layer, layerNote], [NOTE.block, blockNote]].filter(([, value]) => value !== undefined);
     if (filled) {
       FILL_LINKAGE.forEach((word) => this.u16(word));
@@ -200,10 +201,15 @@ function writeSimple(writer, element, complex) {
 /** Long texts go on behind themselves, as far as the width of characters tells. */
 function writeText(writer, element, complex) {
   let { origin } = element;
+  if (element.text.length < 64) {
+    const bytes = writer.codec.encode(element.text);
+    if (bytes.length < 256) return writeSimple(writer, { ...element, bytes }, complex);
+  }
   for (const [text, bytes] of writer.codec.pieces(element.text)) {
     writeSimple(writer, { ...element, origin, text, bytes }, complex);
     origin = origin.map((v, i) => v + element.xAxis[i] * element.width * text.length);
   }
+  return undefined;
 }
 
 /** A header, its members, and the header's length in words, which must not exceed what it can say. */
@@ -313,14 +319,13 @@ function writeElement(writer, element, complex, drawn) {
   if (kind === 'cell') return writeCell(writer, element, complex, drawn);
   if (kind === 'spline') return writeSpline(writer, element, complex);
   if (kind === 'text') return writeText(writer, element, complex);
-  const { points: _, ...common } = element;
   if (kind === 'lineString' && points.length > MAX_VERTICES) {
     if (complex) return pieces(element).forEach((piece) => writeSimple(writer, piece, true));
-    return writeChain(writer, { ...common, kind: 'chain', closed: false, members: [{ kind, points }] }, complex);
+    return writeChain(writer, { ...element, points: undefined, kind: 'chain', closed: false, members: [{ kind, points }] }, complex);
   }
   if (kind === 'shape' && points.length >= MAX_VERTICES) {
     const members = [{ kind: 'lineString', points: [...points, points[0]] }];
-    return writeChain(writer, { ...common, kind: 'chain', closed: true, members }, complex);
+    return writeChain(writer, { ...element, points: undefined, kind: 'chain', closed: true, members }, complex);
   }
   return writeSimple(writer, element, complex);
 }

@@ -44,7 +44,7 @@ function attribute(r, entity) {
   if (r.year >= 2010) r.u8();
   let paragraphs = null;
   if (r.year >= 2018 && r.u8() > 1) {
-    paragraphs = { ...entity, ...r.symbology(), kind: 'MTEXT', ...mtext(r) };
+    paragraphs = { ...r.symbology('MTEXT', entity.handle), ...mtext(r) };
     const size = r.bs();
     if (size > 0) {
       r.skip(8 * r.count(size, 8));

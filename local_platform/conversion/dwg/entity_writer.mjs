@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The entities that are written, as R2000 has them. Each is { kind, ..., } with symbology { layer, color, weight,
-// lineType }, handles all but the colour and the weight.
+// The entities that are written, as R2000 has them. Symbology is { layer, color, weight, lineType }, handles all but
+// the colour and the weight.
+
+import { OWNED, POINTER } from './object_writer.mjs';
 
 const TYPE = { ATTRIB: 2, SEQEND: 6, INSERT: 7, VERTEX_3D: 11, POLYLINE_3D: 16, ARC: 17, CIRCLE: 18, LINE: 19, POINT: 27,
   ELLIPSE: 35, SPLINE: 36, TEXT: 1, LWPOLYLINE: 77, HATCH: 78 };
 const UP = [0, 0, 1];
 
-function text(w, e, style) {
+function text(w, e) {
   const has = [e.insert[2] !== 0, Boolean(e.align), false, e.rotation !== 0, e.widthFactor !== 1, Boolean(e.generation),
     Boolean(e.across), Boolean(e.up)];
   w.u8(has.reduce((flags, present, i) => flags | (present ? 0 : 1 << i), 0));
@@ -22,7 +24,6 @@ function text(w, e, style) {
   if (has[5]) w.bs(e.generation);
   if (has[6]) w.bs(e.across);
   if (has[7]) w.bs(e.up);
-  return () => w.pointer(style);
 }
 
 function lightPolyline(w, { points, bulges, isClosed, elevation }) {
@@ -130,7 +131,6 @@ function insert(w, e) {
   w.bd(e.rotation);
   w.bd3(e.normal);
   w.bit(0);
-  return () => w.pointer(e.block);
 }
 
 function circle(w, e) {
@@ -184,30 +184,32 @@ const WRITE = {
 export const handlesOf = (entity) => (entity.kind === 'POLYLINE_3D' ? entity.points.length + 2 : 1);
 
 /** A polyline in space: its head, its vertices in a chain of their own, and their end. */
-function polyline(w, place, entity) {
+function polyline(w, place, symbology, entity) {
   const { handle } = place;
   const last = handle + entity.points.length;
-  w.entity(TYPE.POLYLINE_3D, place, entity, () => {
+  w.entity(TYPE.POLYLINE_3D, place, symbology, () => {
     w.u8(0);
     w.u8(entity.isClosed ? 1 : 0);
   }, () => {
-    w.handle(4, handle + 1);
-    w.handle(4, last);
-    w.handle(3, last + 1);
+    w.handle(POINTER.soft, handle + 1);
+    w.handle(POINTER.soft, last);
+    w.handle(OWNED.hard, last + 1);
   });
   entity.points.forEach((p, i) => {
     const own = handle + 1 + i;
     const chain = { handle: own, owner: handle, previous: i > 0 ? own - 1 : 0, next: own < last ? own + 1 : 0 };
-    w.entity(TYPE.VERTEX_3D, chain, entity, () => {
+    w.entity(TYPE.VERTEX_3D, chain, symbology, () => {
       w.u8(32);
       w.bd3(p);
     });
   });
-  w.entity(TYPE.SEQEND, { handle: last + 1, owner: handle, previous: 0, next: 0 }, entity, () => {});
+  w.entity(TYPE.SEQEND, { handle: last + 1, owner: handle, previous: 0, next: 0 }, symbology, () => {});
 }
 
-export function writeEntity(w, place, entity, textStyle) {
-  if (entity.kind === 'POLYLINE_3D') return polyline(w, place, entity);
-  let handles;
-  return w.entity(TYPE[entity.kind], place, entity, () => { handles = WRITE[entity.kind](w, entity, textStyle); }, () => handles?.());
+/** `used` is the handle of what the entity makes use of: a block, or the style of a text. */
+export function writeEntity(w, place, symbology, entity, used) {
+  if (entity.kind === 'POLYLINE_3D') return polyline(w, place, symbology, entity);
+  return w.entity(TYPE[entity.kind], place, symbology, () => WRITE[entity.kind](w, entity), () => {
+    if (entity.kind === 'TEXT' || entity.kind === 'INSERT') w.pointer(used);
+  });
 }

@@ -21,11 +21,10 @@ export class Bytes {
     return this.length - count;
   }
 
-  add(bytes) { this.#buffer.set(bytes, this.#room(bytes.length)); }
-  u8(value) { this.#buffer[this.#room(1)] = value; }
-  u16(value) { this.#buffer.writeUInt16LE(value, this.#room(2)); }
-  u16be(value) { this.#buffer.writeUInt16BE(value, this.#room(2)); }
-  u32(value) { this.#buffer.writeUInt32LE(value, this.#room(4)); }
+  // The place first: to make it may take another buffer.
+  add(bytes) { const at = this.#room(bytes.length); this.#buffer.set(bytes, at); }
+  u16(value) { const at = this.#room(2); this.#buffer.writeUInt16LE(value, at); }
+  u16be(value) { const at = this.#room(2); this.#buffer.writeUInt16BE(value, at); }
   crc(from) { return crc16(this.#buffer, from, this.length); }
   take() { return this.#buffer.subarray(0, this.length); }
 }

@@ -177,7 +177,7 @@ export class ObjectReader extends BitReader {
   #reactorsAndDictionary(reactors) {
     const hasNoDictionary = this.year >= 2004 && this.bit();
     if (this.year >= 2013) this.bit();
-    this.refs(reactors);
+    if (reactors > 0) this.refs(reactors);
     if (!hasNoDictionary) this.ref();
   }
 
@@ -196,10 +196,10 @@ export class ObjectReader extends BitReader {
     this.#head();
     if (this.bit()) this.skip(8 * this.count(this.year >= 2010 ? this.bll() : this.u32(), 8));
     if (this.year < 2000) this.parts(this.begin + this.u32());
-    return { kind, handle: this.own, ...this.symbology() };
+    return this.symbology(kind, this.own);
   }
 
-  symbology() {
+  symbology(kind, handle) {
     const { year } = this;
     const space = this.bb();
     const reactors = this.bl();
@@ -211,7 +211,7 @@ export class ObjectReader extends BitReader {
     const color = this.#entityColor();
     const lineTypeScale = this.bd();
     if (old) {
-      return { space, owner, ...old, lineTypeFlags: old.lineType === null ? 0 : 3, next, color, lineTypeScale,
+      return { kind, handle, space, owner, ...old, lineTypeFlags: old.lineType === null ? 0 : 3, next, color, lineTypeScale,
         isHidden: (this.bs() & 1) !== 0, lineWeight: -1 };
     }
     if (this.hasNamedColor) this.ref();
@@ -226,7 +226,7 @@ export class ObjectReader extends BitReader {
     if (this.bb() === 3) this.ref();
     if (year >= 2010) for (let i = 0; i < 3; i++) if (this.bit()) this.ref();
     const isHidden = (this.bs() & 1) !== 0;
-    return { space, owner, layer, lineType, lineTypeFlags, next, color, lineTypeScale, isHidden,
+    return { kind, handle, space, owner, layer, lineType, lineTypeFlags, next, color, lineTypeScale, isHidden,
       lineWeight: lineWeightOf(this.u8()) };
   }
 

@@ -137,9 +137,8 @@ class DrawingWriter {
     [this.textStyle] = [...template.textStyles.values()].map((style) => style.handle);
   }
 
-  #symbology(entity) {
-    return { ...entity, layer: this.layers.get(entity.layer) ?? this.layerZero, lineType: this.lineTypes[entity.lineType],
-      block: entity.kind === 'INSERT' ? this.blocks.get(entity.block).handle : undefined };
+  #symbology({ layer, color, weight, lineType }) {
+    return { layer: this.layers.get(layer) ?? this.layerZero, color, weight, lineType: this.lineTypes[lineType] };
   }
 
   /** The entities of a block, or of the model without an owner: { first, last } of their chain. */
@@ -147,7 +146,8 @@ class DrawingWriter {
     const handles = entities.map((entity) => this.#take(handlesOf(entity)));
     entities.forEach((entity, i) => {
       const place = { handle: handles[i], owner, previous: handles[i - 1] ?? 0, next: handles[i + 1] ?? 0 };
-      writeEntity(this.writer, place, this.#symbology(entity), this.textStyle);
+      const used = entity.kind === 'INSERT' ? this.blocks.get(entity.block).handle : this.textStyle;
+      writeEntity(this.writer, place, this.#symbology(entity), entity, used);
     });
     return { first: handles[0] ?? 0, last: handles.at(-1) ?? 0 };
   }

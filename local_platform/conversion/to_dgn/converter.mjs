@@ -117,6 +117,7 @@ export class Converter {
   layers = new Map();
   blockNames = [];
   #count = 0;
+  #lastLayer = null;
   #group = 0;
   #contents = new Map();
   note = (what) => this.drawn.add(what);
@@ -184,12 +185,13 @@ export class Converter {
   }
 
   #put(parts, outer, symbology, name) {
-    const elements = parts.map((part) => mapElement(outer.map, part));
-    const whole = elements.filter(isFinite);
-    if (whole.length < elements.length) this.leftOut.add(`${name} without a place`);
     // Several elements of one entity stay together as a graphic group.
-    const group = outer.group || (whole.length > 1 && outer.into === this.elements ? this.#nextGroup() : 0);
-    for (const element of whole) outer.into.push(this.#styled(element, { ...symbology, group }));
+    if (!outer.group && parts.length > 1 && outer.into === this.elements) symbology.group = this.#nextGroup();
+    for (const part of parts) {
+      const element = mapElement(outer.map, part);
+      if (isFinite(element)) outer.into.push(this.#styled(element, symbology));
+      else this.leftOut.add(`${name} without a place`);
+    }
   }
 
   #nextGroup() { return (this.#group = (this.#group % 0xffff) + 1); }
@@ -198,12 +200,23 @@ export class Converter {
     if (++this.#count > MAX_ELEMENTS) {
       throw new Refusal(`the drawing has more than ${MAX_ELEMENTS} elements when its blocks are drawn out`, 'tooLarge');
     }
-    this.layers.get(symbology.layer.name).use++;
     const { layer, color, weight, style, group } = symbology;
-    const own = element.color === undefined || element.color === null ? color : this.#colorOf(element.color, symbology);
-    const result = { ...element, layer, color: own, weight, style, group };
-    if (element.kind === 'cell') result.members = element.members.map((m) => this.#styled(m, { ...symbology, color: own, group: 0 }));
-    return result;
+    this.#use(layer);
+    element.color = element.color === undefined || element.color === null ? color : this.#colorOf(element.color, symbology);
+    element.layer = layer;
+    element.weight = weight;
+    element.style = style;
+    element.group = group;
+    element.level = 0;
+    element.layerNote = undefined;
+    if (element.kind === 'cell') element.members.forEach((m) => this.#styled(m, { ...symbology, color: element.color, group: 0 }));
+    return element;
+  }
+
+  #use(layer) {
+    // Most elements lie on the layer of the one before.
+    if (this.#lastLayer?.layer !== layer) this.#lastLayer = this.layers.get(layer.name);
+    this.#lastLayer.use++;
   }
 
   #colorOf(color, { byBlock, layer, color: inherited }) {
@@ -245,8 +258,9 @@ export class Converter {
     fill(members);
     if (members.length === 0) return;
     const { layer, color, weight, style } = symbology;
-    this.layers.get(layer.name).use++;
-    const cell = { kind: 'cell', name, origin, axes, members, layer, color, weight, style, group: outer.group, looseGroup: outer.group || this.#nextGroup() };
+    this.#use(layer);
+    const cell = { kind: 'cell', name, origin, axes, members, layer, color, weight, style, group: outer.group, level: 0,
+      layerNote: undefined, looseGroup: outer.group || this.#nextGroup() };
     if (name) cell.blockNote = this.#blockNote(name);
     if (finite([origin, ...axes])) outer.into.push(cell);
     else this.leftOut.add('INSERT without a place');

@@ -93,7 +93,7 @@ export class Converter {
       // A fill has one colour, its outline another.
       const isOutlined = entity.kind === 'HATCH' && element.fillColor !== undefined && element.fillColor !== element.color;
       const color = entity.kind === 'HATCH' ? this.colors[element.fillColor ?? element.color] : symbology.color;
-      into.push({ ...entity, ...symbology, color });
+      into.push(Object.assign(entity, symbology, { color }));
       if (isOutlined) this.#element({ ...element, filled: false, fillColor: undefined }, into);
     }
     return undefined;
