@@ -228,6 +228,21 @@ describe('the command', () => {
     assert.equal(readDgn(readFileSync(back)).elements.length, 1);
   });
 
+  test('reports what came and went, and which refusal it was', () => {
+    const report = inScratch('report.json');
+    const told = () => JSON.parse(readFileSync(report));
+    run('--report', report, file('r.dgn', dimension), inScratch('r.dwg'));
+    const { outcome, came, leftOut, check, tolerance } = told();
+    assert.deepEqual([outcome, came, leftOut, check.agrees, check.kinds], ['converted', { LINE: 1 }, { DIMENSION: 1 }, true, { lines: 1 }]);
+    assert.equal(tolerance.curves, 1e-4);
+    for (const [kind, name, bytes] of [['tooNew', 's.dgn', Buffer.from('d0cf11e0a1b11ae10000', 'hex')], ['tooOld', 's.dwg', 'AC1006' + ' '.repeat(99)],
+      ['damaged', 't.dwg', dwg.subarray(0, -300)], ['empty', 'u.dwg', '']]) {
+      const to = name.endsWith('dwg') ? 'r.dgn' : 'r.dwg';
+      const { stderr } = run('--report', report, file(name, bytes), inScratch(to));
+      assert.deepEqual([told().outcome, told().kind, `${told().reason}\n`], ['refused', kind, stderr]);
+    }
+  });
+
   const refused = { dgn: inScratch('refused.dwg'), dwg: inScratch('refused.dgn') };
   for (const [reason, ...args] of [
     [/the file is empty/, file('a.dgn', ''), refused.dgn],

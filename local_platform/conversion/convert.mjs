@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// node convert.mjs [dgn2dwg|dwg2dgn] [--codepage NAME] [--seconds N] IN OUT
+// node convert.mjs [dgn2dwg|dwg2dgn] [--codepage NAME] [--seconds N] [--report FILE] IN OUT
 //
 // Ends with 0 and the drawing in OUT, saying on standard output what was left out, if anything; or with
-// another code, one line of reason on standard error, and no OUT.
+// another code, one line of reason on standard error, and no OUT. Either way the report is in FILE.
 
 import { readFileSync, renameSync, rmSync, writeFileSync } from 'node:fs';
 import { extname } from 'node:path';
@@ -10,14 +10,16 @@ import { fileURLToPath } from 'node:url';
 import { parseArgs } from 'node:util';
 import { Worker, isMainThread, parentPort, workerData } from 'node:worker_threads';
 import { Refusal } from './outcome.mjs';
+import { lineOf, reportOf, reportOfRefusal } from './report.mjs';
 
-const USAGE = 'usage: node convert.mjs [dgn2dwg|dwg2dgn] [--codepage NAME] [--seconds N] IN OUT';
+const USAGE = 'usage: node convert.mjs [dgn2dwg|dwg2dgn] [--codepage NAME] [--seconds N] [--report FILE] IN OUT';
 const DIRECTIONS = ['dgn2dwg', 'dwg2dgn'];
 const DEFAULT_SECONDS = 120;
 const MEMORY_MIB = 4096;
 
 function readArguments(args) {
-  const options = { codepage: { type: 'string' }, seconds: { type: 'string', default: `${DEFAULT_SECONDS}` } };
+  const options = { codepage: { type: 'string' }, seconds: { type: 'string', default: `${DEFAULT_SECONDS}` },
+    report: { type: 'string' } };
   const { values, positionals } = parse(args, options);
   const explicit = DIRECTIONS.includes(positionals[0]) ? positionals.shift() : null;
   const [input, output] = positionals;
@@ -26,7 +28,7 @@ function readArguments(args) {
   const suffix = (path) => extname(path).slice(1).toLowerCase();
   const direction = explicit ?? `${suffix(input)}2${suffix(output)}`;
   if (!DIRECTIONS.includes(direction)) throw new Refusal(USAGE);
-  return { direction, input, output, seconds, codePage: values.codepage };
+  return { direction, input, output, seconds, codePage: values.codepage, report: values.report };
 }
 
 function parse(args, options) {
@@ -54,31 +56,33 @@ function convert({ direction, input, seconds, codePage }) {
       resourceLimits: { maxOldGenerationSizeMb: MEMORY_MIB },
     });
     const timer = setTimeout(() => {
-      reject(new Refusal(`the conversion took more than ${seconds} seconds`));
+      reject(new Refusal(`the conversion took more than ${seconds} seconds`, 'tooSlow'));
       worker.terminate();
     }, seconds * 1000);
     worker.once('message', (answer) => {
       clearTimeout(timer);
-      if (answer.reason) reject(new Refusal(answer.reason));
+      if (answer.reason) reject(new Refusal(answer.reason, answer.kind));
       else resolve(answer);
     });
     worker.once('error', (error) => {
       clearTimeout(timer);
-      reject(error.code === 'ERR_WORKER_OUT_OF_MEMORY' ? new Refusal('the drawing needs too much memory') : error);
+      reject(error.code === 'ERR_WORKER_OUT_OF_MEMORY' ? new Refusal('the drawing needs too much memory', 'tooLarge') : error);
     });
   });
 }
 
 async function work({ direction, bytes, codePage }) {
+  const start = performance.now();
   try {
     const source = Buffer.from(bytes.buffer, bytes.byteOffset, bytes.length);
     const result = direction === 'dgn2dwg'
       ? (await import('./dgn_to_dwg.mjs')).dgnToDwg(source, { codePage })
       : (await import('./dwg_to_dgn.mjs')).dwgToDgn(source, { codePage });
-    parentPort.postMessage({ bytes: result.bytes, leftOut: `${result.leftOut}` });
+    const report = reportOf(direction, source, result, (performance.now() - start) / 1000);
+    parentPort.postMessage({ bytes: result.bytes, leftOut: `${result.leftOut}`, report: JSON.stringify({ summary: lineOf(report), ...report }) });
   } catch (error) {
-    const reason = error instanceof Refusal ? error.message : `the drawing cannot be converted: ${error.message}`;
-    parentPort.postMessage({ reason });
+    if (!(error instanceof Refusal)) return parentPort.postMessage({ reason: `the drawing cannot be converted: ${error.message}`, kind: 'other' });
+    return parentPort.postMessage({ reason: error.message, kind: error.kind });
   }
 }
 
@@ -95,14 +99,21 @@ function writeOutput(path, bytes) {
 }
 
 async function main() {
+  let options = null;
+  const start = performance.now();
   try {
-    const options = readArguments(process.argv.slice(2));
-    const { bytes, leftOut } = await convert(options);
+    options = readArguments(process.argv.slice(2));
+    const { bytes, leftOut, report } = await convert(options);
     writeOutput(options.output, bytes);
+    if (options.report) writeOutput(options.report, `${report}\n`);
     if (leftOut) console.log(`left out: ${leftOut}`);
   } catch (error) {
-    console.error(String(error.message).replace(/\s+/g, ' ').slice(0, 500));
+    const reason = String(error.message).replace(/\s+/g, ' ').slice(0, 500);
+    console.error(reason);
     process.exitCode = 1;
+    if (!options?.report) return;
+    const report = reportOfRefusal(options.direction, error.kind ?? 'other', reason, (performance.now() - start) / 1000);
+    writeFileSync(options.report, `${JSON.stringify({ summary: lineOf(report), ...report })}\n`);
   }
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+import { certifyDwg } from './certificate.mjs';
 import { extentOf } from './dgn/extent.mjs';
 import { readDgn } from './dgn/reader.mjs';
 import { writeDwg } from './dwg/writer.mjs';
@@ -13,7 +14,8 @@ const SHEET = 400;
 /** Throws Refusal. { bytes, leftOut, ... } as report.mjs describes it. */
 export function dgnToDwg(bytes, { codePage } = {}) {
   const drawing = readDgn(bytes, codePage);
-  const { entities, blocks, layers, source, leftOut, drawn } = new Converter(drawing);
+  const converter = new Converter(drawing);
+  const { entities, blocks, layers, source, leftOut, drawn } = converter;
   if (entities.length === 0) throw new Refusal('the DGN file holds nothing that can be converted', 'empty');
   const { low, high } = extentOf(drawing.elements);
   const written = writeDwg({
@@ -21,7 +23,8 @@ export function dgnToDwg(bytes, { codePage } = {}) {
     lineTypeScale: Math.max(high[0] - low[0], high[1] - low[1], 1e-6) / SHEET,
     layers: [...layers.values()], blocks, entities,
   });
-  return { bytes: written.bytes, leftOut, drawn, source, references: [], entities, blocks,
+  return { bytes: written.bytes, leftOut, drawn, source, references: [],
+    check: certifyDwg(written.bytes, { drawing, converter, codePage: written.codePage }),
     layers: Object.fromEntries([...layers.keys()].map((name) => [name, name])), from: 'DGN V7', damaged: [],
-    codePage: written.codePage, sourceCodePage: drawing.codePage, resolution: 0 };
+    codePage: written.codePage, sourceCodePage: drawing.codePage, sharedLevels: 0, resolution: 0 };
 }

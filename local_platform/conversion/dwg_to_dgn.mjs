@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+import { certifyDgn } from './certificate.mjs';
 import { writeDgn } from './dgn/writer.mjs';
 import { readDwg } from './dwg/document.mjs';
 import { Refusal } from './outcome.mjs';
@@ -39,10 +40,12 @@ export function dwgToDgn(bytes, { codePage } = {}) {
   const written = writeDgn({ elements, colors: DWG_COLOR_TABLE, unitName: unitName(document.settings.units),
     hiddenLevels: assigned.hiddenLevels, codePage, notes, drawn });
   leftOut.add('elements far from the rest of the drawing', written.outliers.length);
+  const resolution = 1 / written.plane.uorPerMaster;
   return {
-    bytes: written.bytes, leftOut, drawn, source, references, elements,
+    bytes: written.bytes, leftOut, drawn, source, references, elements: written.elements,
+    check: certifyDgn(written.bytes, { elements: written.elements, codePage: written.codePage, resolution }),
     layers: Object.fromEntries(assigned.levels), sharedLevels: assigned.sharing.size,
     from: document.release, damaged: document.damaged, codePage: written.codePage, sourceCodePage: document.codePage,
-    resolution: 1 / written.plane.uorPerMaster,
+    resolution,
   };
 }

@@ -41,8 +41,9 @@ export function arcExtremes(arc) {
   return points;
 }
 
+/** As close to the arc as a ten-thousandth of its diameter. */
 export function strokeArc(arc) {
-  const steps = Math.max(2, Math.ceil((Math.abs(arc.sweep) / FULL_TURN) * 72));
+  const steps = Math.max(2, Math.ceil((Math.abs(arc.sweep) / FULL_TURN) * 160));
   return Array.from({ length: steps + 1 }, (_, i) => arcPoint(arc, arc.start + (arc.sweep * i) / steps));
 }
 

@@ -67,6 +67,9 @@ const DGN_COLOR_OF = new Map(DWG_COLORS.map((index, color) => [index, color]));
 export const DWG_COLOR_TABLE = Array.from({ length: 256 }, (_, i) =>
   (i < DWG_COLORS.length ? indexRgb(DWG_COLORS[i]) : [0, 0, 0]));
 
+/** DWG's number of each colour of that table. */
+export const DWG_COLOR_NUMBERS = DWG_COLORS;
+
 const trueColors = new Map();
 
 /** The number, in DWG_COLOR_TABLE, of a colour that is neither by layer nor by block. */

@@ -72,14 +72,15 @@ function tableOf(page) {
   if (tables.has(page)) return tables.get(page);
   const bytesOf = new Map();
   const lenient = new TextDecoder(page);
-  const learn = (bytes) => {
-    const unit = lenient.decode(Uint8Array.from(bytes));
-    if (unit.length === 1 && unit !== '\ufffd' && !bytesOf.has(unit)) bytesOf.set(unit, bytes);
+  // A line for each code, so that one call decodes many.
+  const learn = (codes) => {
+    lenient.decode(Uint8Array.from(codes.flatMap((bytes) => [...bytes, 0x0a]))).split('\n').forEach((unit, i) => {
+      if (unit.length === 1 && unit !== '\ufffd' && !bytesOf.has(unit)) bytesOf.set(unit, codes[i]);
+    });
   };
-  for (let lead = 0x80; lead < 0x100; lead++) learn([lead]);
-  for (let lead = 0x81; lead < 0xff; lead++) {
-    for (let trail = 0x40; trail < 0xff; trail++) learn([lead, trail]);
-  }
+  const codes = (from, to, make) => Array.from({ length: to - from }, (_, i) => make(from + i));
+  learn(codes(0x80, 0x100, (lead) => [lead]));
+  for (let lead = 0x81; lead < 0xff; lead++) learn(codes(0x40, 0xff, (trail) => [lead, trail]));
   tables.set(page, bytesOf);
   return bytesOf;
 }

@@ -385,7 +385,7 @@ function* textsOf(elements) {
   }
 }
 
-/** Throws Refusal. `elements` must not be empty. Returns { bytes, plane, outliers, codePage }; the page is the one
+/** Throws Refusal. `elements` must not be empty. Returns { bytes, plane, elements, outliers, codePage }; the page is the one
     asked for, or the one that has the characters of the texts. What is drawn otherwise than it was is counted in `drawn`. */
 export function writeDgn({ elements: all, colors = DEFAULT_COLORS, unitName = 'mu', hiddenLevels = [], codePage, notes,
   drawn = { add() {} } }) {
@@ -406,5 +406,5 @@ export function writeDgn({ elements: all, colors = DEFAULT_COLORS, unitName = 'm
   if (notes) writeNotes(writer, { ...notes, codePage: page });
   for (const element of elements) writeElement(writer, element, false, drawn);
   writer.u16(END_MARK);
-  return { bytes: writer.bytes(), plane, outliers, codePage: page };
+  return { bytes: writer.bytes(), plane, elements, outliers, codePage: page };
 }

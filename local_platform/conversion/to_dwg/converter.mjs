@@ -68,17 +68,22 @@ export class Converter {
   }
 
   /** The layer that the drawing had before it became a DGN, or one named by its level. */
-  #layerOf({ level, layerNote }) {
+  layerOf({ level, layerNote }) {
     const { notes, hiddenLevels } = this.drawing;
     const name = notes?.sharing?.[layerNote] ?? notes?.layers?.[level] ?? layerNameOfLevel(level);
     if (!this.layers.has(name)) this.layers.set(name, { name, isOn: !hiddenLevels.has(level) });
     return name;
   }
 
+  /** The elements of a shared cell where an instance has them. */
+  contentOf({ name, axes: [x, y, z], origin }) {
+    return this.drawing.definitions.get(name).members.map((member) => mapElement({ x, y, z, origin }, member));
+  }
+
   #symbology(element) {
     const weight = lineWeightNumber(element.weight);
     if (element.weight !== weight) this.note('weights above 23 as 2.11 mm');
-    return { layer: this.#layerOf(element), color: this.colors[element.color], weight, lineType: element.style };
+    return { layer: this.layerOf(element), color: this.colors[element.color], weight, lineType: element.style };
   }
 
   #element(element, into) {

@@ -59,6 +59,9 @@ function widthOf({ xAxis, yAxis, height, range, text }) {
   return width > 0 && width < 4 * height * Math.max(1, text.length) ? width : null;
 }
 
+/** Characters that begin a notation of DWG, so that they are taken as they are. */
+const literally = (value) => value.replace(/\^/g, '^ ').replace(/%%(?=[dpcuok%\d])/gi, '%%%%%%');
+
 function text(element) {
   const { origin, xAxis, yAxis, height, width, text: value, justification = 2 } = element;
   if (!value || !(height > 0)) return null;
@@ -66,7 +69,7 @@ function text(element) {
   const system = ocs(normal);
   const insert = toOcs(system, origin);
   const { across, up } = placeOfJustification(justification);
-  const result = { kind: 'TEXT', value, insert, align: null, normal: system.z, height, across, up: up === 0 ? 0 : up + 1,
+  const result = { kind: 'TEXT', value: literally(value), insert, align: null, normal: system.z, height, across, up: up === 0 ? 0 : up + 1,
     rotation: Math.atan2(dot(xAxis, system.y), dot(xAxis, system.x)), widthFactor: width > 0 ? width / height : 1 };
   if (across || up) {
     const reach = (widthOf(element) ?? width * value.length) * (across / 2);

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+// What a drawing amounts to: how many things of which kind on which layer in which colour, how long all
+// lines are together, what is written, and how far it reaches. Two readings of one drawing must amount to
+// the same, however its elements were cut or grouped.
+
+import { outline } from './dgn/extent.mjs';
+import { FULL_TURN, arcExtremes, arcPoint, dot, length, subtract } from './geometry.mjs';
+import { strokeSpline } from './spline.mjs';
+
+const CURVE_STEPS = 64;
+
+function polygonLength(points, closed) {
+  let sum = 0;
+  for (let i = 1; i < points.length; i++) sum += length(subtract(points[i], points[i - 1]));
+  return closed && points.length > 1 ? sum + length(subtract(points[0], points[points.length - 1])) : sum;
+}
+
+function arcLength(arc) {
+  const [a, b] = [length(arc.axis1), length(arc.axis2)];
+  if (Math.abs(a - b) <= 1e-9 * a && Math.abs(dot(arc.axis1, arc.axis2)) <= 1e-9 * a * b) return a * Math.abs(arc.sweep);
+  const steps = Math.ceil((CURVE_STEPS * Math.abs(arc.sweep)) / FULL_TURN) * 8;
+  const points = Array.from({ length: steps + 1 }, (_, i) => arcPoint(arc, arc.start + (arc.sweep * i) / steps));
+  return polygonLength(points, false);
+}
+
+class Sum {
+  kinds = new Map();
+  groups = new Map();
+  texts = new Map();
+  low = [Infinity, Infinity, Infinity];
+  high = [-Infinity, -Infinity, -Infinity];
+  length = 0;
+  curved = 0;
+
+  constructor(resolution) {
+    this.resolution = resolution;
+  }
+
+  count(kind, layer, color, size) {
+    this.kinds.set(kind, (this.kinds.get(kind) ?? 0) + 1);
+    const key = `${layer}\u0000${color}`;
+    const group = this.groups.get(key);
+    if (group) group.length += size;
+    else this.groups.set(key, { layer, color, length: size });
+    this.length += size;
+  }
+
+  reach(points) {
+    for (const p of points) {
+      for (let i = 0; i < 3; i++) {
+        if (p[i] < this.low[i]) this.low[i] = p[i];
+        if (p[i] > this.high[i]) this.high[i] = p[i];
+      }
+    }
+  }
+
+  add(element, layer, color) {
+    switch (element.kind) {
+      case 'text':
+        if (!element.text.trim()) return undefined; // nobody sees it
+        this.reach([element.origin]);
+        this.texts.set(element.text, (this.texts.get(element.text) ?? 0) + 1);
+        return this.count('texts', layer, color, 0);
+      case 'points':
+        this.reach(element.points);
+        return element.points.forEach(() => this.count('points', layer, color, 0));
+      case 'arc':
+      case 'ellipse':
+        this.reach(arcExtremes(element));
+        return this.count('arcs', layer, color, arcLength(element));
+      case 'spline': {
+        const points = strokeSpline(element);
+        this.reach(points);
+        const size = polygonLength(points, false);
+        this.curved += size;
+        return this.count('curves', layer, color, size);
+      }
+      default: {
+        this.reach(element.points);
+        const size = polygonLength(element.points, element.kind === 'shape');
+        const isShort = element.points.length === 2 && size <= 2 * this.resolution;
+        return this.count(size === 0 && isShort ? 'points' : isShort ? 'specks' : 'lines', layer, color, size);
+      }
+    }
+  }
+}
+
+/** `layerOf` and `colorOf` say of an element what they are called in both readings; `contentOf` gives the elements of an
+    instance of a definition; `resolution` is the step between coordinates. */
+export function measure(elements, { layerOf, colorOf, contentOf, resolution }) {
+  const sum = new Sum(resolution);
+  const visit = (element, outer) => {
+    const [layer, color] = outer ?? [layerOf(element), colorOf(element)];
+    if (element.kind === 'cell') return element.members.forEach((member) => visit(member));
+    if (element.kind === 'instance') return contentOf(element).forEach((member) => visit(member));
+    if (element.filled || element.isHole) {
+      sum.reach(outline(element));
+      if (element.filled) sum.count('fills', layer, colorOf(element, true), 0);
+      if (!element.filled || element.fillColor === undefined || element.fillColor === element.color) return undefined;
+      return visit({ ...element, filled: false }, [layer, color]);
+    }
+    if (element.kind === 'chain') return element.members.forEach((member) => visit(member, [layer, color]));
+    return sum.add(element, layer, color);
+  };
+  elements.forEach((element) => visit(element));
+  return sum;
+}
+
+/** Lengths agree to this share of the whole; curves that were drawn as strokes only to their tolerance. */
+const SAME_LENGTH = 1e-6;
+const SAME_CURVE = 1e-3;
+const MAX_DIFFERENCES = 20;
+
+/** What two readings differ in, in words. `resolution` is the step between coordinates. */
+export function differences(expected, actual, resolution) {
+  const found = [];
+  const say = (what, a, b) => found.push(`${what}: ${b} instead of ${a}`);
+  const size = length(subtract(expected.high, expected.low));
+  const near = Math.max(2 * resolution, 1e-6 * size);
+  for (let i = 0; i < 3; i++) {
+    for (const [name, a, b] of [['lowest', expected.low[i], actual.low[i]], ['highest', expected.high[i], actual.high[i]]]) {
+      if (!(Math.abs(a - b) <= near)) say(`${name} ${'xyz'[i]}`, a, b);
+    }
+  }
+  const lengthTolerance = (whole, share) => SAME_LENGTH * whole + share + 4 * near;
+  for (const key of new Set([...expected.groups.keys(), ...actual.groups.keys()])) {
+    const [a, b] = [expected.groups.get(key)?.length ?? 0, actual.groups.get(key)?.length ?? 0];
+    const { layer, color } = expected.groups.get(key) ?? actual.groups.get(key);
+    const slack = lengthTolerance(expected.length, SAME_CURVE * (expected.curved + actual.curved));
+    if (!(Math.abs(a - b) <= slack)) say(`length on layer "${layer}" in colour ${color}`, a, b);
+  }
+  const count = (sum, kind) => sum.kinds.get(kind) ?? 0;
+  if (count(expected, 'fills') !== count(actual, 'fills')) say('fills', count(expected, 'fills'), count(actual, 'fills'));
+  // What is shorter than a step may become a point.
+  const points = [count(expected, 'points'), count(actual, 'points')];
+  if (points[1] < points[0] || points[1] > points[0] + count(expected, 'specks')) say('points', ...points);
+  const texts = (sum) => [...sum.texts].reduce((all, [text, count]) => all + text.trim().length * count, 0);
+  const missing = [...expected.texts].filter(([text, count]) => text.length < 60 && (actual.texts.get(text) ?? 0) < count);
+  if (missing.length > 0) found.push(`${missing.length} texts missing, as "${missing[0][0]}"`);
+  if (texts(expected) !== texts(actual)) say('characters', texts(expected), texts(actual));
+  return found.slice(0, MAX_DIFFERENCES);
+}
