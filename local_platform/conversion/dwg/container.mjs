@@ -24,15 +24,15 @@ const CODE_PAGES = [, 'windows-1252', 'iso-8859-1', 'iso-8859-2', 'iso-8859-3', 
   'windows-1258'];
 
 function release(bytes) {
-  if (bytes.length === 0) throw new Refusal('the file is empty');
+  if (bytes.length === 0) throw new Refusal('the file is empty', 'empty');
   const mark = bytes.toString('latin1', 0, 6);
   if (TOO_OLD.test(mark)) {
-    throw new Refusal(`this DWG file (${mark}) is too old: R13 is the first release that can be read`);
+    throw new Refusal(`this DWG file (${mark}) is too old: R13 is the first release that can be read`, 'tooOld');
   }
   if (mark in RELEASES) return { mark, year: RELEASES[mark] };
-  if (!/^AC1\d{3}/.test(mark)) throw new Refusal('this is not a DWG file');
-  throw new Refusal(mark > LATEST ? `this DWG file (${mark}) is too new: R2018 is the last release that can be read`
-    : `this DWG file is of no known release (${mark})`);
+  if (!/^AC1\d{3}/.test(mark)) throw new Refusal('this is not a DWG file', 'notADrawing');
+  if (mark > LATEST) throw new Refusal(`this DWG file (${mark}) is too new: R2018 is the last release that can be read`, 'tooNew');
+  throw new Refusal(`this DWG file is of no known release (${mark})`, 'notADrawing');
 }
 
 /** { mark, year, codePage, sections: { header, classes, handles, objects } }. Throws Refusal, Damage. */

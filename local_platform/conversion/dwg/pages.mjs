@@ -156,7 +156,7 @@ export function readPages(bytes) {
     at += 96;
     if (at + 16 * pageCount > map.length) throw new Damage('the map of sections is damaged');
     if (name) {
-      if (isSecret) throw new Refusal('the DWG file is locked with a password');
+      if (isSecret) throw new Refusal('the DWG file is locked with a password', 'locked');
       // No page unpacks to more than 1,500 times its size, so the file bounds what a section can hold.
       if (size > MAX_SECTION || size > 1500 * bytes.length) throw new Damage('the map of sections is damaged');
       sections[name] = Buffer.alloc(size);
