@@ -4,53 +4,34 @@
 #include "base/Text.h"
 #include "features/DemoAccounts.h"
 
-#include <cstring>
-#include <fcntl.h>
-#include <nlohmann/json.hpp>
-#include <set>
 #include <spdlog/spdlog.h>
-#include <stdexcept>
-#include <sys/file.h>
-#include <unistd.h>
 
 namespace local_platform {
 
 namespace {
 
-/// One platform for one data directory: a second would take the first one's uploads for orphans.
-int lockedDirectory(const std::filesystem::path& data)
-{
-    std::filesystem::create_directories(data);
-    const std::filesystem::path file = data / "lock";
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (descriptor < 0)
-        throw std::runtime_error(
-            "The data directory cannot be used: " + file.string() + ": " + std::strerror(errno));
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        ::close(descriptor);
-        throw std::runtime_error("The data directory is in use by another platform: " + data.string());
-    }
-    return descriptor;
-}
+constexpr long long secondsInADay = 86400;
 
 } // namespace
 
 Platform::Platform(const Options& options)
     : options_(options)
-    , lock_(lockedDirectory(options_.data))
+    , folder_(options_.data, DataFolder::Use::Serve)
     , clock_(options_.clockOffset)
-    , database_(options_.data / "platform.sqlite")
-    , files_(options_.data, options_.maxFileSize)
-    , outbox_(options_.outbox.empty() ? options_.data / "outbox" : options_.outbox)
+    , database_(folder_.database())
+    , files_(folder_.path(), options_.maxFileSize)
+    , trash_(database_, files_, clock_, options_.trashAge * secondsInADay)
+    , upkeep_(folder_, database_, files_, trash_)
+    , outbox_(options_.outbox.empty() ? folder_.outbox() : options_.outbox)
     , tokens_(database_, clock_, options_.tokenLifetime)
     , codes_(database_, clock_, outbox_, options_.codeLifetime)
     , accounts_(database_, tokens_, codes_, options_)
-    , projects_(database_, files_)
+    , projects_(database_, files_, trash_)
     , sharing_(database_, files_, clock_)
     , addressBook_(database_)
     , groups_(database_)
     , softwareTables_(database_)
-    , conversion_(options_)
+    , conversion_(options_, folder_.scratch())
 {
     accounts_.addTo(routes_);
     codes_.addTo(routes_);
@@ -61,26 +42,8 @@ Platform::Platform(const Options& options)
     softwareTables_.addTo(routes_);
     conversion_.addTo(routes_);
 
-    tidyUp();
     if (options_.demoAccounts)
         spdlog::info(addDemoAccounts(database_, options_.cipherKey));
-}
-
-Platform::~Platform()
-{
-    ::close(lock_);
-}
-
-void Platform::tidyUp()
-{
-    std::set<std::string> known;
-    database_.work().each("select stored_name from backups union all select stored_name from shared_files",
-        {}, [&](Database::Row& row) {
-            known.insert(row.text());
-            return true;
-        });
-    if (const int orphans = files_.removeOrphans(known))
-        spdlog::info("Removed {} unfinished or replaced files", orphans);
 }
 
 Reply Platform::answer(Call& call)

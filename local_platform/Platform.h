@@ -13,9 +13,12 @@
 #include "features/SoftwareTables.h"
 #include "features/Tokens.h"
 #include "http/Routes.h"
+#include "store/DataFolder.h"
 #include "store/Database.h"
 #include "store/FileStore.h"
 #include "store/Outbox.h"
+#include "store/Trash.h"
+#include "store/Upkeep.h"
 
 namespace local_platform {
 
@@ -23,9 +26,9 @@ namespace local_platform {
 class Platform
 {
 public:
-    /// Opens the data directory and brings it in order. Throws when it is unusable or another platform's.
+    /// Opens the data directory and brings it in order. Throws when it is unusable or none of this
+    /// platform's.
     explicit Platform(const Options& options);
-    ~Platform();
     Platform(const Platform&) = delete;
     Platform& operator=(const Platform&) = delete;
 
@@ -33,13 +36,13 @@ public:
     Reply answer(Call& call);
 
 private:
-    void tidyUp();
-
     Options options_;
-    int lock_;
+    DataFolder folder_;
     Clock clock_;
     Database database_;
     FileStore files_;
+    Trash trash_;
+    Upkeep upkeep_;
     Outbox outbox_;
     Tokens tokens_;
     Codes codes_;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform.h"
+#include "admin/Backup.h"
+#include "admin/Verify.h"
 #include "base/Options.h"
+#include "base/Text.h"
 #include "http/Server.h"
 #include "store/Secrets.h"
 
@@ -9,8 +12,11 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -31,6 +37,9 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     key->needs(certificate)->check(CLI::ExistingFile);
 
     app.add_option("--max-file-size", options.maxFileSize, "bytes of one uploaded file")
+        ->capture_default_str();
+    app.add_option("--trash-age", options.trashAge, "days that a replaced file stays in the trash")
+        ->check(CLI::Range(0, 36500))
         ->capture_default_str();
     app.add_option("--token-lifetime", options.tokenLifetime, "seconds")->capture_default_str();
     app.add_option("--code-lifetime", options.codeLifetime, "seconds")->capture_default_str();
@@ -54,6 +63,35 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_option("--log-level", logLevel)
         ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
         ->capture_default_str();
+}
+
+/// The text of a message as one line, whatever a client put into it.
+class MessageOnOneLine : public spdlog::custom_flag_formatter
+{
+public:
+    void format(const spdlog::details::log_msg& message, const std::tm&, spdlog::memory_buf_t& to) override
+    {
+        const std::string line = local_platform::oneLine({message.payload.data(), message.payload.size()});
+        to.append(line.data(), line.data() + line.size());
+    }
+    std::unique_ptr<custom_flag_formatter> clone() const override
+    {
+        return std::make_unique<MessageOnOneLine>();
+    }
+};
+
+void startLog(const std::string& level)
+{
+    auto formatter = std::make_unique<spdlog::pattern_formatter>();
+    formatter->add_flag<MessageOnOneLine>('*').set_pattern("[%Y-%m-%d %H:%M:%S.%e] [%n] [%^%l%$] %*");
+    spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
+    spdlog::set_formatter(std::move(formatter));
+    spdlog::set_level(spdlog::level::from_str(level));
+}
+
+CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description)
+{
+    return app.add_subcommand(name, description)->fallthrough();
 }
 
 int run(const Options& options)
@@ -86,12 +124,26 @@ try {
     options.converter = TAV_CONVERTER;
     std::string logLevel = "info";
     addOptions(app, options, logLevel);
+    app.require_subcommand(0, 1);
+    std::filesystem::path folder;
+    const CLI::App* verify = addCommand(app, "verify", "compare each stored file with its digest");
+    CLI::App* backup = addCommand(app, "backup", "copy all that a platform keeps, also while it runs");
+    backup->add_option("folder", folder, "a new or empty folder")->required();
+    CLI::App* restore = addCommand(app, "restore", "make a data folder of a backup");
+    restore->add_option("folder", folder, "the backup")->required();
     CLI11_PARSE(app, argc, argv);
 
-    spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
-    spdlog::set_level(spdlog::level::from_str(logLevel));
+    // What is written is for the platform's own account alone.
+    ::umask(077);
+    startLog(logLevel);
+    if (*verify)
+        return local_platform::verify(options.data);
+    if (*backup)
+        return local_platform::copyDataFolder(options.data, folder, local_platform::Copying::MayLink);
+    if (*restore)
+        return local_platform::copyDataFolder(folder, options.data, local_platform::Copying::Copies);
     return run(options);
 } catch (const std::exception& error) {
-    std::fprintf(stderr, "tav-local-platform: %s\n", error.what());
+    std::fprintf(stderr, "tav-local-platform: %s\n", local_platform::oneLine(error.what()).c_str());
     return 1;
 }

@@ -25,6 +25,7 @@ struct Options
     std::uint64_t maxFileSize = 1ull << 30; ///< bytes of one uploaded file
     long long tokenLifetime = 43200; ///< seconds
     long long codeLifetime = 600; ///< seconds
+    long long trashAge = 30; ///< days
     long long clockOffset = 0; ///< seconds
 
     std::string converter; ///< script run as: node SCRIPT IN OUT

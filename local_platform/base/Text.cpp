@@ -2,6 +2,7 @@
 #include "base/Text.h"
 
 #include <algorithm>
+#include <ctime>
 #include <nlohmann/json.hpp>
 
 namespace local_platform {
@@ -78,6 +79,34 @@ long long idFrom(const std::string& text)
     if (text.empty() || text.size() > digitsThatFit || !std::all_of(text.begin(), text.end(), isDigit))
         return -1;
     return std::stoll(text);
+}
+
+std::string oneLine(const std::string& text)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    std::string line;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        // U+0080 to U+009F, U+2028 and U+2029 break lines or steer terminals, too.
+        const bool latinControl =
+            byte == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
+        const bool separator = text.compare(i, 2, "\xe2\x80") == 0 && i + 2 < text.size()
+            && (text[i + 2] == '\xa8' || text[i + 2] == '\xa9');
+        if (byte < ' ' || byte == 0x7f || latinControl || separator)
+            line += {'\\', 'x', digits[byte / 16], digits[byte % 16]};
+        else
+            line += text[i];
+    }
+    return line;
+}
+
+std::string timeText(long long time)
+{
+    const auto seconds = static_cast<std::time_t>(time);
+    std::tm parts = {};
+    char text[32];
+    return std::string(
+        text, ::gmtime_r(&seconds, &parts) ? std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts) : 0);
 }
 
 bool startsWith(const std::string& text, const std::string& prefix)

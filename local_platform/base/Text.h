@@ -19,6 +19,11 @@ std::string percentDecoded(const std::string& text);
 /// A positive decimal number, or -1, which is nobody's id.
 long long idFrom(const std::string& text);
 
+/// The text with each control character written out, so that it stays on one line of a log or a terminal.
+std::string oneLine(const std::string& text);
+/// Seconds since 1970 as 20260131T235959Z.
+std::string timeText(long long time);
+
 bool startsWith(const std::string& text, const std::string& prefix);
 bool isPhone(const std::string& text);
 bool isMail(const std::string& text);

@@ -68,7 +68,7 @@ Json Accounts::signIn(Call& call)
     std::optional<long long> user;
     std::string hash;
     {
-        auto db = database_.work();
+        auto db = database_.read();
         user = findUser(db, form.text("username"));
         if (user)
             hash = db.text("select password_hash from users where id = :id", {*user}).value_or("");

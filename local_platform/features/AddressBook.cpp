@@ -45,7 +45,7 @@ void AddressBook::addTo(Routes& routes)
 
 Json AddressBook::list(Call& call)
 {
-    return success(database_.work().all<Friend>(
+    return success(database_.read().all<Friend>(
         R"(select book.id, users.username, book.phone, book.remark, book.unit
            from address_book book join users on users.id = book.friend_id
            where book.owner_id = :user order by book.id)",

@@ -80,14 +80,12 @@ Xml fault(const std::string& who, const std::string& reason)
 
 } // namespace
 
-Conversion::Conversion(const Options& options)
+Conversion::Conversion(const Options& options, const std::filesystem::path& scratch)
     : options_(options)
     , converter_(std::filesystem::absolute(options.converter))
-    , scratch_(std::filesystem::absolute(options.data) / "scratch")
+    , scratch_(std::filesystem::absolute(scratch))
     , places_(std::max(1u, std::thread::hardware_concurrency()))
 {
-    std::filesystem::remove_all(scratch_);
-    std::filesystem::create_directories(scratch_);
 }
 
 void Conversion::addTo(Routes& routes)

@@ -14,7 +14,8 @@ namespace local_platform {
 class Conversion
 {
 public:
-    explicit Conversion(const Options& options);
+    /// @param scratch a folder for what is being converted
+    Conversion(const Options& options, const std::filesystem::path& scratch);
 
     void addTo(Routes& routes);
 

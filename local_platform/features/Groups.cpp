@@ -141,7 +141,7 @@ Json Groups::remove(Call& call)
 Json Groups::list(Call& call)
 {
     // The code lets anybody in, so it is the owner's to give.
-    return success(database_.work().all<Group>(
+    return success(database_.read().all<Group>(
         R"(select user_groups.id, name, username,
                case when owner_id = :me then coalesce(invite_code, '') else '' end
            from user_groups join users on users.id = owner_id
@@ -153,7 +153,7 @@ Json Groups::list(Call& call)
 Json Groups::listMembers(Call& call)
 {
     const long long group = call.query().id("groupId");
-    auto db = database_.work();
+    auto db = database_.read();
     requireGroup(db, call.user(), group);
     return success(db.all<Member>(
         R"(select group_members.id, group_id, username, admin_flag

@@ -12,9 +12,10 @@ void requireOwnProject(Database::Work& db, long long user, long long project)
         throw unknownProject();
 }
 
-Projects::Projects(Database& database, const FileStore& files)
+Projects::Projects(Database& database, const FileStore& files, const Trash& trash)
     : database_(database)
     , files_(files)
+    , trash_(trash)
 {
 }
 
@@ -41,7 +42,7 @@ Json Projects::add(Call& call)
 
 Json Projects::list(Call& call)
 {
-    return success(database_.work().all<ProjectRecord>(
+    return success(database_.read().all<ProjectRecord>(
         R"(select id, title, source_client, description
            from projects where owner_id = :user and source_client = :client order by id)",
         {call.user(), call.query().text("sourceClient")}));
@@ -51,11 +52,15 @@ Json Projects::upload(Call& call)
 {
     const Upload upload = call.upload(files_);
     const long long project = upload.fields.id("projectId");
-    upload.file->publish();
+    upload.file->finish();
 
     auto db = database_.work();
     requireOwnProject(db, call.user(), project);
-    const auto replaced = db.text("select stored_name from backups where project_id = :id", {project});
+    const auto replaced = db.one<KnownFile>(
+        "select stored_name, file_name, size, sha256, 'the backup of project ' || project_id from backups"
+        " where project_id = :id",
+        {project});
+    const auto trashed = replaced ? std::optional(trash_.enter(db, *replaced)) : std::nullopt;
     db.run("delete from backups where project_id = :id", {project});
     db.run("insert into backups (project_id, file_name, stored_name, size, sha256)"
            " values (:id, :name, :stored, :size, :sha256)",
@@ -63,18 +68,18 @@ Json Projects::upload(Call& call)
             upload.file->sha256()});
     db.commit();
     upload.file->keep();
-    if (replaced)
-        files_.remove(*replaced);
+    if (trashed)
+        trash_.take(*trashed);
     return success({{"projectId", project}, {"size", upload.file->size()}});
 }
 
 Download Projects::download(Call& call)
 {
     const long long project = call.query().id("projectId");
-    return openDownload(database_, files_, "backups", [&](Database::Work& db) {
+    return openDownload(database_, files_, [&](Database::Work& db) {
         requireOwnProject(db, call.user(), project);
         const auto stored =
-            db.one<StoredFile>("select stored_name, sha256 from backups where project_id = :id", {project});
+            db.one<WantedFile>("select stored_name, sha256 from backups where project_id = :id", {project});
         if (!stored)
             throw Refusal("The project has no backup yet", 404);
         return *stored;

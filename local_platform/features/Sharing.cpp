@@ -85,7 +85,7 @@ Json Sharing::upload(Call& call)
 {
     const Upload upload = call.upload(files_);
     const long long project = upload.fields.id("projectId");
-    upload.file->publish();
+    upload.file->finish();
 
     auto db = database_.work();
     requireOwnProject(db, call.user(), project);
@@ -180,7 +180,7 @@ Json Sharing::extract(Call& call)
 Json Sharing::listProjects(Call& call)
 {
     const std::string& target = call.query().text("targetClient");
-    return success(database_.work().all<ProjectRecord>(
+    return success(database_.read().all<ProjectRecord>(
         R"(select distinct projects.id, projects.title, projects.source_client, projects.description)"
             + filesOfProjects + "where projects.source_client = :source and " + isShared + " and "
             + isForTarget + " order by 1",
@@ -191,7 +191,7 @@ Json Sharing::listFiles(Call& call)
 {
     const long long project = call.query().id("projectId");
     const std::string& target = call.query().text("sourceClient"); // the software that asks
-    auto db = database_.work();
+    auto db = database_.read();
     if (db.number("select id from projects where id = :id and owner_id = :user", {project, call.user()})
             == std::nullopt
         && !db.number(
@@ -207,8 +207,8 @@ Json Sharing::listFiles(Call& call)
 
 Download Sharing::download(Call& call)
 {
-    return openDownload(database_, files_, "shared_files", [&](Database::Work& db) {
-        const auto stored = db.one<StoredFile>("select files.stored_name, files.sha256" + filesOfProjects
+    return openDownload(database_, files_, [&](Database::Work& db) {
+        const auto stored = db.one<WantedFile>("select files.stored_name, files.sha256" + filesOfProjects
                 + "where files.id = :id and (projects.owner_id = :user or " + isShared + ")",
             {call.query().id("logicalId"), call.user(), clock_.now(), call.user()});
         if (!stored)

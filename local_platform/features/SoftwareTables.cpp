@@ -66,7 +66,7 @@ void SoftwareTables::addTo(Routes& routes)
 
 Json SoftwareTables::listAdaptationTypes(Call& call)
 {
-    return success(database_.work().all<AdaptationType>(
+    return success(database_.read().all<AdaptationType>(
         R"(select id, source_client, support_type_id, target_client
            from adaptation_types where source_client = :client order by id)",
         {call.query().text("sourceClient")}));
@@ -74,7 +74,7 @@ Json SoftwareTables::listAdaptationTypes(Call& call)
 
 Json SoftwareTables::listSupportTypes()
 {
-    return success(database_.work().all<SupportType>(
+    return success(database_.read().all<SupportType>(
         R"(select id, source_software, type_flag, title, type_suffix, type_description
            from support_types order by id)"));
 }

@@ -10,18 +10,18 @@
 
 namespace local_platform {
 
-/// What the database knows of an uploaded file.
-struct StoredFile
+/// Which file a request is for.
+struct WantedFile
 {
-    std::string name; ///< on disk
-    std::optional<std::string> sha256; ///< none of what was stored before digests were kept
+    std::string storedName;
+    std::optional<std::string> sha256; ///< none of a file that could not be read when the digests were taken
 
     /// Reads "stored_name, sha256".
-    static StoredFile from(Database::Row& row) { return {row.text(), row.textOrNull()}; }
+    static WantedFile from(Database::Row& row) { return {row.text(), row.textOrNull()}; }
 };
 
-/// Opens the file of the row of \a table that \a find yields.
-Download openDownload(Database& database, const FileStore& files, const std::string& table,
-    const std::function<StoredFile(Database::Work&)>& find);
+/// Opens the file that \a find yields.
+Download openDownload(
+    Database& database, const FileStore& files, const std::function<WantedFile(Database::Work&)>& find);
 
 } // namespace local_platform

@@ -85,7 +85,7 @@ Json Tokens::refresh(const std::string& refreshToken)
 long long Tokens::userOf(const std::string& token)
 {
     const auto user =
-        database_.work().number("select user_id from tokens where access = :access and expires_at > :now",
+        database_.read().number("select user_id from tokens where access = :access and expires_at > :now",
             {fingerprint(token), clock_.now()});
     if (!user)
         throw tokenRefused();
@@ -94,7 +94,7 @@ long long Tokens::userOf(const std::string& token)
 
 Json Tokens::check(const std::string& accessToken)
 {
-    auto db = database_.work();
+    auto db = database_.read();
     const auto token = db.one<Lifetime>(
         "select user_id, expires_at from tokens where access = :access", {fingerprint(accessToken)});
     if (!token)

@@ -11,7 +11,7 @@ namespace local_platform {
 struct Download
 {
     OpenFile file;
-    std::string sha256; ///< of its content, in Base64
+    std::string sha256; ///< of its content, in Base64; empty where it is not known
 };
 
 } // namespace local_platform

@@ -84,9 +84,10 @@ struct ReplyWriter
         // One is of the bytes that come, the other of the whole file, whatever part of it was asked for.
         if (!ranges.empty())
             response.status = 206;
-        else
+        else if (!download.sha256.empty())
             response.set_header("Content-Digest", "sha-256=:" + download.sha256 + ":");
-        response.set_header("Digest", "sha-256=" + download.sha256);
+        if (!download.sha256.empty())
+            response.set_header("Digest", "sha-256=" + download.sha256);
         const auto shared = std::make_shared<OpenFile>(std::move(download.file));
         const auto provider = [shared](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
             std::array<char, 64u << 10> buffer;

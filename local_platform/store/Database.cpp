@@ -1,121 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "store/Database.h"
 
+#include "store/Session.h"
+
+#include <condition_variable>
 #include <mutex>
 #include <soci/soci.h>
-#include <soci/sqlite3/soci-sqlite3.h>
-#include <sstream>
+#include <stdexcept>
 
 namespace local_platform {
 
 namespace {
 
-// The dialect is kept to what SQLite and PostgreSQL share; "KEY" stands for the one thing that differs. A key
-// is never given out twice, or a deleted group's id could come to mean another group.
-const std::string key = "integer primary key autoincrement";
+constexpr int readerCount = 8;
 
-const std::string schema = R"(
-create table if not exists users (
-    id KEY, username text not null unique, phone text not null, mail text not null, password_hash text not null);
-create unique index if not exists users_phone on users (phone) where phone <> '';
-create unique index if not exists users_mail on users (mail) where mail <> '';
-
-create table if not exists tokens (
-    access text primary key, refresh text not null unique, user_id bigint not null references users (id),
-    expires_at bigint not null, refresh_expires_at bigint not null);
-create index if not exists tokens_user on tokens (user_id);
-
-create table if not exists codes (
-    address text not null, purpose text not null, code text not null, expires_at bigint not null,
-    tries_left bigint not null, window_start bigint not null, sent_in_window bigint not null,
-    primary key (address, purpose));
-
-create table if not exists projects (
-    id KEY, owner_id bigint not null references users (id), source_client text not null, title text not null,
-    description text not null);
-create index if not exists projects_owner on projects (owner_id, source_client);
-
-create table if not exists backups (
-    project_id bigint primary key references projects (id), file_name text not null, stored_name text not null,
-    size bigint not null);
-
-create table if not exists support_types (
-    id KEY, owner_id bigint not null references users (id), source_software text not null, type_flag text not null,
-    title text not null, type_suffix text not null, type_description text not null,
-    unique (owner_id, source_software, type_flag));
-create table if not exists adaptation_types (
-    id KEY, owner_id bigint not null references users (id), source_client text not null,
-    support_type_id text not null, target_client text not null,
-    unique (owner_id, source_client, support_type_id, target_client));
-
-create table if not exists address_book (
-    id KEY, owner_id bigint not null references users (id), friend_id bigint not null references users (id),
-    phone text not null, remark text not null, unit text not null, unique (owner_id, friend_id));
-
-create table if not exists user_groups (
-    id KEY, owner_id bigint not null references users (id), name text not null, invite_code text unique);
-create table if not exists group_members (
-    id KEY, group_id bigint not null references user_groups (id) on delete cascade,
-    user_id bigint not null references users (id), admin_flag bigint not null, unique (group_id, user_id));
-create index if not exists group_members_user on group_members (user_id);
-
-create table if not exists shared_files (
-    id KEY, project_id bigint not null references projects (id), support_type_id text not null,
-    type_flag text not null, original_name text not null, stored_name text not null, size bigint not null);
-create index if not exists shared_files_project on shared_files (project_id);
-
-create table if not exists shares (
-    id KEY, expires_at bigint not null, extraction_code text unique,
-    group_id bigint references user_groups (id) on delete cascade);
-create index if not exists shares_group on shares (group_id);
-create table if not exists share_files (
-    share_id bigint not null references shares (id) on delete cascade,
-    file_id bigint not null references shared_files (id), primary key (share_id, file_id));
-create index if not exists share_files_file on share_files (file_id);
-create table if not exists share_users (
-    share_id bigint not null references shares (id) on delete cascade,
-    user_id bigint not null references users (id), primary key (share_id, user_id));
-create index if not exists share_users_user on share_users (user_id);
-
-drop view if exists share_recipients;
-create view share_recipients as
-    select share_id, user_id from share_users
-    union all
-    select shares.id, group_members.user_id from shares
-    join group_members on group_members.group_id = shares.group_id;
-)";
-
-bool hasColumn(soci::session& sql, const std::string& table, const std::string& column)
+/// The library's own message repeats the values, which nobody may read in a log.
+template <typename Function>
+auto withoutValues(const std::string& statement, Function function)
 {
-    soci::row row;
-    soci::statement statement(sql); // with <<, the undefined-behaviour sanitizer wants what the library hides
-    statement.exchange(soci::into(row));
-    statement.alloc();
-    statement.prepare("select * from " + table + " where 1 = 0");
-    statement.define_and_bind();
-    statement.execute(true);
-    for (std::size_t i = 0; i < row.size(); ++i)
-        if (row.get_properties(i).get_name() == column)
-            return true;
-    return false;
-}
-
-void createSchema(soci::session& sql)
-{
-    std::string script = schema;
-    const std::string placeholder = " KEY,";
-    for (std::size_t at = script.find(placeholder); at != std::string::npos;
-         at = script.find(placeholder, at))
-        script.replace(at, placeholder.size(), " " + key + ",");
-    std::istringstream statements(script);
-    for (std::string statement; std::getline(statements, statement, ';');) {
-        if (statement.find_first_not_of('\n') != std::string::npos)
-            sql << statement;
-    }
-    // What came later than its table. A file that is older has no digest until its first download.
-    for (const std::string table : {"backups", "shared_files"}) {
-        if (!hasColumn(sql, table, "sha256"))
-            sql << "alter table " + table + " add column sha256 text";
+    try {
+        return function();
+    } catch (const soci::soci_error& error) {
+        throw std::runtime_error(error.get_error_message() + " in: " + statement);
     }
 }
 
@@ -128,50 +34,135 @@ void bind(soci::statement& statement, const Database::Values& values)
 template <typename T>
 std::optional<T> firstValue(soci::session& sql, const std::string& query, const Database::Values& values)
 {
-    T value{};
-    soci::indicator indicator = soci::i_ok;
-    soci::statement statement(sql);
-    statement.alloc();
-    bind(statement, values);
-    statement.exchange(soci::into(value, indicator));
-    statement.prepare(query);
-    statement.define_and_bind();
-    if (!statement.execute(true) || indicator == soci::i_null)
-        return std::nullopt;
-    return value;
+    return withoutValues(query, [&]() -> std::optional<T> {
+        T value{};
+        soci::indicator indicator = soci::i_ok;
+        soci::statement statement(sql);
+        statement.alloc();
+        bind(statement, values);
+        statement.exchange(soci::into(value, indicator));
+        statement.prepare(query);
+        statement.define_and_bind();
+        if (!statement.execute(true) || indicator == soci::i_null)
+            return std::nullopt;
+        return value;
+    });
 }
 
 } // namespace
 
 struct Database::Session
 {
-    explicit Session(const std::filesystem::path& file)
-        : sql(soci::sqlite3, "db=\"" + file.string() + '"')
+    Session(const std::filesystem::path& file, Access access)
     {
-        // An answered request must survive a power cut, so every commit waits for the disk.
-        sql << "pragma journal_mode=wal";
-        sql << "pragma synchronous=full";
-        sql << "pragma foreign_keys=on";
-        createSchema(sql);
+        if (access == Access::ReadOnly)
+            openForReading(sql, file);
+        else
+            openSession(sql, file);
     }
 
-    std::mutex mutex;
     soci::session sql;
+};
+
+/// Lends a connection to one piece of work at a time.
+class Database::Pool
+{
+public:
+    Pool(const std::filesystem::path& file, Access access, int size)
+    {
+        for (int i = 0; i < size; ++i)
+            free_.push_back(std::make_unique<Session>(file, access));
+    }
+
+    std::unique_ptr<Session> take()
+    {
+        std::unique_lock lock(mutex_);
+        freed_.wait(lock, [this] { return !free_.empty(); });
+        std::unique_ptr<Session> session = std::move(free_.back());
+        free_.pop_back();
+        return session;
+    }
+
+    void give(std::unique_ptr<Session> session)
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            free_.push_back(std::move(session));
+        }
+        freed_.notify_one();
+    }
+
+    /// For settings of all connections, before any is lent.
+    void run(const std::string& statement)
+    {
+        for (const auto& session : free_)
+            session->sql << statement;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable freed_;
+    std::vector<std::unique_ptr<Session>> free_;
 };
 
 struct Database::Work::State
 {
-    explicit State(Session& session)
-        : lock(session.mutex)
-        , sql(session.sql)
-        , transaction(session.sql)
+    explicit State(Pool& from)
+        : pool(from)
+        , session(from.take())
+        , sql(session->sql)
     {
+        try {
+            transaction.emplace(sql);
+        } catch (...) {
+            pool.give(std::move(session));
+            throw;
+        }
+    }
+    ~State()
+    {
+        transaction.reset();
+        pool.give(std::move(session));
     }
 
-    std::unique_lock<std::mutex> lock;
+    Pool& pool;
+    std::unique_ptr<Session> session;
     soci::session& sql;
-    soci::transaction transaction;
+    std::optional<soci::transaction> transaction;
 };
+
+Database::Database(const std::filesystem::path& file, Access access)
+    : readers_(std::make_unique<Pool>(file, access, access == Access::Full ? readerCount : 1))
+{
+    if (access == Access::ReadOnly)
+        return;
+    writer_ = std::make_unique<Pool>(file, access, 1);
+    readers_->run("pragma query_only=on");
+}
+
+Database::~Database()
+{
+    readers_.reset();
+    if (!writer_)
+        return;
+    // The journal's file stays, but empty: whoever puts another database in this one's place must not find it
+    // mixed with what the journal held.
+    try {
+        writer_->run("pragma wal_checkpoint(truncate)");
+    } catch (const std::exception&) {
+        // Then the next start reads the journal, as after a kill.
+    }
+}
+
+Database::Work Database::read()
+{
+    return Work(std::make_unique<Work::State>(*readers_));
+}
+
+Database::Work Database::work()
+{
+    return Work(std::make_unique<Work::State>(*writer_));
+}
 
 long long Database::Row::number()
 {
@@ -192,18 +183,6 @@ std::optional<std::string> Database::Row::textOrNull()
         return std::nullopt;
     }
     return text();
-}
-
-Database::Database(const std::filesystem::path& file)
-    : session_(std::make_unique<Session>(file))
-{
-}
-
-Database::~Database() = default;
-
-Database::Work Database::work()
-{
-    return Work(std::make_unique<Work::State>(*session_));
 }
 
 Database::Work::Work(std::unique_ptr<State> state)
@@ -227,34 +206,39 @@ std::optional<std::string> Database::Work::text(const std::string& query, const 
 void Database::Work::each(
     const std::string& query, const Values& values, const std::function<bool(Row&)>& take)
 {
-    soci::row columns;
-    soci::statement statement(state_->sql);
-    statement.alloc();
-    bind(statement, values);
-    statement.exchange(soci::into(columns));
-    statement.prepare(query);
-    statement.define_and_bind();
-    statement.execute();
-    while (statement.fetch()) {
-        Row row(columns);
-        if (!take(row))
-            return;
-    }
+    withoutValues(query, [&] {
+        soci::row columns;
+        soci::statement statement(state_->sql);
+        statement.alloc();
+        bind(statement, values);
+        statement.exchange(soci::into(columns));
+        statement.prepare(query);
+        statement.define_and_bind();
+        statement.execute();
+        while (statement.fetch()) {
+            Row row(columns);
+            if (!take(row))
+                return;
+        }
+    });
 }
 
 void Database::Work::run(const std::string& text, const Values& values)
 {
-    soci::statement statement(state_->sql);
-    statement.alloc();
-    bind(statement, values);
-    statement.prepare(text);
-    statement.define_and_bind();
-    statement.execute(true);
+    withoutValues(text, [&] {
+        soci::statement statement(state_->sql);
+        statement.alloc();
+        bind(statement, values);
+        statement.prepare(text);
+        statement.define_and_bind();
+        statement.execute(true);
+    });
 }
 
 void Database::Work::commit()
 {
-    state_->transaction.commit();
+    withoutValues("commit", [&] { state_->transaction->commit(); });
+    state_.reset(); // the next one need not wait for what the caller does with the answer
 }
 
 } // namespace local_platform

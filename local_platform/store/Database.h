@@ -23,8 +23,13 @@ public:
     using Value = std::variant<long long, std::string>;
     using Values = std::vector<Value>;
 
-    /// Opens or creates the database. Throws when it cannot.
-    explicit Database(const std::filesystem::path& file);
+    /// Opens the database, which has the latest schema. Throws when it cannot.
+    enum class Access
+    {
+        Full,
+        ReadOnly ///< beside a platform that has full access
+    };
+    explicit Database(const std::filesystem::path& file, Access access = Access::Full);
     ~Database();
 
     /// One row of a result, read column by column.
@@ -45,7 +50,7 @@ public:
         std::size_t next_ = 0;
     };
 
-    /// One transaction, and the only one at its time. What is not committed never happened.
+    /// One transaction. What is not committed never happened.
     class Work
     {
     public:
@@ -81,6 +86,7 @@ public:
         void each(const std::string& query, const Values& values, const std::function<bool(Row&)>& take);
         /// Runs a statement that yields no rows.
         void run(const std::string& statement, const Values& values = {});
+        /// Ends it: nothing can be asked of it afterwards.
         void commit();
 
     private:
@@ -90,11 +96,16 @@ public:
         std::unique_ptr<State> state_;
     };
 
+    /// Sees what was committed before, to its end, and waits for no writer. It cannot write.
+    Work read();
+    /// The only one that writes at its time. Keep it short: the next one waits.
     Work work();
 
 private:
     struct Session;
-    std::unique_ptr<Session> session_;
+    class Pool;
+    std::unique_ptr<Pool> writer_;
+    std::unique_ptr<Pool> readers_;
 };
 
 } // namespace local_platform

@@ -2,34 +2,22 @@
 #include "store/FileStore.h"
 
 #include "base/Refusal.h"
+#include "store/Disk.h"
 #include "store/Secrets.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <spdlog/spdlog.h>
+#include <stdexcept>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
 namespace local_platform {
 
 namespace {
-
-[[noreturn]] void throwSystemError(int error, const std::string& what)
-{
-    throw std::system_error(error, std::generic_category(), what);
-}
-
-void syncDirectory(const std::filesystem::path& directory)
-{
-    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        throwSystemError(errno, directory.string());
-    const int error = ::fsync(descriptor) == 0 ? 0 : errno;
-    ::close(descriptor);
-    if (error != 0)
-        throwSystemError(error, directory.string());
-}
 
 std::uint64_t sizeOf(int descriptor)
 {
@@ -62,6 +50,20 @@ OpenFile::~OpenFile()
 long OpenFile::read(std::uint64_t offset, char* buffer, std::size_t size) const
 {
     return ::pread(descriptor_, buffer, size, static_cast<off_t>(offset));
+}
+
+std::string digestOf(const OpenFile& file)
+{
+    Sha256 digest;
+    std::vector<char> buffer(1u << 20);
+    for (std::uint64_t at = 0; at < file.size();) {
+        const long got = file.read(at, buffer.data(), buffer.size());
+        if (got <= 0)
+            throw std::runtime_error("A stored file cannot be read to its end");
+        digest.add(buffer.data(), static_cast<std::size_t>(got));
+        at += static_cast<std::uint64_t>(got);
+    }
+    return digest.finish();
 }
 
 IncomingFile::IncomingFile(
@@ -100,7 +102,7 @@ void IncomingFile::append(const char* data, std::size_t size) noexcept
     }
 }
 
-void IncomingFile::publish()
+void IncomingFile::finish()
 {
     if (size_ == 0)
         throw Refusal("The uploaded file is empty");
@@ -114,9 +116,14 @@ void IncomingFile::publish()
         throwSystemError(error_, "upload");
     sha256_ = digest_.finish();
     close();
-    std::filesystem::rename(path_, files_ / name_);
-    path_ = files_ / name_;
-    syncDirectory(files_);
+    syncDirectory(path_.parent_path());
+}
+
+void IncomingFile::keep() noexcept
+{
+    kept_ = true;
+    if (std::rename(path_.c_str(), (files_ / name_).c_str()) != 0)
+        spdlog::warn("An upload stays in {}: {}", path_.parent_path().string(), std::strerror(errno));
 }
 
 void IncomingFile::close() noexcept
@@ -128,40 +135,53 @@ void IncomingFile::close() noexcept
 FileStore::FileStore(const std::filesystem::path& directory, std::uint64_t maxSize)
     : incoming_(directory / "incoming")
     , files_(directory / "files")
+    , trash_(directory / "trash")
     , maxSize_(maxSize)
 {
-    std::filesystem::create_directories(incoming_);
-    std::filesystem::create_directories(files_);
-    syncDirectory(directory);
 }
 
 OpenFile FileStore::open(const std::string& storedName) const
 {
-    const std::filesystem::path path = files_ / storedName;
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    int descriptor = -1;
+    // It moves from the one to the other, and may do so between the two looks.
+    for (const auto& folder : {files_, incoming_, files_}) {
+        descriptor = ::open((folder / storedName).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        if (descriptor >= 0 || errno != ENOENT)
+            break;
+    }
     if (descriptor < 0)
-        throwSystemError(errno, path.string());
+        throwSystemError(errno, (files_ / storedName).string());
     return OpenFile(descriptor);
 }
 
-void FileStore::remove(const std::string& storedName) const
+void FileStore::moveToFiles(const std::string& storedName) const
 {
-    std::error_code ignored; // what stays is removed at the next start
-    std::filesystem::remove(files_ / storedName, ignored);
+    std::filesystem::rename(incoming_ / storedName, files_ / storedName);
 }
 
-int FileStore::removeOrphans(const std::set<std::string>& known) const
+void FileStore::moveToTrash(const std::string& storedName, const std::string& nameInTrash) const
 {
-    std::set<std::filesystem::path> orphans;
-    for (const auto& entry : std::filesystem::directory_iterator(incoming_))
-        orphans.insert(entry.path());
-    for (const auto& entry : std::filesystem::directory_iterator(files_)) {
-        if (known.count(entry.path().filename().string()) == 0)
-            orphans.insert(entry.path());
-    }
-    for (const std::filesystem::path& orphan : orphans)
-        std::filesystem::remove(orphan);
-    return static_cast<int>(orphans.size());
+    const bool arrived = std::filesystem::exists(std::filesystem::symlink_status(files_ / storedName));
+    std::filesystem::rename((arrived ? files_ : incoming_) / storedName, trash_ / nameInTrash);
+}
+
+void FileStore::removeFromTrash(const std::string& nameInTrash) const
+{
+    std::filesystem::remove(trash_ / nameInTrash);
+}
+
+bool FileStore::isStoredName(const std::string& name)
+{
+    return looksLikeToken(name);
+}
+
+std::vector<std::string> FileStore::storedNames(const std::filesystem::path& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (const std::string name = entry.path().filename().string(); isStoredName(name))
+            names.push_back(name);
+    return names;
 }
 
 } // namespace local_platform

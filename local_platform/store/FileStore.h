@@ -5,8 +5,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <set>
 #include <string>
+#include <vector>
 
 namespace local_platform {
 
@@ -28,7 +28,10 @@ private:
     std::uint64_t size_;
 };
 
-/// A file on its way in: gone with this object, unless it was published and then kept.
+/// The SHA-256 of an open file's content, in Base64.
+std::string digestOf(const OpenFile& file);
+
+/// A file on its way in: gone with this object, unless it was finished and then kept.
 class IncomingFile
 {
 public:
@@ -38,17 +41,18 @@ public:
     IncomingFile& operator=(const IncomingFile&) = delete;
     ~IncomingFile();
 
-    /// Never throws: what went wrong is told by publish, when the whole request has been read.
+    /// Never throws: what went wrong is told by finish, when the whole request has been read.
     void append(const char* data, std::size_t size) noexcept;
     /// Makes the file durable under its stored name. Refuses one that is empty, too large or could not be
     /// written.
-    void publish();
-    /// The database knows the file now.
-    void keep() { kept_ = true; }
+    void finish();
+    /// The database knows the file now, so that it belongs among the others; where it does not get there, the
+    /// store finds it all the same.
+    void keep() noexcept;
 
     const std::string& storedName() const { return name_; }
     std::uint64_t size() const { return size_; }
-    /// Of a file that was published, in Base64.
+    /// Of a file that was finished, in Base64.
     const std::string& sha256() const { return sha256_; }
 
 private:
@@ -67,6 +71,8 @@ private:
 };
 
 /// Uploaded files on disk, under names of the platform's own making: a client's name is never part of a path.
+/// A file comes in, is committed to the database, and only then goes among the others: what is there and not
+/// known is none of the platform's making.
 class FileStore
 {
 public:
@@ -74,16 +80,24 @@ public:
 
     const std::filesystem::path& incoming() const { return incoming_; }
     const std::filesystem::path& files() const { return files_; }
+    const std::filesystem::path& trash() const { return trash_; }
     std::uint64_t maxSize() const { return maxSize_; }
 
     OpenFile open(const std::string& storedName) const;
-    void remove(const std::string& storedName) const;
-    /// Removes what an earlier run left behind unfinished; returns how many files that were.
-    int removeOrphans(const std::set<std::string>& known) const;
+    /// Of a file that is still where it came in.
+    void moveToFiles(const std::string& storedName) const;
+    /// Of a file wherever it is.
+    void moveToTrash(const std::string& storedName, const std::string& nameInTrash) const;
+    void removeFromTrash(const std::string& nameInTrash) const;
+
+    static bool isStoredName(const std::string& name);
+    /// The names in the folder that the platform could have made.
+    static std::vector<std::string> storedNames(const std::filesystem::path& folder);
 
 private:
     std::filesystem::path incoming_;
     std::filesystem::path files_;
+    std::filesystem::path trash_;
     std::uint64_t maxSize_;
 };
 

@@ -57,6 +57,14 @@ std::string randomToken()
     return encoded(bytes.data(), bytes.size());
 }
 
+bool looksLikeToken(const std::string& text)
+{
+    constexpr std::size_t length = 43;
+    return text.size() == length
+        && text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_")
+        == std::string::npos;
+}
+
 std::string randomCode(int length)
 {
     return randomText("ABCDEFGHJKMNPQRSTUVWXYZ23456789", length);

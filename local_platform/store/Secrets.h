@@ -10,6 +10,8 @@ void initializeSecrets();
 
 /// 256 random bits as URL-safe text.
 std::string randomToken();
+/// Whether the text could be such a token.
+bool looksLikeToken(const std::string& text);
 /// Random text of characters that people do not confuse, for codes that are handed on.
 std::string randomCode(int length);
 /// Random decimal digits.

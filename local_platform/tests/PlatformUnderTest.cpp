@@ -71,7 +71,9 @@ Answer Client::upload(const QByteArray& path, const FormFields& fields, const QB
 void PlatformUnderTest::start(const QStringList& options)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    QStringList all = {"--listen", "127.0.0.1:0", "--data", m_directory.path(), "--demo-accounts"};
+    QStringList all = {"--listen", "127.0.0.1:0", "--demo-accounts"};
+    if (!options.contains("--data"))
+        all += {"--data", m_directory.path()};
     if (!options.contains("--log-level"))
         all += {"--log-level", "error"};
     m_process.start(program(), all + options);

@@ -33,10 +33,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int kind = input.ConsumeIntegralInRange(0, 2);
     Call call(request, &body);
     try {
+        std::filesystem::create_directory("incoming");
         static const FileStore files(".", 500);
         SoapDrawing drawing("drawing", 500);
         if (kind == 0)
-            call.upload(files).file->publish();
+            call.upload(files).file->finish();
         if (kind == 1)
             call.form().list("userNames");
         call.read([&](const char* bytes, std::size_t count) { drawing.append(bytes, count); });
