@@ -184,18 +184,18 @@ bool CloudAccountLogin::getLoginState() const
     return d->loginState;
 }
 
-bool CloudAccountLogin::userLoginAccount(const char* name, const char* passwordText)
+bool CloudAccountLogin::userLoginAccount(const char* userName, const char* password)
 {
     Call call(d);
-    const QString account = QString::fromUtf8(name);
-    const QString password = enciphered(passwordText);
+    const QString account = QString::fromUtf8(userName);
+    const QString cipherText = enciphered(password);
     call->mobile = account;
-    call->password = password;
+    call->password = cipherText;
     // The user name is sent as it is; the platform expects it so.
-    const QString body = "username=" + account + "&password=" + formValue(password) + "&scope=server";
+    const QString body = "username=" + account + "&password=" + formValue(cipherText) + "&scope=server";
     return call.post("/auth/oauth/token?grant_type=password", body.toLocal8Bit(),
                {{"Content-Type", "application/x-www-form-urlencoded"}})
-        && call.isAccepted() && call.signIn(account, password);
+        && call.isAccepted() && call.signIn(account, cipherText);
 }
 
 /// Asks for a code to be sent to \a target. This reply is judged by rules of its own: "code" must be there
@@ -256,19 +256,19 @@ bool CloudAccountLogin::registerAccount(const QString& path, const QMap<QString,
 }
 
 bool CloudAccountLogin::registerUser(
-    const char* name, const char* passwordText, const char* phone, const char* smsCode)
+    const char* userName, const char* password, const char* phone, const char* smsCode)
 {
     return registerAccount("/admin/api/user",
-        {{"username", QString::fromLocal8Bit(name)}, {"password", enciphered(passwordText)},
+        {{"username", QString::fromLocal8Bit(userName)}, {"password", enciphered(password)},
             {"phone", QString::fromLocal8Bit(phone)}, {"smscode", QString::fromLocal8Bit(smsCode)}});
 }
 
 bool CloudAccountLogin::registerUserByMail(
-    const char*, const char* passwordText, const char* mail, const char* mailCode)
+    const char*, const char* password, const char* mail, const char* mailCode)
 {
     // No user name: the platform gives such accounts one.
     return registerAccount("/admin/api/user/mail/register",
-        {{"password", enciphered(passwordText)}, {"mail", QString::fromLocal8Bit(mail)},
+        {{"password", enciphered(password)}, {"mail", QString::fromLocal8Bit(mail)},
             {"mailCode", QString::fromLocal8Bit(mailCode)}});
 }
 

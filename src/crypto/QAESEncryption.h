@@ -34,7 +34,7 @@ public:
     };
 
     /// A level other than the three named ones behaves as AES_128.
-    QAESEncryption(AesLevel level, AesMode mode, AesPadding padding = ISO);
+    QAESEncryption(AesLevel aesLevel, AesMode aesMode, AesPadding aesPadding = ISO);
 
     /// \a rawText, padded to whole blocks, enciphered.
     QByteArray encode(const QByteArray& rawText, const QByteArray& key, const QByteArray& iv = QByteArray());

@@ -43,7 +43,7 @@ QString cloudFailureText(CloudFailure failure, const QString& lastError)
     case CloudFailure::Refused:
         break;
     }
-    // Around some of the platform's texts stands one of the module's own.
+    // The module wraps some of the platform's texts in one of its own.
     static const QRegularExpression wrapped(QStringLiteral("^网络错误:\\d+\\((.*)\\)$"));
     const QRegularExpressionMatch match = wrapped.match(lastError);
     const QString text = match.hasMatch() ? match.captured(1) : lastError;

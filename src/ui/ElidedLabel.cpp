@@ -44,9 +44,9 @@ QStringList fittingLines(const QString& text, const QFont& font, int width, int 
     return {};
 }
 
-ElidedLabel::ElidedLabel(const QString& text, int maximumWidth, int lines)
-    : maximum(maximumWidth)
-    , maximumLines(lines)
+ElidedLabel::ElidedLabel(const QString& text, int widthLimit, int lineLimit)
+    : maximumHint(widthLimit)
+    , maximumLines(lineLimit)
 {
     setTextFormat(Qt::PlainText);
     setText(text);
@@ -54,8 +54,8 @@ ElidedLabel::ElidedLabel(const QString& text, int maximumWidth, int lines)
 
 QSize ElidedLabel::sizeHint() const
 {
-    return {
-        qMin(fontMetrics().horizontalAdvance(text()) + 2, maximum), maximumLines * fontMetrics().height()};
+    return {qMin(fontMetrics().horizontalAdvance(text()) + 2, maximumHint),
+        maximumLines * fontMetrics().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

@@ -12,9 +12,9 @@ class ElidedLabel : public QLabel
     Q_OBJECT
 
 public:
-    /// \param maximumWidth the widest that its size hint becomes, in pixels
-    /// \param maximumLines how many lines it always has room for
-    ElidedLabel(const QString& text, int maximumWidth, int maximumLines = 1);
+    /// \param widthLimit the widest that its size hint becomes, in pixels
+    /// \param lineLimit how many lines it always has room for
+    ElidedLabel(const QString& text, int widthLimit, int lineLimit = 1);
 
     bool isCut() const { return fitting().join(QString()) != text(); }
 
@@ -31,7 +31,7 @@ protected:
 private:
     QStringList fitting() const;
 
-    int maximum;
+    int maximumHint;
     int maximumLines;
 };
 

@@ -4,7 +4,8 @@
 #include "toolkit/Dialog.h"
 #include "ui/account/VerificationCode.h"
 
-/// Registers an account with the platform. Accepted when the platform has made it, which signs nobody in.
+/// Registers an account with the platform, without signing in. Accepted when the platform has made the
+/// account.
 class DlgRegisterR2V : public Dialog
 {
     Q_OBJECT

@@ -146,12 +146,12 @@ void toggle(QCheckBox* box)
 } // namespace
 
 CloudShareTabWidget::CloudShareTabWidget(CloudFileManger* manager, QString projectName, QString projectId,
-    QMap<QString, QString> fileTypeMap, QClipboard* board, QString fourth, QString ownAccount,
+    QMap<QString, QString> fileTypeMap, QClipboard* systemClipboard, QString fourth, QString ownAccount,
     QWidget* parent)
     : QWidget(parent)
     , client(handleOn(manager))
     , fileTypes(std::move(fileTypeMap))
-    , clipboard(board)
+    , clipboard(systemClipboard)
     , account(std::move(ownAccount))
     , fourthText(std::move(fourth))
     , currentProjectName(std::move(projectName))

@@ -24,7 +24,7 @@ class CloudShareTabWidget : public QWidget
 public:
     /// Asks the platform for the friends and the groups.
     CloudShareTabWidget(CloudFileManger* manager, QString projectName, QString projectId,
-        QMap<QString, QString> fileTypeMap, QClipboard* clipboard, QString fourth, QString ownAccount,
+        QMap<QString, QString> fileTypeMap, QClipboard* systemClipboard, QString fourth, QString ownAccount,
         QWidget* parent);
 
 signals:

@@ -23,7 +23,7 @@ using namespace tav;
 
 namespace {
 
-/// What identifies an item: its text is a name that somebody chose, and proves nothing.
+/// What identifies an item. Its text does not: it is a name that any user may have chosen.
 enum Role
 {
     GroupIdRole = Qt::UserRole, ///< of a group

@@ -5,10 +5,10 @@
 
 using namespace tav;
 
-MycheckBox::MycheckBox(int rowOfTable, QWidget* parent)
+MycheckBox::MycheckBox(int tableRow, QWidget* parent)
     : QWidget(parent)
     , box(new CellCheckBox(this))
-    , row(rowOfTable)
+    , row(tableRow)
 {
     connect(box, &QCheckBox::stateChanged, this, &MycheckBox::_onCheckStateChange);
 }

@@ -11,7 +11,7 @@ class MycheckBox : public QWidget
     Q_OBJECT
 
 public:
-    MycheckBox(int row, QWidget* parent);
+    MycheckBox(int tableRow, QWidget* parent);
 
     QCheckBox* checkBox() const { return box; }
 

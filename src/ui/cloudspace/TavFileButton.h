@@ -16,9 +16,9 @@ class TavFileButton : public QWidget
     Q_OBJECT
 
 public:
-    /// \param name the element's name, shown as it is
-    /// \param type 0 for a folder, anything else for a file
-    TavFileButton(QString name, int type, QWidget* parent);
+    /// \param elementName shown as it is
+    /// \param elementType 0 for a folder, anything else for a file
+    TavFileButton(QString elementName, int elementType, QWidget* parent);
 
     QString getName() const { return name; }
     /// Selects or deselects, and colours the tile accordingly.
@@ -34,7 +34,7 @@ public:
     /// The element that it stands for: set by its owner, and borrowed.
     ITreeElement* element = nullptr;
 
-    /// All tiles are of one size, whatever their names: a grid of thousands needs not ask each.
+    /// All tiles have one size, whatever their names: a layout of thousands need not measure each.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
     /// The width of a tile with the font of \a widget.
