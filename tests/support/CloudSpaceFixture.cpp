@@ -9,7 +9,7 @@ namespace {
 
 constexpr char playedProperty[] = "playedByFixture";
 
-/// What of \a window's texts is taken for markup.
+/// The texts of \a window that Qt takes for markup.
 QStringList takenForMarkup(const QWidget& window)
 {
     QStringList found;
@@ -30,17 +30,6 @@ QStringList takenForMarkup(const QWidget& window)
     return found + toolTips.filter("<i>"); // which is "&lt;i&gt;" where it is to be seen
 }
 
-/// As a step has it, with the session's token before it.
-QByteArray contentOf(const RecordedRequest& request)
-{
-    QString noForm;
-    QByteArray content;
-    for (const FormPart& one : parseForm(request, noForm))
-        content += one.head + '=' + one.body + '\n';
-    return request.header("Authorization") + ' '
-        + (noForm.isEmpty() ? content : request.header("Content-Type") + request.body);
-}
-
 } // namespace
 
 void CloudSpaceFixture::begin()
@@ -58,9 +47,11 @@ void CloudSpaceFixture::begin()
 QStringList CloudSpaceFixture::finish()
 {
     const QVector<RecordedRequest> requested = requests();
-    for (int i = 0; i < qMin(sent.size(), requested.size()); ++i)
-        if (!sent[i].content.isNull() && contentOf(requested[i]) != "Bearer token " + sent[i].content)
-            wrong.append(sent[i].what + " came with: " + contentOf(requested[i]));
+    for (int i = 0; i < qMin(sent.size(), requested.size()); ++i) {
+        const QByteArray received = requested[i].header("Authorization") + ' ' + contentOf(requested[i]);
+        if (!sent[i].content.isNull() && received != "Bearer token " + sent[i].content)
+            wrong.append(sent[i].what + " came with: " + received);
+    }
     wrong += DialogFixture::finish();
     for (const auto& [poll, title] : std::exchange(awaited, {})) {
         poll->stop();
@@ -135,11 +126,11 @@ std::unique_ptr<QDialog> CloudSpaceFixture::open(const Make& make, const Steps& 
     return dialog;
 }
 
-/// Lets \a play be the user of the dialog titled \a title, once it is there; it is closed afterwards. The
-/// dialogs come up in the order of the calls; one on top of another comes after it.
+/// Runs \a play on the dialog titled \a title once it is there, and closes it afterwards. Dialogs must come
+/// up in the order of the calls.
 void CloudSpaceFixture::whenOpened(const QString& title, const std::function<void(QDialog&)>& play)
 {
-    // Each has a timer of its own: one whose play is on the stack does not fire.
+    // A timer for each dialog: one whose play is running does not fire again.
     auto* poll = new QTimer(&polls);
     awaited.append({poll, title});
     QObject::connect(poll, &QTimer::timeout, [this, poll, title, play] {
@@ -148,7 +139,7 @@ void CloudSpaceFixture::whenOpened(const QString& title, const std::function<voi
         if (!mine || !dialog || !dialog->isVisible() || dialog->windowTitle() != title
             || dialog->property(playedProperty).toBool())
             return;
-        // One that has only just come up may first ask the platform for its contents.
+        // A dialog that has just come up may still be loading its contents.
         if (QApplication::overrideCursor() && QApplication::overrideCursor()->shape() == Qt::WaitCursor)
             return;
         poll->stop();

@@ -5,8 +5,8 @@
 
 #include "cloud/CloudFileManger.h"
 
-/// What the tests of the cloud space dialogs have in common: the platform, a client of it, and the user in
-/// front of the dialogs that come up on top. The working directory is an empty folder.
+/// What the tests of the cloud space dialogs have in common: the platform, a client of it, and the user of
+/// the dialogs that they open. The working directory is an empty folder.
 class CloudSpaceFixture : public DialogFixture
 {
 public:
@@ -17,26 +17,26 @@ public:
     CloudFileManger& client() { return *manager; }
     void destroyClient() { manager.reset(); }
 
-    /// What is to come, in this order. Once a step is there, \a meanwhile runs: before the platform answers,
-    /// or the user does.
+    /// The steps that must come, in this order. When one comes, \a meanwhile runs before the platform or the
+    /// user answers.
     void expect(const Steps& steps, const std::function<void()>& meanwhile = {});
-    /// Nothing any more, and the user does nothing any more; what comes all the same is wrong.
+    /// From now on no step may come, and the user does nothing any more.
     void expectNothing();
-    /// The user of \a window does that, as long as it is there.
+    /// Does \a acts in \a window, for as long as it exists.
     void act(const QPointer<QDialog>& window, const Acts& acts) const;
-    /// Such a window, once it has loaded what it shows. \a steps are what comes before that and after.
+    /// Opens such a window and lets it load its contents. \a steps are all that must come, then and later.
     std::unique_ptr<QDialog> open(const Make& make, const Steps& steps);
 
 private:
     void whenOpened(const QString& title, const std::function<void(QDialog&)>& play);
 
     std::unique_ptr<CloudFileManger> manager;
-    Steps sent; ///< the requests
-    int scheduled = 0, came = 0; ///< steps
-    bool isOver = false;
+    Steps sent; ///< the requests that came
+    int scheduled = 0, came = 0; ///< numbers of steps
+    bool isOver = false; ///< nothing may come any more
     QStringList wrong;
     QObject polls; ///< owns the timers
-    QVector<QPair<QTimer*, QString>> awaited; ///< with the titles
+    QVector<QPair<QTimer*, QString>> awaited; ///< windows that must still come: a timer and a title each
 };
 
 /// A test program on the cloud space dialogs: every test begins and ends with the fixture.
@@ -45,11 +45,9 @@ class CloudSpaceTest : public QObject
     Q_OBJECT
 
 protected slots:
-    void initTestCase() { fixture = std::make_unique<CloudSpaceFixture>(); }
-    void cleanupTestCase() { fixture.reset(); }
     void init() { fixture->begin(); }
     void cleanup() { fixture->end(); }
 
 protected:
-    std::unique_ptr<CloudSpaceFixture> fixture;
+    const std::unique_ptr<CloudSpaceFixture> fixture = std::make_unique<CloudSpaceFixture>();
 };

@@ -17,7 +17,7 @@
 
 namespace {
 
-/// The session as it begins. Its destructor is its own business, so this copy stays.
+/// The session as it is at first. Its destructor is private, so this copy is never destroyed.
 const CloudAccountLogin& pristine()
 {
     static const auto* const copy = new CloudAccountLogin(*CloudAccountLogin::instance());
@@ -113,7 +113,7 @@ void follow(const QDialog& dialog, const QString& link, const std::function<void
         robot::waitForFront(*opened);
         play(*opened);
         played = true;
-        // Left open by a play that failed, it would keep the test from ending.
+        // A dialog that a failed play left open would block the test.
         if (opened)
             opened->close();
     });

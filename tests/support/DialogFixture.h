@@ -13,36 +13,35 @@
 class QLineEdit;
 class QPushButton;
 
-/// What the fields and buttons that several dialogs have are called.
-const QString account = "Phone number/email";
-const QString code = "Verification";
-const QString word = "Password";
-const QString askForCode = "Obtaining verification code";
+/// The names of fields and buttons that several dialogs have.
+const QString accountField = "Phone number/email";
+const QString codeField = "Verification";
+const QString passwordField = "Password";
+const QString codeButton = "Obtaining verification code";
 
 using Texts = QVector<QPair<QString, QString>>;
 
-/// What the tests of the account dialogs have in common: the platform, the message boxes, a working directory
-/// for the account file, and a hand for mouse and keys. The session takes its address once, so there is one
-/// peer for all tests of a program.
+/// What the tests of dialogs have in common: the platform, the message boxes, and an empty working directory
+/// for the account file. The session takes its address once, so there is one peer for all tests of a program.
 class DialogFixture
 {
 public:
     DialogFixture();
     virtual ~DialogFixture() = default;
 
-    /// A session that nobody has signed in to, an empty folder and an empty script: for every test's begin.
+    /// Call it before every test: nobody is signed in, the folder and the script are empty.
     void begin();
-    /// For every test's end: fails it when a box, a request or a dialog is missing or was another one.
+    /// Call it after every test: fails it when a box, a request or a dialog was missing or not as expected.
     void end();
-    /// Ends without failing: what was missing or other than expected.
+    /// Ends a test without failing it: returns what was missing or not as expected.
     virtual QStringList finish();
 
-    /// The platform answers the next request with \a json.
+    /// The platform is to answer the next request with \a json.
     void expect(const QByteArray& method, const QByteArray& target, const QByteArray& json);
     /// The same, but once the request is there \a meanwhile runs, in the GUI thread, before the answer comes.
     void expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
         const std::function<void()>& meanwhile);
-    /// No request any more.
+    /// From now on no request may come.
     void expectNothing() { peer.expectNothing(); }
     /// The requests of this test.
     QVector<RecordedRequest> requests() { return peer.requests(); }
@@ -53,7 +52,7 @@ private:
     ScriptedPeer peer;
     std::unique_ptr<QTemporaryDir> scratch;
     std::unique_ptr<MessageBoxScript> script;
-    QObject gui; ///< gets what the peer's threads have to do here
+    QObject gui; ///< receives what the peer's threads let run in the GUI thread
 };
 
 /// A test program on the account dialogs: every test begins and ends with the fixture.
@@ -62,22 +61,20 @@ class DialogTest : public QObject
     Q_OBJECT
 
 protected slots:
-    void initTestCase() { fixture = std::make_unique<DialogFixture>(); }
-    void cleanupTestCase() { fixture.reset(); }
     void init() { fixture->begin(); }
     void cleanup() { fixture->end(); }
 
 protected:
-    std::unique_ptr<DialogFixture> fixture;
+    const std::unique_ptr<DialogFixture> fixture = std::make_unique<DialogFixture>();
 };
 
-/// Shows \a dialog as its user has it in front.
+/// Shows \a dialog and waits until it is in front.
 void bringUp(QDialog& dialog);
 
 /// The visible button of that text, or null.
 QPushButton* button(const QWidget& window, const QString& text);
 void press(const QWidget& window, const QString& text);
-/// Presses a link of \a dialog, and lets \a play be the user of the dialog that comes up.
+/// Presses a link of \a dialog, and runs \a play on the dialog that it opens.
 void follow(const QDialog& dialog, const QString& link, const std::function<void(QDialog&)>& play);
 
 enum Tab
@@ -87,7 +84,7 @@ enum Tab
 };
 void openTab(const QDialog& dialog, Tab tab);
 
-/// The visible field that a screen reader calls \a name, or null; of a combo box, its line edit.
+/// The visible field with the accessible name \a name, or null; of a combo box, its line edit.
 QLineEdit* field(const QWidget& window, const QString& name);
 /// Replaces what is in the field, by the keyboard.
 void type(const QWidget& window, const QString& name, const QString& text);

@@ -12,9 +12,10 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-/// The windows of the cloud space, what the platform has for them, and the ways through them.
+/// \file
+/// The windows of the cloud space, what the platform answers them, and their flows.
 
-/// An answer with \a records: of each the two values that it has of its own.
+/// An answer that lists a \a record for each two values of \a records.
 inline QByteArray list(Text record, const Texts& records)
 {
     QStringList texts;
@@ -79,7 +80,7 @@ const Steps groups = listed({{"7", "<i>B</i>-(team)"}, {"8", "x(ID:9)"}, {R"("g-
 const QString bridge = "<i>B</i>-(team)(ID:7)";
 const QString bob = "bob - group manager";
 const QString odd = "x(ID:9)(ID:8)";
-const QString site = "Site(ID:g-6)"; // of which the user is not the owner
+const QString site = "Site(ID:g-6)"; ///< the user is not its owner
 const Steps in7 = membersOf("7", {{"me", "1"}, {"a-(b)&<i>", "0"}});
 const Steps in8 = membersOf("8", {{"me", "1"}, {"dan", "0"}});
 const Steps inSite = membersOf("g-6", {{"me", "0"}, {"bob", "1"}});
@@ -104,7 +105,7 @@ const QString quit = "Quit the group";
 const Steps quits = inSite + question("Confirm exit?", yes) + get(users + "outGroup?groupId=g-6");
 const QString erase = "Delete the group";
 const QString expel = "Removing a group member";
-/// An owner's group is deleted whether the owner deletes or quits it.
+/// What happens when its owner deletes a group or quits it: either way the group is deleted.
 const auto deletes = [](Text words) {
     return in7 + question(words, yes) + in7
         + still(Anyway, kick("7&usernames=me") + kickOther + del("/project/cloudProjectGroup/delete?id=7"))
@@ -115,7 +116,7 @@ const QString wantsToQuit =
     "The current user is the group owner of the group. If you quit the group, you will delete the group. Do "
     "you want to quit the group?";
 
-/// Those of its first steps that are refused.
+/// The flows that delete a group by \a button and are refused or cancelled on the way.
 inline QVector<Flow> deletionsThatFail(Text button, Text words)
 {
     const Steps failed = error("Delete failed!");
@@ -173,7 +174,7 @@ const Kind groupKind{"groups",
     {"My groups", "  " + bridge, "    me - group manager", "    a-(b)&<i>", "  " + odd,
         "    me - group manager", "    dan", "  " + site, "    me", "    " + bob}};
 
-inline CloudFileManger::ShareProjectInfo chosen; ///< what the user chose
+inline CloudFileManger::ShareProjectInfo chosen; ///< the project that the user chose
 const QString projectList = "/project/cloudProjectBackup/getProjectList?sourceClient=Soft";
 const QString project = R"({"id":%1,"projectTitle":"%2","sourceClient":"Soft"})";
 const QString dam = " | Dam |  | Soft | 3";
@@ -204,8 +205,8 @@ const Kind projectKind{"projects",
     {"", "Cloud Project Name", "Cloud Project Description", "Source Client", "Cloud project ID"},
     {"[ ]" + dam, "[ ]" + current}};
 
-/// What is in the cloud's two folders. Each project is "id=title", then its files as "|id=name", all listed
-/// in the order of their ids.
+/// The contents of the cloud's two folders. Each project is "id=title", followed by its files as "|id=name",
+/// all in the order of their ids.
 struct Cloud
 {
     QStringList soft;
@@ -221,7 +222,7 @@ inline QByteArray listOf(const QStringList& items)
 }
 
 const QString share = "/project/cloudProjectShare/";
-/// What a refresh asks for.
+/// The requests of a refresh.
 inline Steps treeOf(const Cloud& cloud)
 {
     Steps rest = get(share + "getProjectBySoftId?sourceClient=Soft&targetClient=Soft", listOf(cloud.soft));
@@ -231,7 +232,7 @@ inline Steps treeOf(const Cloud& cloud)
     return get(projectList, listOf(cloud.backups)) + still(Anyway, rest);
 }
 
-/// What the cloud space asks for as it is made.
+/// The requests of the cloud space while it is built.
 const auto spaceOf = [](const Cloud& cloud) { return treeOf(cloud) + friends + groups; };
 
 inline QList<TavFileButton*> tilesOf(const QWidget& window)
@@ -244,7 +245,7 @@ const auto emptySpace = [](CloudFileManger* client, QWidget* parent) {
     return new DlgMyCloudSpace(client, {}, "me", "4", parent);
 };
 
-/// Opens the folders of \a path and selects what stands behind the last slash, if anything.
+/// Opens the folders of \a path and selects what comes after the last slash, if anything.
 const auto goes = [](Text path) -> Act {
     return [path](QDialog& dialog) {
         const QStringList names = path.split('/');
@@ -256,15 +257,15 @@ const auto goes = [](Text path) -> Act {
                 if (i + 1 == names.size())
                     continue;
                 robot::click(*tile->focusProxy());
-                break; // the tiles go with their folder
+                break; // opening a folder deletes the tiles
             }
     };
 };
 
-/// A download.
+/// The download of a shared file.
 const auto brings = [](Text id, Bytes bytes) { return get(share + "download?logicalId=" + id, bytes); };
 const Steps isDownloaded = prompt("The download is complete!");
-/// About a file that is to come into the folder "out".
+/// The question whether to overwrite a file in the folder "out".
 const auto asksToCover = [](Text which, auto answer) {
     Steps steps = question("A file with the same name exists,whether or not covered?", answer);
     steps[0].box.more = QString();
@@ -284,7 +285,7 @@ inline void writeFile(const QString& path, const QByteArray& bytes)
 
 const QStringList modes{"Anonymous share", "Share To friends", "Share To groups"};
 constexpr int Anonymous = 0, Friends = 1, Groups = 2;
-/// Goes to the tab and the way of sharing, and clicks rows of its list.
+/// Goes to the share tab and one of its modes, and clicks rows of its list.
 const auto sharesBy = [](int mode, const QStringList& rows = {}) -> Act {
     return [=](QDialog& dialog) {
         openTab(dialog, Tab(1));
@@ -298,15 +299,15 @@ const auto sharesBy = [](int mode, const QStringList& rows = {}) -> Act {
 const auto shares = [](int mode, const QStringList& rows, Text file = "a.DWG") {
     return Acts{sharesBy(mode, rows), fills({{"File", file}}, "Share")};
 };
-/// A file, to the project that the user chooses for it.
+/// The upload of a file into the project that the user chooses for it.
 const auto uploads = [](Bytes type, Bytes name) {
     return projects + opens("Choose Cloud Project", {selects("Dam", "OK")})
         + post(share + "upload",
             part("projectId", "3") + part("sourceClient", "Soft") + part("supportTypeId", type)
-                + part("typeFlag", "1") + fileHead(name) + "=drawing\n",
+                + part("typeFlag", "1") + filePart(name, "drawing"),
             reply(R"({"logicalId":42})"));
 };
-/// The share with \a whom, or by a code.
+/// The request that shares with \a whom, or by a code.
 const auto sharing = [](int mode, Bytes whom, Bytes hours = "24") {
     const char* const operations[]{"toAnonymous", "toUSer", "toGroup"};
     return post(share + operations[mode],
@@ -337,7 +338,7 @@ const QString manageGroups = "Group management";
 const Acts friendsManaged{sharesBy(Friends, {"2"}), presses(manageFriends)};
 const Acts groupsManaged{sharesBy(Groups, {"7"}), presses(manageGroups)};
 
-/// What can go wrong however a file is shared.
+/// The failures that all modes of sharing have.
 inline QVector<Flow> sharesThatFail(int mode)
 {
     const QStringList rows[]{{}, {"1(3)"}, {"7"}};
@@ -399,7 +400,7 @@ const Kind spaceKind{"cloud space",
         {"to groups, none checked", shares(Groups, {}), uploadsDwg + prompt("Please choose a group.")},
         {"to groups, first refused", shares(Groups, {"7", "g-6"}), refused(toGroup) + notShared},
         {"to groups, second refused", shares(Groups, {"7", "g-6"}), refused(toGroups) + notShared},
-        // What was there stays when it cannot be listed again.
+        // A list that cannot be fetched again stays as it was.
         {"manage friends, left by Escape", friendsManaged,
             friends + opens(manageFriends, {hits(Qt::Key_Escape)}) + refused(friends)
                 + error("Failed to query the address book list!"),

@@ -10,46 +10,47 @@
 #include <QApplication>
 #include <QClipboard>
 
-/// The words in which tests of the dialogs say what the user does, and what comes of it. CloudSpaceFixture
-/// plays it.
+/// \file
+/// How tests of the dialogs describe what the user does and what must happen. CloudSpaceFixture plays it.
 
-/// What the user does in a window. Nothing in it comes after a wait: the window may go in that.
+/// Something that the user does in a window. What waits must come last in it: the window may be destroyed
+/// during the wait.
 using Act = std::function<void(QDialog&)>;
 using Acts = QVector<Act>;
 
-/// Whether a request is sent as well when its window went before.
+/// Whether a request is sent even if its window was closed or destroyed before.
 enum GoesOn
 {
     Never,
-    WhenClosed, ///< it is for the window below, which is still there
-    Anyway ///< it is part of one operation, which is not left half done
+    WhenClosed, ///< only if closed: it is a request of the window below, which is still there
+    Anyway ///< it belongs to an operation that is not left half done
 };
 
-/// What comes of it: a request, a message box, or a window in which the user goes on.
+/// Something that must happen: a request, a message box, or a window in which the user goes on.
 struct Step
 {
-    QByteArray method; ///< of a request, else empty
-    QString what; ///< target, text or title
-    QByteArray answer = {}; ///< the platform's
-    /// The parts of the request's form, or else its type and body, once the user is signed in; null leaves
-    /// it open.
+    QByteArray method; ///< of a request; otherwise empty
+    QString what; ///< target of the request, text of the box or title of the window
+    QByteArray answer = {}; ///< the platform's reply
+    /// What the request carries, as contentOf() has it; the client's token must come with it. Not checked
+    /// when null.
     QByteArray content = {};
     ExpectedBox box = {};
-    Acts acts = {}; ///< in the window
+    Acts acts = {}; ///< what the user does in the window
     GoesOn goesOn = Never;
 };
 using Steps = QVector<Step>;
 
-/// A way through a window.
+/// One use of a window, from the first act to the last step.
 struct Flow
 {
     QString name;
     Acts acts;
-    Steps steps; ///< what comes of them
-    QStringList shows = {}; ///< in the end; as it was loaded, if empty
+    Steps steps; ///< what must happen
+    QStringList shows = {}; ///< the rows at the end; empty for those that were loaded
 };
 
-/// Makes a window. The parent may go meanwhile.
+/// Makes a window. The parent may be destroyed meanwhile.
 using Make = std::function<QDialog*(CloudFileManger*, const QPointer<QWidget>&)>;
 
 /// One of the windows.
@@ -57,17 +58,18 @@ struct Kind
 {
     QString name;
     Make make;
-    Steps opening; ///< what comes before the user can act
-    QVector<Flow> flows; ///< those to their end, which may all end early
-    QVector<Flow> otherFlows = {};
+    Steps opening; ///< what must happen before the user can act
+    QVector<Flow> flows; ///< those that succeed, which tst_lifetimes ends at each step
+    QVector<Flow> otherFlows = {}; ///< failures and special cases
     QStringList headers = {}; ///< of its table or tree
-    QStringList loaded = {}; ///< what that shows; empty where it has none
+    QStringList loaded = {}; ///< the rows that were loaded; empty where there is no table or tree
 };
 
+// For the parameters of the short functions below.
 using Bytes = const QByteArray&;
 using Text = const QString&;
 
-/// What the platform answers. Whatever it chooses has a tag in it.
+/// Answers of the platform. All texts that it chooses contain a tag, which must not be taken for markup.
 const QByteArray success = R"({"code":0})";
 const QByteArray refusal = R"({"code":1,"msg":"<i>no</i>"})";
 const QString reason = "<i>no</i>";
@@ -82,8 +84,7 @@ const auto del = [](Text target) { return asks("DELETE", target, success, ""); }
 const auto post = [](Text target, Bytes content, Bytes answer = success) {
     return asks("POST", target, answer, content);
 };
-const auto part = [](Bytes name, Bytes value) { return fieldHead(name) + '=' + value + '\n'; };
-/// The last of them.
+/// The same steps, of which the last, a request, is refused.
 const auto refused = [](Steps steps) {
     steps.last().answer = refusal;
     return steps;
@@ -100,7 +101,7 @@ const auto no = QMessageBox::Cancel;
 const auto messageBox = [](const ExpectedBox& expected) {
     return Steps{{{}, expected.text, {}, {}, expected}};
 };
-/// Whatever its looks.
+/// A box with that text, whatever its icon, title and buttons.
 const auto says = [](Text text) { return messageBox({QMessageBox::NoIcon, {}, text}); };
 const auto prompt = [](Text text, Text more = "", Text title = "Prompt",
                         QMessageBox::Icon icon = QMessageBox::Information) {
@@ -113,7 +114,7 @@ const auto error = [](Text text, Text more = reason, Text button = "OK") {
 const auto question = [](Text text, auto answer, QMessageBox::Icon icon = QMessageBox::Question) {
     return messageBox({icon, "Prompt", text, yes | no, answer, {}, {"OK", "Cancel"}, ""});
 };
-/// The code that the platform gives, on the clipboard too, and there once more when the user wants it.
+/// A box with the platform's code, which is on the clipboard already, and again after Ctrl+C.
 const QString fetched = "<i>C</i>";
 const auto showsCode = [](Text text) {
     Steps steps = prompt(text, "", "Anonymous share");
@@ -133,7 +134,7 @@ const auto hits = [](Qt::Key key) -> Act { return [key](QDialog& dialog) { robot
 const auto enters = [](Text name, Text text) -> Act {
     return [=](QDialog& dialog) { type(dialog, name, text); };
 };
-/// From the clipboard, on which there is more than the text.
+/// Pastes \a text, which has blanks and line breaks around it on the clipboard.
 const auto pastes = [](Text text) -> Act {
     return [text](QDialog& dialog) {
         QApplication::clipboard()->setText(' ' + text + "\r\n");
@@ -152,9 +153,9 @@ const auto selects = [](Text row, Text then) -> Act {
         press(dialog, then);
     };
 };
-/// Presses a button, for a row if there is one.
+/// Selects \a row, unless it is empty, and presses the button \a then.
 const auto on = [](Text row, Text then) { return Acts{row.isEmpty() ? presses(then) : selects(row, then)}; };
-/// Answers a file dialog with a path in the working directory, or cancels it when there is none.
+/// Answers a file dialog with \a path in the working directory; cancels it when \a path is empty.
 const auto chooses = [](Text path) -> Act {
     return [path](QDialog& dialog) {
         QVERIFY(dialog.inherits("QFileDialog"));
@@ -162,8 +163,9 @@ const auto chooses = [](Text path) -> Act {
         QMetaObject::invokeMethod(&dialog, path.isEmpty() ? "reject" : "accept");
     };
 };
-/// Completes a form: its fields are as \a fields says (a ">" is before the one with the focus, a "!" before
-/// those that stay), then the texts are filled in or pasted, after a press too early for each with a "*".
+/// Completes a form. Its fields must be as \a fields says, in the manner of fieldsOf(). Then \a texts
+/// ("field=text") are typed or pasted; before one that begins with "*" the button is pressed too early. Enter
+/// accepts the form.
 inline Acts completes(Text fields, Text then, const QStringList& texts = {})
 {
     Acts acts{[=](QDialog& form) { QCOMPARE(fieldsOf(form), fields); }};

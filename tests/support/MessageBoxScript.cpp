@@ -18,7 +18,7 @@ QString named(QMessageBox::StandardButtons buttons)
     return QStringLiteral("0x%1").arg(int(buttons), 0, 16);
 }
 
-/// What the user reads in \a box: less than its text when that is taken for markup.
+/// What the user reads in \a box: not all of its text when that is taken for markup.
 QString shownIn(const QMessageBox& box)
 {
     const bool isMarkup = box.textFormat() == Qt::RichText
@@ -68,7 +68,7 @@ void MessageBoxScript::poll()
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (!box || !box->isVisible())
         return;
-    // What looked around may have ended the box, or the application with it: the answer has its own turn.
+    // In a turn of its own: look() may have destroyed the box, or quit the application.
     if (box == looked) {
         looked = nullptr;
         const QAbstractButton* button = box->button(answer);

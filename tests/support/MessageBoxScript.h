@@ -9,26 +9,26 @@
 #include <functional>
 #include <list>
 
-/// One message box as it must come up, and what the user does with it.
+/// A message box that must come up, and what the user does with it.
 struct ExpectedBox
 {
-    QMessageBox::Icon icon; ///< NoIcon leaves icon, title and buttons open
+    QMessageBox::Icon icon; ///< with NoIcon neither icon, title nor buttons are checked
     QString title;
     QString text;
     QMessageBox::StandardButtons buttons = QMessageBox::Ok;
     QMessageBox::StandardButton answer = QMessageBox::Ok;
-    /// Looks around while the box is up, before the answer. May destroy the box.
+    /// Called while the box is up, before the answer. May destroy the box.
     std::function<void()> look = {};
-    /// What stands on the buttons, in their order, without the marks of their shortcuts; empty to leave it
-    /// open. Buttons with texts of their own are still the standard buttons behind them.
+    /// The texts of the buttons, in their order, without mnemonics; not checked when empty. A standard button
+    /// may have another text.
     QStringList buttonTexts = {};
-    QString more = {}; ///< what stands below the text; null to leave it open
+    QString more = {}; ///< the informative text; not checked when null
 };
 
 /// Plays the user in front of message boxes: waits for each box of the script, checks it and answers it.
 ///
-/// A box that is another one than the script has, one that it does not have at all, and one that never came
-/// fail the running test when the script goes. Make it in a test, before the boxes may come.
+/// A box that differs from the script, one that is not in it, and one that never came fail the running test
+/// when the script is destroyed. Make it in a test, before the boxes may come.
 class MessageBoxScript
 {
 public:
@@ -50,6 +50,6 @@ private:
     QTimer timer;
     std::list<ExpectedBox> script;
     QStringList complaints;
-    QPointer<QMessageBox> looked; ///< waits for its answer
+    QPointer<QMessageBox> looked; ///< checked, and waits for its answer
     QMessageBox::StandardButton answer = QMessageBox::NoButton;
 };

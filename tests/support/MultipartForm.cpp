@@ -43,3 +43,22 @@ QByteArray fileHead(const QByteArray& fileName)
 {
     return fieldHead("file") + "; filename=\"" + fileName + '"';
 }
+
+QByteArray contentOf(const RecordedRequest& request)
+{
+    QString fault;
+    QByteArray content;
+    for (const FormPart& one : parseForm(request, fault))
+        content += one.head + '=' + one.body + '\n';
+    return fault.isEmpty() ? content : request.header("Content-Type") + request.body;
+}
+
+QByteArray part(const QByteArray& name, const QByteArray& value)
+{
+    return fieldHead(name) + '=' + value + '\n';
+}
+
+QByteArray filePart(const QByteArray& fileName, const QByteArray& bytes)
+{
+    return fileHead(fileName) + '=' + bytes + '\n';
+}

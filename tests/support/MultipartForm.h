@@ -10,11 +10,18 @@ struct FormPart
     QByteArray body;
 };
 
-/// Splits the body of \a request at its boundary. Strict: anything that the format does not have, a body that
-/// ends before the closing boundary included, is written to \a fault.
+/// Splits the body of \a request at its boundary. Strict: everything that the format does not allow, such as
+/// a missing closing boundary, is reported in \a fault.
 QVector<FormPart> parseForm(const RecordedRequest& request, QString& fault);
 
 /// The head of a part that carries the field \a name.
 QByteArray fieldHead(const QByteArray& name);
 /// The head of the part that carries a file.
 QByteArray fileHead(const QByteArray& fileName);
+
+/// What \a request carries: the parts of its form, if it is a whole one, otherwise its content type and body.
+QByteArray contentOf(const RecordedRequest& request);
+/// A field of a form in contentOf().
+QByteArray part(const QByteArray& name, const QByteArray& value);
+/// The file of a form in contentOf().
+QByteArray filePart(const QByteArray& fileName, const QByteArray& bytes);

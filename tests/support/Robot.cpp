@@ -7,7 +7,7 @@
 #include <QWidget>
 #include <QWindow>
 
-/// The door through which Qt's platform plugins put input into the queue. QTest has only one past the queue.
+/// Qt's platform plugins put input into the queue with these functions. QTest's own bypass the queue.
 class Q_GUI_EXPORT QWindowSystemInterface
 {
 public:
@@ -24,9 +24,9 @@ public:
 
 namespace {
 using Queue = QWindowSystemInterface;
-constexpr int patienceMs = 30000;
+constexpr int waitLimitMs = 30000;
 
-/// No two clicks are near enough to make a double click.
+/// So far from the last one that two clicks never make a double click.
 ulong nextTimestamp()
 {
     static ulong timestamp = 0;
@@ -48,7 +48,7 @@ bool isOnScreen(const QWidget& window)
 
 bool robot::waitUntil(const std::function<bool()>& condition)
 {
-    return QTest::qWaitFor(condition, patienceMs);
+    return QTest::qWaitFor(condition, waitLimitMs);
 }
 
 void robot::waitForFront(const QWidget& widget)
@@ -61,7 +61,7 @@ void robot::waitForFront(const QWidget& widget)
     const QByteArray complaint = "not in front: " + window->windowTitle().toUtf8();
     const bool wasVisible = window->isVisible();
     const bool inFront = waitUntil([window, wasVisible] {
-        if (!window || (wasVisible && !window->isVisible())) // it may go meanwhile
+        if (!window || (wasVisible && !window->isVisible())) // destroyed or closed meanwhile
             return true;
         if (!window->isActiveWindow() && window->windowHandle() == QGuiApplication::focusWindow())
             QApplication::setActiveWindow(window);
@@ -76,7 +76,7 @@ void robot::queueClick(const QWidget& widget, QPoint at, Qt::MouseButton button)
     const QPoint local = widget.mapTo(window, at.isNull() ? widget.rect().center() : at);
     const QWidget* hit = window->childAt(local);
     QVERIFY2(&widget == window || &widget == hit || widget.isAncestorOf(hit),
-        qPrintable("nowhere to be clicked: " + widget.objectName() + ' ' + widget.accessibleName()));
+        qPrintable("covered by another widget: " + widget.objectName() + ' ' + widget.accessibleName()));
     const QPoint global = window->mapToGlobal(local);
     const ulong timestamp = nextTimestamp();
     for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})

@@ -8,9 +8,10 @@
 #include <QLineEdit>
 #include <QTest>
 
-/// What a window shows in its table or tree and its fields, and a hand for it.
+/// \file
+/// What a window shows in its table or tree and in its fields, and clicks on the rows.
 
-/// The one that can be seen; null when it has none.
+/// The visible table or tree; null when there is none.
 inline QAbstractItemView* viewIn(const QWidget& window)
 {
     for (auto* view : window.findChildren<QAbstractItemView*>())
@@ -45,13 +46,13 @@ inline QStringList rowsBelow(const QModelIndex& parent, const QAbstractItemView&
     return rows;
 }
 
-/// All rows, a line to each: the texts of its columns, in a tree behind its indentation.
+/// All rows, a text for each: its columns, indented by its depth in a tree.
 inline QStringList rowsOf(const QWidget& window)
 {
     return rowsBelow({}, *viewIn(window), {});
 }
 
-/// Clicks the row in which \a text stands.
+/// Clicks the row that has \a text in a column.
 inline void clickRow(const QWidget& window, const QString& text)
 {
     QAbstractItemView* view = viewIn(window);
@@ -61,7 +62,7 @@ inline void clickRow(const QWidget& window, const QString& text)
     robot::click(*view->viewport(), view->visualRect(index).center());
 }
 
-/// The texts of the fields: a ">" is before the one with the focus, a "!" before those that stay.
+/// The texts of the fields, with a ">" before the one with the focus and a "!" before disabled ones.
 inline QString fieldsOf(const QWidget& window)
 {
     QStringList texts;

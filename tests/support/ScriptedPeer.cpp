@@ -15,7 +15,7 @@
 
 namespace {
 constexpr int pieceSize = 64 * 1024;
-constexpr auto patience = std::chrono::seconds(2);
+constexpr auto settleLimit = std::chrono::seconds(2);
 
 int listenOnLoopback(quint16& port)
 {
@@ -263,12 +263,12 @@ void ScriptedPeer::settle()
     if (stopping)
         return;
     std::unique_lock lock(mutex);
-    const int round = emptyRounds; // whoever knocks now has been let in when the next one ends
-    const auto allGone = [this, round] {
-        return emptyRounds != round
+    const int polls = idlePolls; // after one more, a client that connects now has been accepted
+    const auto allGone = [this, polls] {
+        return idlePolls != polls
             && std::all_of(clients.begin(), clients.end(), [](const Client& client) { return client.gone; });
     };
-    if (changed.wait_for(lock, patience, allGone))
+    if (changed.wait_for(lock, settleLimit, allGone))
         return;
     for (Client& client : clients)
         client.connection.interrupt();
@@ -295,7 +295,7 @@ QStringList ScriptedPeer::finish()
     acceptor.join();
     ::close(listener);
     for (Client& client : clients) {
-        client.connection.interrupt(); // for one that came at the last moment; what it sent is still read
+        client.connection.interrupt(); // one that connected at the last moment; what it sent is still read
         client.thread.join();
     }
     return reset();
@@ -321,11 +321,11 @@ void ScriptedPeer::complain(const QString& text)
 
 void ScriptedPeer::acceptClients()
 {
-    pollfd door{listener, POLLIN, 0};
+    pollfd watched{listener, POLLIN, 0};
     while (!stopping) {
-        if (::poll(&door, 1, 1) == 0) {
+        if (::poll(&watched, 1, 1) == 0) {
             const std::lock_guard lock(mutex);
-            ++emptyRounds;
+            ++idlePolls;
             changed.notify_all();
             continue;
         }

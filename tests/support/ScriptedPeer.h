@@ -15,7 +15,7 @@
 #include <mutex>
 #include <thread>
 
-/// One request as it came over the wire, whole or in part.
+/// One request as it was received, whole or in part.
 struct RecordedRequest
 {
     QByteArray raw; ///< every byte of it
@@ -23,7 +23,7 @@ struct RecordedRequest
     QByteArray target;
     QVector<QPair<QByteArray, QByteArray>> headers; ///< in their order, names as they were written
     QByteArray body;
-    bool complete = false; ///< head and body came as long as Content-Length says
+    bool complete = false; ///< the head came, and as many bytes of the body as Content-Length says
 
     /// The value of the only header of that name, whatever its case; null when there is none or another.
     QByteArray header(const QByteArray& name) const;
@@ -38,20 +38,20 @@ public:
     PeerConnection(const PeerConnection&) = delete;
     PeerConnection& operator=(const PeerConnection&) = delete;
 
-    /// All of these return false once the client has gone.
+    /// All of these return false once the client has disconnected.
     bool waitForBytes();
     bool readHead();
     /// Reads until at least \a bytes of the body are here, or, by default, all of it.
     bool readBody(int bytes = -1);
     bool send(const QByteArray& bytes);
-    /// Waits until the client has gone, reading nothing that it sends, and closes.
+    /// Waits until the client disconnects, without reading what it sends, and closes.
     void waitForClient();
     /// False as well once the peer wants the connection to end.
     bool pause(int milliseconds);
     void close();
     /// Closes with a reset instead of an orderly end.
     void reset();
-    /// Unblocks whatever the connection's thread waits for; for any thread.
+    /// Unblocks the connection's thread, whatever it waits for. Any thread may call it.
     void interrupt();
 
     RecordedRequest request;
@@ -67,7 +67,7 @@ private:
 
 using Behaviour = std::function<void(PeerConnection&)>;
 
-/// What a peer does with a request. All but those that say otherwise read the whole request first.
+/// What a peer does with a request. Unless they say otherwise, they read the whole request first.
 namespace behaviour {
 QByteArray response(const QByteArray& body, int status = 200, const QByteArray& headerLines = QByteArray());
 
@@ -80,16 +80,16 @@ Behaviour closeAfter(const QByteArray& bytes = QByteArray());
 Behaviour resetAfter(const QByteArray& bytes = QByteArray());
 /// Closes without having read a byte.
 Behaviour closeUnread();
-/// Has \a meanwhile run in the thread of the application object, where the call waits; then answers,
-/// unless \a body is null.
+/// Runs \a meanwhile in the thread of the application object, where the call waits; then answers, unless
+/// \a body is null.
 Behaviour answerAfter(const QByteArray& body, const std::function<void()>& meanwhile);
 } // namespace behaviour
 
 /// An HTTP peer on a loopback port that answers by a script and records what it gets.
 ///
-/// The script is a queue: each request takes the next exchange. A request that the script does not have,
-/// another one than it has, or an exchange that nobody asked for fails the running test when the peer goes,
-/// or is told by reset().
+/// The script is a queue: each request takes the next exchange. A request that is not in the script, one that
+/// differs from it, and an exchange that no request took fail the running test when the peer is destroyed,
+/// unless reset() or finish() has returned them.
 class ScriptedPeer
 {
 public:
@@ -104,20 +104,20 @@ public:
     static QString refusedAddress();
 
     void expect(const QByteArray& method, const QByteArray& target, Behaviour behaviour);
-    /// Expects nothing of what is still to come.
+    /// Drops what was expected and has not come yet.
     void expectNothing();
 
-    /// Waits until no client is connected any more, or throws out those that stay.
+    /// Waits until no client is connected any more; disconnects those that stay.
     void settle();
-    /// Settles, forgets the script and the requests, and returns what was wrong, for the next test to begin
-    /// with nothing of this one; what is returned here no longer fails the test.
+    /// Settles, forgets the script and the requests, and returns what was wrong, which then no longer fails
+    /// the test.
     QStringList reset();
     /// The same, and ends the peer.
     QStringList finish();
 
     /// The requests of which at least one byte came, in the order in which they began. Settles first.
     QVector<RecordedRequest> requests();
-    /// The only request; an empty one when there was another number of them.
+    /// The request if there was exactly one, otherwise an empty one.
     RecordedRequest onlyRequest();
 
 private:
@@ -151,7 +151,7 @@ private:
     std::list<Client> clients;
     QVector<RecordedRequest> recorded;
     QStringList complaints;
-    int emptyRounds = 0; ///< how often nobody was at the door
+    int idlePolls = 0; ///< how often no client was waiting to connect
     std::atomic<bool> stopping{false};
     std::thread acceptor;
 };

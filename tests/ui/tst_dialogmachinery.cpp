@@ -21,7 +21,7 @@ namespace {
 const QByteArray granted = R"({"code":0})";
 const QByteArray refusal = R"({"code":1,"msg":"no"})";
 
-/// A window in which presses and letters leave a trace.
+/// A window that shows how often its button was pressed and what was typed.
 struct Window : QDialog
 {
     explicit Window(QWidget* parent = nullptr)
@@ -40,7 +40,7 @@ struct Window : QDialog
         robot::click(*edit);
     }
 
-    /// What was done in it.
+    /// The number of presses, then the text.
     QString traces() const { return presses->text() + edit->text(); }
 
     QLineEdit* edit;
@@ -65,7 +65,7 @@ void happen(int ending, QWidget* window)
         QCoreApplication::quit();
 }
 
-/// Runs \a play in the application's event loop, for it to quit.
+/// Runs \a play in the application's event loop, so that it can quit.
 void inEventLoop(const std::function<void()>& play)
 {
     QTimer::singleShot(0, qApp, [&] {
@@ -82,7 +82,7 @@ class TestDialogMachinery : public DialogTest
     Q_OBJECT
 
 private slots:
-    void theTestsHandIsAPersons()
+    void theRobotsInputGoesWhereAUsersDoes()
     {
         Window behind;
         Window window;
@@ -101,7 +101,7 @@ private slots:
         QCOMPARE(window.presses->text(), QString("1"));
     }
 
-    void inputDuringAWaitIsForNobody()
+    void inputDuringAWaitIsDropped()
     {
         Window host;
         Window window;
@@ -121,13 +121,13 @@ private slots:
         QCOMPARE(during, QString("00"));
         QCoreApplication::processEvents();
         QCOMPARE(host.traces() + window.traces(), QString("00"));
-        // What comes after it is for the window again, and the focus is where it was.
+        // The window takes input again afterwards, and the focus is where it was.
         robot::key(window, Qt::Key_Y);
         robot::click(*window.presses);
         QCOMPARE(window.traces(), QString("1y"));
     }
 
-    void aWaitWithinAWaitEndsNothingButItself()
+    void aNestedWaitEndsOnlyItself()
     {
         Window window;
         const auto waits = [&] {

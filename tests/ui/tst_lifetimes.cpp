@@ -7,9 +7,10 @@
 #include "support/CloudSpaceFixture.h"
 #include "support/DialogFlows.h"
 
-/// Every flow of the dialogs is described once: what the user does, and what comes of it. It is then cut at
-/// each point at which the module waits, for the platform or for the user, and by each ending that a host has
-/// for it. Nothing of what would have come may come any more.
+/// \file
+/// Every flow of the dialogs is described once: what the user does, and what must happen. Here it is played
+/// up to each point at which the module waits, for the platform or for the user, and ended there in every way
+/// in which a host can end it. Nothing that would have followed may still happen.
 namespace {
 
 enum Ending
@@ -18,7 +19,7 @@ enum Ending
     Destroyed,
     ParentDestroyed,
     DestroyedWithClient,
-    ClientDestroyed, ///< which the window can do without
+    ClientDestroyed, ///< the window keeps working
     Quits
 };
 const char* const endings[]{"waiting window closed", "window destroyed", "parent destroyed",
@@ -30,10 +31,11 @@ const QString phone = "13800000000";
 const QString signIn = "/auth/oauth/token?grant_type=password";
 const QString byCodeTarget = "/auth/mobile/token/sms?mobile=SMS@13800000000&code=1&grant_type=mobile";
 
-const Act registers = fills({{"User name", "n"}, {word, "p"}, {account, phone}, {code, "1"}}, askForCode);
+const Act registers =
+    fills({{"User name", "n"}, {passwordField, "p"}, {accountField, phone}, {codeField, "1"}}, codeButton);
 const Steps registered = asks("GET", "/admin/mobile/" + phone) + asks("POST", "/admin/api/user")
     + says("Account registration successfully!");
-const Act resets = fills({{account, phone}, {"New password", "p"}, {code, "1"}}, askForCode);
+const Act resets = fills({{accountField, phone}, {"New password", "p"}, {codeField, "1"}}, codeButton);
 const Steps isReset = asks("GET", "/admin/mobile/reset/" + phone) + asks("POST", "/admin/api/user/resetpw")
     + says("Password reset successfully!");
 const auto signsIn = [](auto*, QWidget* parent) { return new DlgLoginCloundPlatform(parent); };
@@ -42,13 +44,14 @@ const QVector<Kind> accountKinds{
     {"sign-in", signsIn, {},
         {
             {"by code",
-                {fills({{account, phone}}, askForCode), fills({{code, "1"}}, "Login"), presses("Login")},
+                {fills({{accountField, phone}}, codeButton), fills({{codeField, "1"}}, "Login"),
+                    presses("Login")},
                 refused(asks("GET", "/admin/mobile/" + phone)) + says(reason)
                     + refused(asks("POST", byCodeTarget)) + says(reason) + asks("POST", byCodeTarget, tokens)
                     + says("login successfully!")},
             {"by password",
                 {[](QDialog& dialog) { openTab(dialog, PasswordTab); },
-                    fills({{account, "n"}, {word, "p"}}, "Login")},
+                    fills({{accountField, "n"}, {passwordField, "p"}}, "Login")},
                 asks("POST", signIn, tokens) + says("login successfully!")},
             {"with a registration and a reset",
                 {presses("User registration"), presses("Forget the password")},
@@ -75,7 +78,7 @@ bool isRequest(const Step& step)
     return !step.method.isEmpty();
 }
 
-/// One flow on its way, until its cut and beyond.
+/// One flow, played until its cut and beyond.
 struct Stage
 {
     CloudSpaceFixture& fixture;
@@ -88,7 +91,7 @@ struct Stage
     QPointer<QWidget> parent = new QWidget;
     QPointer<QDialog> dialog = {};
 
-    /// What came that must not come, or did not come.
+    /// Plays it; returns what came but must not, or did not come.
     QStringList play()
     {
         fixture.begin();
@@ -150,8 +153,8 @@ struct Stage
             QCoreApplication::quit();
     }
 
-    /// Closes the window that asks the platform, or on which another stands. In one that is left over, the
-    /// user confirms what is there.
+    /// Closes the window that waits for the platform, or the one below the box or dialog in front, which the
+    /// user then confirms.
     void close() const
     {
         const QPointer<QDialog> front(qobject_cast<QDialog*>(QApplication::activeModalWidget()));
@@ -171,7 +174,7 @@ class TestLifetimes : public CloudSpaceTest
     Q_OBJECT
 
 private slots:
-    void endsWithItsWindow_data()
+    void nothingComesAfterTheEnd_data()
     {
         QTest::addColumn<Kind>("kind");
         QTest::addColumn<int>("index");
@@ -186,7 +189,7 @@ private slots:
                             << all[kind] << flow << ending;
     }
 
-    void endsWithItsWindow()
+    void nothingComesAfterTheEnd()
     {
         QFETCH(Kind, kind);
         QFETCH(int, index);

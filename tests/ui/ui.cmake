@@ -10,7 +10,7 @@ target_include_directories(tav_test_support PRIVATE ${PROJECT_BINARY_DIR}/genera
 target_link_libraries(tav_test_support
     PUBLIC Qt5::Widgets PRIVATE Qt5::Network tav_host::core tav_host::toolkit tav_host::utilities)
 
-tav_test(tst_messageboxscript support/tst_messageboxscript.cpp)
+tav_test(tst_testsupport support/tst_testsupport.cpp)
 tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp)
 tav_test(tst_accountfile ui/account/tst_accountfile.cpp)
 tav_test(tst_dlglogin ui/account/tst_dlglogin.cpp)

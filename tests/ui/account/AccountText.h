@@ -5,8 +5,10 @@
 #include "net/BuildConstants.h"
 #include "ui/account/AccountFile.h"
 
-/// The account file as a text: the names, the passwords in clear, and the flags, apart by "|", and the
-/// entries of each by blanks. A flag that nobody ever set is read as "-".
+/// \file
+/// The account file as a text: the names, the passwords in clear and the flags, separated by "|", and the
+/// entries of each list by blanks. A flag that was never set is read as "-".
+
 inline void remember(const QString& text)
 {
     const auto list = [&](int i) { return text.section('|', i, i).split(' ', Qt::SkipEmptyParts); };

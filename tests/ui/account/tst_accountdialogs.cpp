@@ -29,7 +29,7 @@ const QByteArray refusal = R"({"code":1,"msg":"<b>不</b>"})";
 const QByteArray helloEnciphered = "MB+o8xg7mCBZ5F7ajwRQ4w==";
 const QString phone = "13800000000";
 
-enum KindIndex
+enum PageIndex
 {
     ByCode,
     ByPassword,
@@ -37,22 +37,22 @@ enum KindIndex
     Reset
 };
 
-/// One of the pages with a request of its own, and what makes it whole.
-struct Kind
+/// One of the pages that send a request.
+struct PageKind
 {
     const char* row;
     std::function<QDialog*(QWidget*)> make;
-    QByteArray codeByPhone; ///< empty where no code can be asked for
+    QByteArray codeByPhone; ///< path of the request for a code; empty where none can be asked for
     QByteArray codeByMail;
     QString title;
     QString proceed;
     QString leave;
     QString hint; ///< in the password field
-    Texts filled;
+    Texts filled; ///< all fields, with valid texts
     QStringList reachedNext; ///< by the Tab key, after the fields
-    QByteArray target;
-    QString waiting; ///< what stands in the window during that
-    ExpectedBox refused; ///< without a usable reply
+    QByteArray target; ///< of the request
+    QString waiting; ///< the window's note during the request
+    ExpectedBox refused; ///< the box when there is no usable reply
     QString success;
 };
 
@@ -66,42 +66,42 @@ QDialog* login(QWidget* parent, Tab tab)
 const ExpectedBox errorBox{QMessageBox::Critical, "error", "返回值解析失败"};
 const ExpectedBox promptBox{QMessageBox::Information, "Prompt", "返回值解析失败"};
 
-const QVector<Kind> kinds{
+const QVector<PageKind> pageKinds{
     {"login by code", [](QWidget* parent) { return login(parent, CodeTab); }, "/admin/mobile/",
-        "/admin/mail/", "Login", "Login", "Exit", "", {{account, phone}, {code, "1"}}, {askForCode},
+        "/admin/mail/", "Login", "Login", "Exit", "", {{accountField, phone}, {codeField, "1"}}, {codeButton},
         "/auth/mobile/token/sms?mobile=SMS@13800000000&code=1&grant_type=mobile", "Signing in...", errorBox,
         "login successfully!"},
     {"login by password", [](QWidget* parent) { return login(parent, PasswordTab); }, "", "", "Login",
-        "Login", "Exit", "", {{account, "li.hua"}, {word, "hello"}},
+        "Login", "Exit", "", {{accountField, "li.hua"}, {passwordField, "hello"}},
         {"Show or hide the password", "Remember the password"}, "/auth/oauth/token?grant_type=password",
         "Signing in...", errorBox, "login successfully!"},
     {"registration", [](QWidget* parent) { return new DlgRegisterR2V(parent); }, "/admin/mobile/",
         "/admin/mail/", "User registration", "User registration", "Cancel", "6-24位数字和英文字母组合",
-        {{"User name", "n"}, {word, "hello"}, {account, phone}, {code, "1"}}, {askForCode}, "/admin/api/user",
-        "Registering...", promptBox, "Account registration successfully!"},
+        {{"User name", "n"}, {passwordField, "hello"}, {accountField, phone}, {codeField, "1"}}, {codeButton},
+        "/admin/api/user", "Registering...", promptBox, "Account registration successfully!"},
     {"reset", [](QWidget* parent) { return new DlgResetPassword(parent); }, "/admin/mobile/reset/",
         "/admin/mail/reset/", "Reset password", "Reset", "Exit", "6-24 digits and English letter combination",
-        {{account, phone}, {"New password", "hello"}, {code, "1"}}, {askForCode}, "/admin/api/user/resetpw",
-        "Setting the new password...", errorBox, "Password reset successfully!"},
+        {{accountField, phone}, {"New password", "hello"}, {codeField, "1"}}, {codeButton},
+        "/admin/api/user/resetpw", "Setting the new password...", errorBox, "Password reset successfully!"},
 };
 
-QTestData& newRow(KindIndex index, const QString& text)
+QTestData& newRow(PageIndex index, const QString& text)
 {
-    return QTest::newRow(qPrintable(QString("%1, %2").arg(kinds[index].row, text))) << int(index) << text;
+    return QTest::newRow(qPrintable(QString("%1, %2").arg(pageKinds[index].row, text))) << int(index) << text;
 }
 
-/// One of them in front of its user.
+/// One of the pages, in front.
 struct Page
 {
     explicit Page(int index)
-        : kind(kinds[index])
+        : kind(pageKinds[index])
         , dialog(kind.make(nullptr))
     {
         bringUp(*dialog);
     }
     ~Page() { delete dialog; }
 
-    const Kind& kind;
+    const PageKind& kind;
     const QPointer<QDialog> dialog;
 };
 
@@ -112,14 +112,14 @@ class TestAccountDialogs : public DialogTest
     Q_OBJECT
 
 private slots:
-    void canBeFilledAndLeft_data()
+    void everyPageCanBeFilledInAndLeft_data()
     {
         QTest::addColumn<int>("index");
-        for (int i = 0; i < kinds.size(); ++i)
-            QTest::newRow(kinds[i].row) << i;
+        for (int i = 0; i < pageKinds.size(); ++i)
+            QTest::newRow(pageKinds[i].row) << i;
     }
 
-    void canBeFilledAndLeft()
+    void everyPageCanBeFilledInAndLeft()
     {
         QFETCH(int, index);
         const Page page(index);
@@ -133,7 +133,7 @@ private slots:
             QCOMPARE(field(dialog, name)->placeholderText(), secret ? page.kind.hint : QString());
             names.append(name);
         }
-        // Tab goes where the eye goes.
+        // The Tab key goes from field to field as they are read.
         field(dialog, names.first())->setFocus();
         for (const QString& name : names + page.kind.reachedNext) {
             const auto* button = qobject_cast<QAbstractButton*>(dialog.focusWidget());
@@ -145,14 +145,14 @@ private slots:
         QVERIFY(!dialog.isVisible());
         bringUp(dialog);
         for (const auto& [name, text] : page.kind.filled)
-            if (index != Registration) // nobody can show it again
+            if (index != Registration) // it is never shown again
                 QCOMPARE(field(dialog, name)->text(), name.contains("assword") ? QString() : text);
         QTest::keyClick(&dialog, Qt::Key_Escape);
         QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
-    void fieldsHaveRoom()
+    void fieldsHaveRoomForTheirTexts()
     {
         QDialog dialog;
         auto* grid = new FieldGrid;
@@ -175,7 +175,7 @@ private slots:
         QVERIFY(isRoomFor(hinted->placeholderText(), hinted, hinted, nullptr));
     }
 
-    void checkInOrder_data()
+    void missingTextsAreReportedInOrder_data()
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("texts");
@@ -201,14 +201,14 @@ private slots:
         newRow(Reset, "1|p|") << noCode;
     }
 
-    void checkInOrder()
+    void missingTextsAreReportedInOrder()
     {
         QFETCH(int, index);
         QFETCH(QString, texts);
         QFETCH(QString, complaint);
         const Page page(index);
         const QStringList typed = texts.split('|');
-        QString empty; // the first
+        QString empty; // the first empty field
         for (int i = typed.size() - 1; i >= 0; --i) {
             type(*page.dialog, page.kind.filled[i].first, typed[i]);
             if (typed[i].isEmpty())
@@ -223,7 +223,7 @@ private slots:
             QCOMPARE(page.dialog->focusWidget()->accessibleName(), empty);
     }
 
-    void askThePlatform_data()
+    void whatWasTypedIsSent_data()
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("who");
@@ -237,18 +237,18 @@ private slots:
         const QByteArray secretPart = part("password", helloEnciphered);
         newRow(ByCode, "12") << sms + "SMS@12&code=1&grant_type=mobile" << QByteArrayList();
         newRow(ByCode, "a@b") << sms + "MAIL@a@b&code=1&grant_type=mobile" << QByteArrayList();
-        newRow(ByPassword, "li.hua") << kinds[ByPassword].target
+        newRow(ByPassword, "li.hua") << pageKinds[ByPassword].target
                                      << QByteArrayList{"username=li.hua&password=" + secret};
-        newRow(Registration, "1x") << kinds[Registration].target
+        newRow(Registration, "1x") << pageKinds[Registration].target
                                    << QByteArrayList{part("username", "n"), secretPart, part("phone", "1x"),
                                           part("smscode", "1")};
         newRow(Registration, "a@b") << QByteArray("/admin/api/user/mail/register")
                                     << QByteArrayList{secretPart, part("mail", "a@b"), part("mailCode", "1")};
-        newRow(Reset, "a@b") << kinds[Reset].target
+        newRow(Reset, "a@b") << pageKinds[Reset].target
                              << QByteArrayList{"phone=a@b&password=" + secret + "&smscode=1"};
     }
 
-    void askThePlatform()
+    void whatWasTypedIsSent()
     {
         QFETCH(int, index);
         QFETCH(QString, who);
@@ -257,7 +257,7 @@ private slots:
         const Page page(index);
         QDialog& dialog = *page.dialog;
         for (const auto& [name, text] : page.kind.filled)
-            type(dialog, name, name == account ? who : text);
+            type(dialog, name, name == accountField ? who : text);
 
         ExpectedBox refused = page.kind.refused;
         refused.look = [] {
@@ -279,7 +279,7 @@ private slots:
             QVERIFY(dialog.isVisible() && button(dialog, page.kind.proceed)->isEnabled());
             QVERIFY(!QFile::exists("AccountManage.bin"));
             field(dialog, name)->setFocus();
-            if (name == code) { // with what comes along when it is copied from a message
+            if (name == codeField) { // with the white space that is copied from a message with it
                 QApplication::clipboard()->setText(QString::fromUtf8(" \n1\u00a0\u200b\r\n"));
                 QTest::keyClick(field(dialog, name), Qt::Key_A, Qt::ControlModifier);
                 QTest::keyClick(field(dialog, name), Qt::Key_V, Qt::ControlModifier);
@@ -288,7 +288,7 @@ private slots:
         }
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         bringUp(dialog);
-        QVERIFY(index != ByCode || field(dialog, code)->text().isEmpty()); // it is used up
+        QVERIFY(index != ByCode || field(dialog, codeField)->text().isEmpty()); // a code is valid once
         for (const RecordedRequest& request : fixture->requests())
             for (const QByteArray& part : sent)
                 QVERIFY2(request.body.contains(part), request.body.constData());
@@ -324,7 +324,7 @@ private slots:
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
-    void askForCodes_data()
+    void aCodeIsRequestedAndCountedDown_data()
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("text");
@@ -332,15 +332,15 @@ private slots:
         newRow(ByCode, QString(11, QChar(0x0663))) << "/admin/mobile/" + QByteArray("%D9%A3").repeated(11);
         newRow(ByCode, "1380000000a") << QByteArray();
         newRow(ByCode, "138000000001") << QByteArray();
-        for (const KindIndex index : {ByCode, Registration, Reset}) {
+        for (const PageIndex index : {ByCode, Registration, Reset}) {
             const QString number = index == ByCode ? phone : "12a";
             newRow(index, "") << QByteArray();
-            newRow(index, "a@b") << kinds[index].codeByMail + "a@b";
-            newRow(index, number) << kinds[index].codeByPhone + number.toLatin1();
+            newRow(index, "a@b") << pageKinds[index].codeByMail + "a@b";
+            newRow(index, number) << pageKinds[index].codeByPhone + number.toLatin1();
         }
     }
 
-    void askForCodes()
+    void aCodeIsRequestedAndCountedDown()
     {
         QFETCH(int, index);
         QFETCH(QString, text);
@@ -349,14 +349,14 @@ private slots:
             const Page page(index);
             auto* tick = page.dialog->findChild<QTimer*>("tickTimer");
             auto* countdown = page.dialog->findChild<QTimer*>("countdownTimer");
-            QPushButton* asking = button(*page.dialog, askForCode); // which may soon count
-            type(*page.dialog, account, text);
+            QPushButton* asking = button(*page.dialog, codeButton); // its text is the countdown later
+            type(*page.dialog, accountField, text);
             asking->setFocus();
             if (path.isEmpty()) {
                 fixture->boxes().expectPrompt(text.isEmpty()
                         ? "The phone number cannot be empty!"
                         : "The format of the phone number is incorrect!");
-                press(*page.dialog, askForCode);
+                press(*page.dialog, codeButton);
                 QVERIFY(!countdown->isActive() && asking->isEnabled());
                 continue;
             }
@@ -370,14 +370,14 @@ private slots:
             fixture->expectAndHold("GET", path, granted ? tokens : refusal, waits);
             if (!granted)
                 fixture->boxes().expectPrompt("<b>不</b>", look);
-            press(*page.dialog, askForCode);
+            press(*page.dialog, codeButton);
             QCOMPARE(tick->interval(), 100);
             QCOMPARE(countdown->interval(), 120000);
             QVERIFY(tick->isActive() && countdown->isActive() && !asking->isEnabled());
-            QCOMPARE(page.dialog->focusWidget()->accessibleName(), code);
+            QCOMPARE(page.dialog->focusWidget()->accessibleName(), codeField);
             QTRY_VERIFY(QRegularExpression("^1[01]\\d s$").match(asking->text()).hasMatch());
 
-            // The rest without waiting for it: the countdown is what is left of its timer.
+            // Without waiting for the rest: the countdown shows the remaining time of its timer.
             const auto tickAt = [&](int milliseconds) {
                 countdown->start(milliseconds);
                 QMetaObject::invokeMethod(tick, "timeout");
@@ -386,7 +386,7 @@ private slots:
             QCOMPARE(asking->text(), QString("1 s"));
             QVERIFY(!asking->isEnabled() && tick->isActive());
             tickAt(999);
-            QCOMPARE(asking->text(), askForCode);
+            QCOMPARE(asking->text(), codeButton);
             QVERIFY(asking->isEnabled() && !tick->isActive() && !countdown->isActive());
         }
     }

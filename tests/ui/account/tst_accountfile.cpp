@@ -20,7 +20,7 @@ namespace {
 const QString fileName = "AccountManage.bin";
 const QByteArray header = QByteArray::fromHex("abbcc0dd 00000244");
 
-/// Two names, "a" and "李", two passwords, "QQ==" and "", and a flag that nobody ever set, byte by byte.
+/// Two names, "a" and "李", two passwords, "QQ==" and "", and a flag that was never set, byte by byte.
 const QByteArray firstList = QByteArray::fromHex("00000002 00000002 0061 00000002 674e");
 const QByteArray secondList = QByteArray::fromHex("00000002 00000008 0051 0051 003d 003d 00000000");
 const QByteArray thirdList = QByteArray::fromHex("00000001 ffffffff");
@@ -31,7 +31,7 @@ AccountLists twoAccounts()
     return {{"a", QString::fromUtf8("李")}, {"QQ==", ""}, {QString()}};
 }
 
-/// The first of them, and the rest empty.
+/// The first \a count lists of that, and the rest empty.
 QList<QStringList> firstLists(int count)
 {
     const AccountLists all = twoAccounts();
@@ -49,7 +49,7 @@ QByteArray contents()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// What comes of the untouched lists.
+/// The untouched lists after reading.
 QList<QStringList> read()
 {
     AccountLists lists{untouched[0], untouched[1], untouched[2]};
@@ -79,7 +79,7 @@ private slots:
         QVERIFY(QDir::setCurrent(scratch->path()));
     }
 
-    void writesTheseBytes()
+    void writesTheDocumentedBytes()
     {
         writeAccountFile(twoAccounts());
         QCOMPARE(contents(), wholeFile);
@@ -100,40 +100,30 @@ private slots:
         }
     }
 
-    void readsWhatIsThere_data()
+    void readsOnlyWhatIsPlausible()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QList<QStringList>>("expected");
-        const auto row = [](const char* name, const char* begin, const QByteArray& rest,
-                             const QList<QStringList>& expected) {
-            QTest::newRow(name) << QByteArray::fromHex(begin) + rest + secondList + thirdList << expected;
+        const std::tuple<QByteArray, QByteArray, QList<QStringList>> rows[]{
+            {"abbcc0de 00000244", firstList, untouched}, // another magic
+            {"abbcc0dd 00000245", firstList, untouched}, // another version
+            {"abbcc0dd 00000244 7fffffff", "", firstLists(0)}, // a count beyond the file
+            {"abbcc0dd 00000244 00000001 7ffffffe", "", firstLists(0)}, // a length beyond the file
+            {"abbcc0dd 00000244 000003e9", QByteArray(1001 * 4, '\0'), firstLists(0)}, // too many texts
+            {"abbcc0dd 00000244 00000001 00100002", QByteArray(0x100002, 'a'), firstLists(0)}, // too long
+            {"abbcc0dd 00000244 00000001 00000003 006161", "", firstLists(0)}, // an odd length
         };
-        row("another magic", "abbcc0de 00000244", firstList, untouched);
-        row("another version", "abbcc0dd 00000245", firstList, untouched);
-        row("count beyond the file", "abbcc0dd 00000244 7fffffff", "", firstLists(0));
-        row("length beyond the file", "abbcc0dd 00000244 00000001 7ffffffe", "", firstLists(0));
-        row("more than anybody has", "abbcc0dd 00000244 000003e9", QByteArray(1001 * 4, '\0'), firstLists(0));
-        row("longer than anybody types", "abbcc0dd 00000244 00000001 00100002", QByteArray(0x100002, 'a'),
-            firstLists(0));
-        row("odd length", "abbcc0dd 00000244 00000001 00000003 006161", "", firstLists(0));
-        QTest::newRow("more after the end") << wholeFile + "more" << firstLists(3);
+        for (const auto& [begin, rest, expected] : rows)
+            QVERIFY2(readFrom(QByteArray::fromHex(begin) + rest + secondList + thirdList) == expected, begin);
+        QCOMPARE(readFrom(wholeFile + "more"), firstLists(3));
     }
 
-    void readsWhatIsThere()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QList<QStringList>, expected);
-        QCOMPARE(readFrom(bytes), expected);
-    }
-
-    void whatIsNoFileIsNotRead()
+    void onlyARegularFileIsRead()
     {
         QCOMPARE(read(), untouched);
         QCOMPARE(::mkfifo(qPrintable(fileName), 0600), 0);
         QCOMPARE(read(), untouched); // opening it would wait for its other end
     }
 
-    void isReplacedAndForItsOwnerOnly()
+    void isReplacedAndReadableByItsOwnerOnly()
     {
         const QFile::Permissions others(0x0077);
         const mode_t mask = ::umask(0);
@@ -155,15 +145,15 @@ private slots:
             QDir().entryList(QDir::Files | QDir::Hidden), QStringList({fileName, "second name", "target"}));
     }
 
-    void putsInFront()
+    void putsAnAccountInFront()
     {
         // Names, passwords and flags, before and after.
         const std::pair<QString, QString> rows[]{
             {"||", "N|new|true"}, {"a b c d e|0 1 2 3 4|p q r s t", "N a b c d|new 0 1 2 3|true p q r s"},
             {"a b N d|0 1 2 3|p q r s", "N a b d|new 0 1 3|true p q s"},
             {"n|0|p", "N n|new 0|true p"}, // another account
-            {"a b N|0|", "N a b|new 0|true"}, // cut short
-            {"a b c d e f|0|", "N a b c d e|new 0|true"}, // more than we keep
+            {"a b N|0|", "N a b|new 0|true"}, // lists cut
+            {"a b c d e f|0|", "N a b c d e|new 0|true"}, // more than are kept
         };
         for (const auto& [before, after] : rows) {
             remember(before);

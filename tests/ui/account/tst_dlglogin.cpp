@@ -19,7 +19,7 @@ namespace {
 const QString registration = "User registration";
 const QByteArray tokens = R"({"access_token":"A","refresh_token":"R","user_info":{"username":"u"}})";
 
-/// The password page, in front of its user.
+/// The dialog, in front.
 class PasswordPage : public DlgLoginCloundPlatform
 {
 public:
@@ -30,8 +30,11 @@ public:
         bringUp(*this);
     }
 
-    /// Name and password, as the fields have them.
-    QString shown() const { return field(*this, account)->text() + ' ' + field(*this, word)->text(); }
+    /// The name and the password in the fields.
+    QString shown() const
+    {
+        return field(*this, accountField)->text() + ' ' + field(*this, passwordField)->text();
+    }
 
     QComboBox& names;
     QCheckBox& box;
@@ -51,13 +54,14 @@ private slots:
         QTest::addColumn<QString>("shown"); // empty for a dialog that is cancelled
         const QString forgotten = "Forget the password";
         QTest::newRow("registered by phone")
-            << registration << Texts{{"User name", "n"}, {account, "1"}} << "n ";
-        QTest::newRow("by mail") << registration << Texts{{"User name", "n"}, {account, "n@b"}} << "n@b ";
+            << registration << Texts{{"User name", "n"}, {accountField, "1"}} << "n ";
+        QTest::newRow("by mail") << registration << Texts{{"User name", "n"}, {accountField, "n@b"}}
+                                 << "n@b ";
         QTest::newRow("one known before") << registration << Texts{{"User name", "b"}} << "b ";
-        QTest::newRow("reset") << forgotten << Texts{{account, "1"}} << "1 ";
+        QTest::newRow("reset") << forgotten << Texts{{accountField, "1"}} << "1 ";
         QTest::newRow("nobody") << forgotten << Texts{} << "a ";
         QTest::newRow("no registration") << registration << Texts{{"User name", "n"}} << "";
-        QTest::newRow("no reset") << forgotten << Texts{{account, "1"}} << "";
+        QTest::newRow("no reset") << forgotten << Texts{{accountField, "1"}} << "";
     }
 
     void goesOnWithTheAccount()
@@ -76,13 +80,13 @@ private slots:
         QCOMPARE(
             dialog.findChild<QTabWidget*>()->currentIndex(), int(shown.isEmpty() ? CodeTab : PasswordTab));
         if (!shown.isEmpty())
-            QCOMPARE(dialog.focusWidget(), field(dialog, word));
+            QCOMPARE(dialog.focusWidget(), field(dialog, passwordField));
         openTab(dialog, PasswordTab);
         QCOMPARE(dialog.shown(), shown.isEmpty() ? "a one" : shown);
         QCOMPARE(dialog.box.isChecked(), dialog.names.findText(dialog.names.currentText()) >= 0);
     }
 
-    void itsLinksFollowTheColoursOfTheWindow()
+    void linksFollowTheColoursOfTheWindow()
     {
         DlgLoginCloundPlatform dialog;
         bringUp(dialog);
@@ -102,12 +106,12 @@ private slots:
     {
         const PasswordPage dialog;
         openTab(dialog, PasswordTab);
-        QLineEdit* edit = field(dialog, word);
+        QLineEdit* edit = field(dialog, passwordField);
         const QAction* eye = edit->actions().first();
         auto* eyeButton = edit->findChild<QToolButton*>();
         const QImage plain = eyeButton->grab().toImage();
         eyeButton->setFocus();
-        QVERIFY(eyeButton->grab().toImage() != plain); // who goes there by Tab sees it
+        QVERIFY(eyeButton->grab().toImage() != plain); // it shows that it has the focus
         for (const bool shown : {false, true, false, true}) {
             QCOMPARE(eye->property("shown").toBool(), shown);
             QCOMPARE(edit->echoMode(), shown ? QLineEdit::Normal : QLineEdit::Password);
@@ -141,21 +145,21 @@ private slots:
         bringUp(first);
         QCOMPARE(first.findChild<QTabWidget*>()->currentIndex(), int(CodeTab));
         QTest::keyClicks(first.focusWidget(), "1");
-        QCOMPARE(field(first, account)->text(), QString("1"));
+        QCOMPARE(field(first, accountField)->text(), QString("1"));
         openTab(first, PasswordTab);
-        fillIn(first, {{account, "N"}, {word, "new"}});
+        fillIn(first, {{accountField, "N"}, {passwordField, "new"}});
         fixture->expectAndHold(
             "POST", "/auth/oauth/token?grant_type=password", tokens, [&] { first.close(); });
         press(first, "Login");
         QCOMPARE(first.result(), int(QDialog::Rejected));
-        QCOMPARE(remembered(), QString("N|new|-")); // signed in; nobody has said whether to fill it in
+        QCOMPARE(remembered(), QString("N|new|-")); // signed in; the user never chose whether to fill it in
     }
 
     void followsTheChoiceOfAnAccount()
     {
         remember("a b c d|one two three|true false true");
         const PasswordPage dialog;
-        QLineEdit* edit = field(dialog, account);
+        QLineEdit* edit = field(dialog, accountField);
         edit->setFocus();
         QTest::keyClick(edit, Qt::Key_Down);
         QCOMPARE(dialog.shown(), QString("b "));
@@ -179,31 +183,31 @@ private slots:
         QCOMPARE(dialog.shown(), QString("ax "));
     }
 
-    /// Whatever is remembered, and however the user goes on from the name: the password is for who was typed.
+    /// Whatever is remembered, and however the user leaves the name, the name that was typed is sent.
     void signsInAsTyped()
     {
         for (const QByteArray& typed : QByteArrayList{"ann", "an", "Anna", "anna"})
             for (const int key : {0, int(Qt::Key_Tab), int(Qt::Key_Enter), int(Qt::Key_End)}) {
                 remember("anna ANNA anne|1 2 3|true false true");
                 PasswordPage dialog;
-                type(dialog, account, typed);
+                type(dialog, accountField, typed);
                 if (key == Qt::Key_Enter)
                     fixture->boxes().expectPrompt("password can not be blank!");
                 if (key)
-                    QTest::keyClick(field(dialog, account), Qt::Key(key));
-                signInWith(dialog, {{word, "mine"}});
+                    QTest::keyClick(field(dialog, accountField), Qt::Key(key));
+                signInWith(dialog, {{passwordField, "mine"}});
                 QVERIFY(fixture->requests().last().body.startsWith("username=" + typed + '&'));
                 QVERIFY(remembered().startsWith(typed + ' ') && remembered().contains("|true "));
             }
     }
 
-    /// A host may show a dialog again. It then has what is remembered, and no typed password.
-    void isGoodForAnotherTime()
+    /// A host may show a dialog again: it then has the remembered password and not the one that was typed.
+    void canBeShownAgain()
     {
         remember("a b|one two|true true");
         PasswordPage dialog;
-        type(dialog, word, "typed");
-        field(dialog, word)->actions().first()->trigger();
+        type(dialog, passwordField, "typed");
+        field(dialog, passwordField)->actions().first()->trigger();
         openTab(dialog, CodeTab);
         openTab(dialog, PasswordTab);
         QCOMPARE(dialog.shown(), QString("a typed"));
@@ -212,7 +216,7 @@ private slots:
             QVERIFY(edit->text() != "typed" && edit->text() != "one");
         bringUp(dialog);
         QCOMPARE(dialog.shown(), QString("a one"));
-        QCOMPARE(field(dialog, word)->echoMode(), QLineEdit::Password);
+        QCOMPARE(field(dialog, passwordField)->echoMode(), QLineEdit::Password);
 
         QTest::mouseClick(&dialog.box, Qt::LeftButton, {}, QPoint(8, dialog.box.height() / 2));
         press(dialog, "Exit");
@@ -220,12 +224,12 @@ private slots:
         QCOMPARE(dialog.shown(), QString("a "));
         QTest::keyClicks(dialog.focusWidget(), "x");
         QCOMPARE(dialog.shown(), QString("x "));
-        signInWith(dialog, {{account, "c"}, {word, "three"}});
+        signInWith(dialog, {{accountField, "c"}, {passwordField, "three"}});
         bringUp(dialog);
         QCOMPARE(dialog.shown(), QString("c ")); // not to be remembered
         dialog.names.setCurrentIndex(2);
         QCOMPARE(dialog.shown(), QString("b two"));
-        signInWith(dialog, {{account, "c"}, {word, "four"}});
+        signInWith(dialog, {{accountField, "c"}, {passwordField, "four"}});
         QCOMPARE(remembered(), QString("c a b|four one two|false true true"));
     }
 

@@ -19,7 +19,7 @@ class TestCloudDialogs : public CloudSpaceTest
     Q_OBJECT
 
 private slots:
-    void doWhatTheirButtonsSay_data()
+    void everyFlowEndsAsDescribed_data()
     {
         QTest::addColumn<Kind>("kind");
         QTest::addColumn<Flow>("flow");
@@ -28,7 +28,7 @@ private slots:
                 QTest::newRow(qPrintable(kind.name + ": " + flow.name)) << kind << flow;
     }
 
-    void doWhatTheirButtonsSay()
+    void everyFlowEndsAsDescribed()
     {
         QFETCH(Kind, kind);
         QFETCH(Flow, flow);
@@ -48,7 +48,7 @@ private slots:
         QCOMPARE(QApplication::clipboard()->text() == fetched, hasCode);
     }
 
-    void askNothingBeforeTheyAreShown()
+    void nothingIsRequestedBeforeADialogIsShown()
     {
         for (const Kind& kind : {bookKind, groupKind, projectKind}) {
             const std::unique_ptr<QDialog> dialog(kind.make(&fixture->client(), nullptr));
@@ -60,7 +60,7 @@ private slots:
         }
     }
 
-    void showGroupsUnfoldedWithTheirIcons()
+    void groupsAreExpandedWithTheirIcons()
     {
         const auto dialog = fixture->open(groupKind.make, groupKind.opening);
         const auto* tree = dialog->findChild<QTreeView*>();
@@ -75,7 +75,7 @@ private slots:
         }
     }
 
-    void sayWhyTheyAreEmpty()
+    void anEmptyListSaysWhy()
     {
         const auto saysSo = [this](const Kind& kind, const Steps& steps) {
             const auto dialog = fixture->open(kind.make, steps);
@@ -101,7 +101,7 @@ private slots:
         QCOMPARE(shown(groups + unknown + in8 + inSite), (rows.mid(0, 2) + rows.mid(4)).join(','));
     }
 
-    void chooseOneProject()
+    void exactlyOneProjectIsChosen()
     {
         chosen = {"i", "t", "s", "target", "d"};
         const auto dialog =
@@ -116,9 +116,11 @@ private slots:
         };
         clickBox(1);
         QCOMPARE(rowsOf(*dialog), QStringList({"[ ]" + dam, "[x]" + current}));
+        const QStringList damChosen{"[x]" + dam, "[ ]" + current};
         robot::key(*table, Qt::Key_Up);
+        QCOMPARE(rowsOf(*dialog), damChosen);
         clickRow(*dialog, "Dam"); // which unchecks nothing
-        QCOMPARE(rowsOf(*dialog), QStringList({"[x]" + dam, "[ ]" + current}));
+        QCOMPARE(rowsOf(*dialog), damChosen);
         const auto& [id, title, source, target, description] = chosen;
         QCOMPARE(id + title + source + target + description, QString("3DamSoft"));
         clickBox(0); // the choice stays
@@ -128,7 +130,7 @@ private slots:
         QCOMPARE(fixture->client().getProjectId() + chosen.id, QString("33"));
     }
 
-    void showNamesAsFarAsThereIsRoom()
+    void longNamesUseTheRoomThereIs()
     {
         const QString longName(400, 'n');
         const auto dialog =
@@ -144,7 +146,7 @@ private slots:
         QVERIFY(isRoomy());
     }
 
-    void takeTheNewProjectInsteadOfTheChosen()
+    void aNewProjectReplacesTheChosenOne()
     {
         for (const bool isListed : {false, true}) {
             const Steps end = isListed ? moreProjects + isAdded

@@ -4,7 +4,6 @@
 
 #include "ui/WindowNote.h"
 #include "ui/cloudspace/CloudShareTabWidget.h"
-#include "ui/cloudspace/MycheckBox.h"
 #include "ui/cloudspace/TileArea.h"
 
 #include <QDirIterator>
@@ -42,7 +41,7 @@ void hit(QWidget* target, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoM
     robot::key(*target, key, modifiers);
 }
 
-/// The folder on screen and what it has.
+/// The path of the folder that is shown, and the names of its tiles.
 QString view(const QWidget& window)
 {
     QStringList names;
@@ -90,9 +89,9 @@ struct Download
     const char* row;
     Cloud cloud;
     QString chosen; ///< with the folders on the way to it
-    Steps steps; ///< once the directory is chosen, but for the end
-    Contents after;
-    QString missed = {}; ///< what the window says of it; empty when all of it came
+    Steps steps; ///< after the directory is chosen, without the last box
+    Contents after; ///< the files afterwards
+    QString missed = {}; ///< what the note says was not downloaded; empty if nothing
     QStringList before = {}; ///< old files
     bool hasDirectory = true; ///< whether the user chose one
 };
@@ -160,16 +159,7 @@ private slots:
         }
     }
 
-    void aCheckBoxTellsItsRow()
-    {
-        MycheckBox cell(3, nullptr);
-        QSignalSpy rows(&cell, &MycheckBox::boxChecked);
-        for (const auto state : {Qt::Checked, Qt::Unchecked, Qt::PartiallyChecked})
-            cell.checkBox()->setCheckState(state);
-        QCOMPARE(rows, (QList<QVariantList>{{3}, {3}}));
-    }
-
-    void whatTheShareTabBringsIsShown()
+    void aRefreshByTheShareTabIsShown()
     {
         const auto dialog = open(nested, "Soft/");
         QCOMPARE(dialog->windowTitle(), QString("Cloud space"));
@@ -180,7 +170,7 @@ private slots:
             QCOMPARE(view(*dialog), QString("My space\\: My backup Soft"));
             sizes.append(dialog->findChildren<QObject*>().size());
         }
-        QCOMPARE(sizes[2], sizes[1]); // nothing of the trees before is left
+        QCOMPARE(sizes[2], sizes[1]); // nothing of the earlier trees is left
         goes("Soft/")(*dialog);
         QCOMPARE(view(*dialog), QString("My space\\Soft\\: P"));
     }
@@ -203,7 +193,7 @@ private slots:
         }
         const QList<TavFileButton*> tiles = tilesOf(*dialog);
         QVERIFY(isSelected(tiles[0], false) && isSelected(tiles[1], false) && isSelected(tiles[2]));
-        // Of two of one name, too.
+        // Also between two tiles of one name.
         for (const int clicked : {1, 0}) {
             click(tiles[clicked]);
             for (int i = 0; i < tiles.size(); ++i)
@@ -235,7 +225,7 @@ private slots:
         QCOMPARE(view(*dialog), QString("My space\\Soft\\P\\: y.dwg"));
     }
 
-    void aTreeWithHolesSaysSo()
+    void anIncompleteTreeSaysWhy()
     {
         const auto dialog = open(nested);
         for (const Step& step : treeOf(nested))
@@ -276,7 +266,7 @@ private slots:
         QCOMPARE(noteOn(*dialog), QString());
     }
 
-    void aDownloadIsSeen()
+    void aDownloadShowsItsProgress()
     {
         const auto dialog = open(one, "Soft/P/a.dwg");
         QVERIFY(QDir().mkdir("out"));
@@ -293,7 +283,7 @@ private slots:
         press(*dialog, "Download");
     }
 
-    void tilesStandInRowsOfFiveAndAreThereInView()
+    void tilesStandInRowsOfFiveAndAreHiddenOutOfView()
     {
         const auto dialog = open(wide(301), "Soft/P/");
         QCoreApplication::processEvents();
@@ -314,7 +304,7 @@ private slots:
                 QVERIFY(tile->isVisible() == (i == stop) && isInView(*dialog, tile) == (i == stop));
             }
         }
-        // A selected tile that was scrolled away is whitened too.
+        // A selected tile that was scrolled out of view is deselected too.
         click(tiles.first());
         field(*dialog, "Folder")->setFocus();
         bar->setValue(bar->maximum());
@@ -354,13 +344,13 @@ private slots:
         QVERIFY(focusIsOn(tiles.last()));
         hit(Qt::Key_Enter);
         QVERIFY(isSelected(tiles.last()));
-        // Neither downloads nor closes.
+        // Enter in the path neither downloads nor closes.
         field(*dialog, "Folder")->setFocus();
         hit(Qt::Key_Return);
         QVERIFY(dialog->isVisible());
     }
 
-    void aSpaceOnItsWayIsSeenBelow()
+    void theParentShowsThatTheSpaceLoads()
     {
         QDialog below;
         bringUp(below);
@@ -371,7 +361,7 @@ private slots:
     }
 
 private:
-    /// The dialog once its user went to \a path.
+    /// The dialog at \a path.
     std::unique_ptr<QDialog> open(const Cloud& cloud, const QString& path = {})
     {
         auto dialog = fixture->open(emptySpace, spaceOf(cloud));

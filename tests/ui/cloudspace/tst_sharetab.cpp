@@ -80,7 +80,7 @@ private slots:
                 if (label->isVisible() && label->buddy() == viewIn(*dialog))
                     caption += label->text();
             QCOMPARE(caption, captions[mode]);
-            // Enter in the path is the mode's own button.
+            // Enter in the path presses the mode's own button.
             fixture->expect(prompt("Please select the file to share first."));
             robot::click(*field(*dialog, "File"));
             robot::key(*dialog, Qt::Key_Enter);
@@ -104,7 +104,7 @@ private slots:
             QCOMPARE(clickCell(1, 1), QString(" x"));
             QCOMPARE(clickCell(0, 2), QString("xx"));
             QCOMPARE(clickCell(1, 1), QString("x "));
-            QCOMPARE(clickCell(0, 0), QString("  ")); // the box itself is no second click on the row
+            QCOMPARE(clickCell(0, 0), QString("  ")); // a click on the box toggles once, not twice
             robot::key(*view, Qt::Key_Space);
             QCOMPARE(checked(), QString(" x"));
         }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "MessageBoxScript.h"
 #include "MultipartForm.h"
 #include "ScriptedPeer.h"
 
@@ -27,12 +28,12 @@ const QByteArray post =
     "POST /a?b=%20 HTTP/1.1\r\nHost: here\r\nX-Twice: 1\r\nx-twice:2\r\nContent-Length: 5\r\n\r\nab\r\nc";
 } // namespace
 
-class TestScriptedPeer : public QObject
+class TestTestSupport : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void recordsEveryByte()
+    void peerRecordsEveryByte()
     {
         ScriptedPeer peer;
         peer.expect("POST", "/a?b=%20", behaviour::answer("{}"));
@@ -50,7 +51,7 @@ private slots:
         QVERIFY(requests[0].complete && !requests[1].complete);
     }
 
-    void complains()
+    void peerComplainsOfWrongRequests()
     {
         const struct
         {
@@ -75,7 +76,7 @@ private slots:
         QCOMPARE(peer.finish(), QStringList("never came: GET /a"));
     }
 
-    void refusesFormsThatAreNotWhole()
+    void formsThatAreNotWholeAreRefused()
     {
         const QPair<QByteArray, QByteArray> forms[]{
             {"text/plain", "--B--\r\n"},
@@ -92,7 +93,42 @@ private slots:
             QVERIFY2(!fault.isEmpty(), body);
         }
     }
+
+    void scriptComplainsOfEveryDifference()
+    {
+        const auto complaint = [](const ExpectedBox& expected) {
+            MessageBoxScript script;
+            script.expect(expected);
+            QMessageBox::warning(nullptr, "t", "x");
+            return script.finish().join("; ").section(' ', 0, 0);
+        };
+        QCOMPARE(complaint({QMessageBox::Critical, "t", "x"}), QString("icon"));
+        QCOMPARE(complaint({QMessageBox::Warning, "T", "x"}), QString("title"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "X"}), QString("text"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok | QMessageBox::Cancel}),
+            QString("buttons"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok, QMessageBox::Ok, {}, {"Ok"}}),
+            QString("buttons'"));
+        QCOMPARE(complaint({QMessageBox::Warning, "t", "x", QMessageBox::Ok, QMessageBox::Ok, {}, {"OK"}}),
+            QString());
+    }
+
+    void scriptComplainsOfMarkup()
+    {
+        MessageBoxScript script;
+        script.expectPrompt("<b>x</b>");
+        QMessageBox::information(nullptr, "Prompt", "<b>x</b>");
+        QCOMPARE(script.finish(), QStringList("text is \"x\", not \"<b>x</b>\""));
+    }
+
+    void scriptComplainsOfTooManyAndTooFew()
+    {
+        MessageBoxScript script;
+        QMessageBox::information(nullptr, "t", "extra");
+        script.expectPrompt("missing");
+        QCOMPARE(script.finish(), QStringList({"unexpected: \"extra\"", "never came: \"missing\""}));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestScriptedPeer)
-#include "tst_scriptedpeer.moc"
+QTEST_MAIN(TestTestSupport)
+#include "tst_testsupport.moc"
