@@ -33,7 +33,7 @@ QStringList linesOf(const ITreeElement* element, int depth = 0)
     return lines;
 }
 
-/// One request that the tree is made of.
+/// One of the requests for the tree.
 struct Request
 {
     QByteArray target;
@@ -75,7 +75,7 @@ const QVector<Request> requests{
     {filesOf("9"), R"({"data":[{"id":91,"originalName":"a.dwg"}]})", FromSelf},
 };
 
-/// A line of the tree, and the requests that it takes.
+/// A line of the tree, and the requests that it depends on.
 struct Line
 {
     QString text;
@@ -134,7 +134,7 @@ private slots:
                 QCOMPARE(linesOf(Tree(made->getFileTree()).get()), treeWithout({failing}));
                 expectAll(peer, nothing, nothing, {});
                 QCOMPARE(linesOf(Tree(made->getFileTree()).get()), treeWithout({}));
-                // What a source shared when it was asked last is still known.
+                // The projects that a source shared before are still known.
                 const int missing = failing >= FromB && failing <= FromSelf ? nothing : failing;
                 expectAll(peer, failing, missing, failure);
                 QCOMPARE(linesOf(Tree(made->getFileTree()).get()), treeWithout({missing}));
@@ -160,7 +160,7 @@ private slots:
         QCOMPARE(made->getLastFailure(), CloudFailure::Refused);
     }
 
-    void asksForItsOwnSharesOnlyByName()
+    void asksForItsOwnSharesOnlyWithAName()
     {
         ScriptedPeer peer;
         CloudFileManger made(peer.address(), "token", "", "", {}, "", "", "");
@@ -211,8 +211,8 @@ private slots:
     }
 
 private:
-    /// The requests in their order, \a special answered \a otherwise; those that the branch \a missing would
-    /// cause are not expected.
+    /// Expects the requests in their order, of which \a special is answered by \a otherwise. Those that
+    /// depend on the request \a missing are not expected.
     static void expectAll(ScriptedPeer& peer, int special, int missing, const Behaviour& otherwise)
     {
         for (int i = 0; i < requests.size(); ++i)

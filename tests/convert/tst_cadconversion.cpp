@@ -145,7 +145,7 @@ private slots:
         }
     }
 
-    void takesTheRightFileOrNone()
+    void takesTheWholeResultOrNothing()
     {
         const auto text = [](const QByteArray& base64) { return answerWith(ToDwg, base64); };
         const auto tagged = [](const QByteArray& opening, const QByteArray& closing) {
@@ -190,7 +190,7 @@ private slots:
         }
     }
 
-    void anUnreadableDrawingIsSentAsNothing()
+    void anUnreadableDrawingIsSentEmpty()
     {
         // The last has fewer bytes than it says, as a file that gets shorter while it is read.
         ::mkfifo("pipe", 0600); // nobody fills it

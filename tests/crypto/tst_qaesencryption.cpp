@@ -14,7 +14,7 @@ QByteArray hex(const QByteArray& digits)
     return QByteArray::fromHex(digits);
 }
 
-/// Of NIST SP 800-38A, as the vectors are.
+/// From NIST SP 800-38A, as the vectors are.
 const QByteArray keys[]{hex("2b7e151628aed2a6abf7158809cf4f3c"),
     hex("8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b"),
     hex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4")};
@@ -25,8 +25,8 @@ class TestQAESEncryption : public QObject
     Q_OBJECT
 
 private slots:
-    /// NIST SP 800-38A, appendix F. The mode sees nothing of the key, so one length does for all modes.
-    void publishedVectors()
+    /// NIST SP 800-38A, appendix F. Modes do not depend on the key's length, so each has one length only.
+    void matchesThePublishedVectors()
     {
         const std::tuple<Aes::AesLevel, Aes::AesMode, QByteArray> vectors[]{
             {Aes::AES_128, Aes::ECB,
@@ -56,7 +56,7 @@ private slots:
         }
     }
 
-    void pads()
+    void padsToWholeBlocks()
     {
         const auto roundTrip = [](const QByteArray& text, Aes::AesMode mode, Aes::AesPadding padding) {
             const QByteArray cipher = Aes::Crypt(Aes::AES_128, mode, text, ourKey, ourKey, padding);
@@ -92,7 +92,7 @@ private slots:
             QCOMPARE(QAESEncryption(Aes::AES_256, Aes::OFB, padding).removePadding(padded), text);
     }
 
-    void faultsGiveNothing()
+    void invalidArgumentsGiveAnEmptyArray()
     {
         const auto nothingFor = [](Aes::AesLevel level, Aes::AesMode mode, int keySize, int ivSize) {
             const QByteArray block(16, 'x');
@@ -108,7 +108,7 @@ private slots:
                 QVERIFY(nothingFor(level, Aes::ECB, size, 16));
     }
 
-    void decipherAnyLengthOrOnlyWholeBlocks()
+    void deciphersAnyLengthOrOnlyWholeBlocks()
     {
         const QByteArray text(48, 't');
         for (const auto mode : {Aes::ECB, Aes::CBC, Aes::CFB, Aes::OFB})
@@ -120,7 +120,7 @@ private slots:
             }
     }
 
-    void whatIsLeftOutOrUnknownHasADefault()
+    void missingAndUnknownArgumentsHaveDefaults()
     {
         QAESEncryption unknown(Aes::AesLevel(7), Aes::CBC, Aes::PKCS7);
         QCOMPARE(unknown.encode("text", ourKey, ourKey),
@@ -145,7 +145,7 @@ private slots:
     }
 
     /// printf hello | openssl enc -aes-128-cbc -K (ourKey in hex) -iv (the same) -base64
-    void enciphersTextAsOthersDo()
+    void enciphersTextAsOpenSslDoes()
     {
         QCOMPARE(aesEncryptText("hello", ourKey, ourKey), QString("MB+o8xg7mCBZ5F7ajwRQ4w=="));
         QCOMPARE(aesDecryptText(" MB+o8xg7\r\nmCBZ5F*7ajwRQ4w==", ourKey, ourKey), QString("hello"));

@@ -7,7 +7,7 @@
 
 using namespace tav;
 
-/// The input is the file of remembered accounts, in the working folder.
+/// The input becomes the file of remembered accounts in the working folder.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     QFile file(QStringLiteral("AccountManage.bin"));

@@ -5,10 +5,10 @@
 
 #include <cstdlib>
 
-/// What the next requests are answered with, one body each; those beyond get no answer in time.
+/// The bodies of the replies to the next requests, one each; requests after them time out.
 inline QByteArrayList replies;
 
-/// A promise that does not hold is a finding, as a crash is.
+/// Makes a promise that does not hold a finding, as a crash is.
 inline void require(bool holds)
 {
     if (!holds)

@@ -5,7 +5,7 @@
 #include "cloud/CloudFileManger.h"
 #include "core/ITreeElement.h"
 
-/// Only files belong to a project, and they hold nothing.
+/// Exactly the files belong to a project, and they have no children.
 static void walk(const ITreeElement* parent)
 {
     for (const ITreeElement* node = parent->firstChild(); node; node = node->nextSibling()) {
@@ -15,7 +15,7 @@ static void walk(const ITreeElement* parent)
     }
 }
 
-/// Each line of the input is the body of a reply; every operation gets them from the first on.
+/// Each line of the input is the body of a reply; every operation begins with the first.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QByteArrayList bodies = bytesOf(data, size).split('\n');

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The runners without a network: what they make of a body is all that is left of them.
+// Stand-ins for the runners without a network: they only interpret bodies.
 #include "Fuzz.h"
 
 #include "net/HttpRunner.h"

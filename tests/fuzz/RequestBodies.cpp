@@ -8,8 +8,8 @@
 
 using namespace local_platform;
 
-/// The input is a body as the HTTP library hands it on: in parts and pieces, whole or cut short. Whatever is
-/// thrown, but a refusal, is a finding.
+/// The input is a body as the HTTP library hands it on: in parts and pieces, whole or cut. Any exception but
+/// a refusal is a finding.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);

@@ -50,7 +50,7 @@ class TestHost : public QObject
     Q_OBJECT
 
 private slots:
-    void treeKeepsItsOrderAndRefusesTangles()
+    void treeKeepsItsOrderAndRefusesCycles()
     {
         const Tree root(newElement(nullptr, "root"), tav_tree_element_release_instance);
         const Tree loner(newElement(nullptr, "loner"), tav_tree_element_release_instance);
@@ -74,7 +74,7 @@ private slots:
         }
         QCOMPARE(childNames(*root), QByteArrayList({"new", "new", "new"}));
         ITreeElement* deepest = root.get();
-        for (int i = 0; i < 100'000; ++i) // no stack would do for releasing them by recursion
+        for (int i = 0; i < 100'000; ++i) // releasing them by recursion would overflow the stack
             deepest = newElement(deepest, "child");
     }
 
@@ -89,9 +89,9 @@ private slots:
         QCOMPARE(process.readAllStandardOutput().toDouble(), 150.0);
     }
 
-    void fileDialogStartsAndRemembers()
+    void fileDialogStartsWhereItWasLastUsed()
     {
-        // Relative to a folder with given/, last/ and other/ in it; "" stays empty.
+        // Paths in a folder with given/, last/ and other/ in it; "" stays empty.
         const struct
         {
             QStringList paths; // told to start in, answered, started in, remembered
@@ -133,7 +133,7 @@ private slots:
 
     void dialogOpensAsLargeAsTheUserMadeIt()
     {
-        for (const QString name : {"space", ""}) { // without a name of its own it is not known again
+        for (const QString name : {"space", ""}) { // without a name no size is kept
             SizedDialog first(name);
             first.resize(310, 210); // not by the user
             QResizeEvent repeated(first.size(), first.size()); // by the window system

@@ -12,7 +12,7 @@
 #include <functional>
 #include <thread>
 
-/// One of the eight request functions behind one shape, so that a row can be any of them.
+/// One of the eight request functions with the same signature for all, so that a row can be any of them.
 struct Runner
 {
     using Call = std::function<bool(
@@ -24,7 +24,7 @@ struct Runner
 };
 Q_DECLARE_METATYPE(Runner)
 
-/// \a function with \a own, which it takes between the headers and the time-out.
+/// Binds to \a function the arguments \a own that it takes between the headers and the time-out.
 template <class Function, class... Own>
 Runner runnerOf(const char* name, const char* method, Function function, const Own&... own)
 {
@@ -54,7 +54,7 @@ inline Runner puttingForm(const ResultMap& fields)
     return runnerOf("httpPutMultipart", "PUT", httpPutMultipart, fields);
 }
 
-/// The result element's text is put under "soap".
+/// The text of the result element becomes the reply's "soap".
 inline Runner postingSoap(const QByteArray& body)
 {
     return {"httpPostSoap", "POST", [body](auto& result, auto& error, auto url, auto headers, double ms) {
@@ -80,7 +80,7 @@ inline QVector<Runner> allRunners(const QByteArray& body, const QString& savePat
         postingSoap(body)};
 }
 
-/// What a call came to.
+/// The outcome of a call.
 struct CallResult
 {
     bool ok = false;
@@ -90,7 +90,7 @@ struct CallResult
     bool failedWith(const QString& text) const { return !ok && error == text && reply == CallResult().reply; }
 };
 
-/// Calls with a time-out so long that a test which has to wait for it does not end in time.
+/// Calls, by default with a time-out so long that a test that waits for it is stopped.
 inline CallResult resultOf(const Runner& runner, const QString& url, const HeaderMap& headers = HeaderMap(),
     double timeoutMs = 100000)
 {
@@ -99,7 +99,7 @@ inline CallResult resultOf(const Runner& runner, const QString& url, const Heade
     return result;
 }
 
-/// The same of a call to a platform that does \a behave.
+/// The same, with a platform that answers by \a behave.
 inline CallResult resultOf(const Runner& runner, const Behaviour& behave, double timeoutMs = 100000)
 {
     ScriptedPeer peer;
@@ -107,7 +107,7 @@ inline CallResult resultOf(const Runner& runner, const Behaviour& behave, double
     return resultOf(runner, peer.address() + "/", {}, timeoutMs);
 }
 
-/// Bytes of which each eight tell where they stand, in one of several versions of a file.
+/// Bytes of which each eight contain their offset, for one of several versions of a file.
 inline QByteArray pattern(int length, char version = 'a')
 {
     QByteArray bytes(length, version);

@@ -74,7 +74,7 @@ private slots:
             promise("Content-Encoding: gzip"),
             promise("Transfer-Encoding: gzip, chunked", "5\r\nsixty\r\n0\r\n\r\n"),
             promise("Content-Digest: md5=:x:, sha-256=:AAAA:"), promise("Digest: SHA-256="),
-            // Qt takes a size that is none for the last: only the digest tells.
+            // Qt takes an invalid chunk size for the end: only the digest shows that something is missing.
             promise(chunks + "\r\nContent-Digest: sha-256=:AAAA:", "5\r\nsixty\r\nxyz\r\n"),
             behaviour::answer(""), behaviour::answer("moved", 302, "Location: /\r\n"),
             behaviour::answer("x", 206), behaviour::answer(R"({"code":1})", 404)};
@@ -94,7 +94,7 @@ private slots:
         }
     }
 
-    void saysNothingOfAFileThatCannotBeWritten()
+    void aFileThatCannotBeWrittenLeavesNoErrorText()
     {
         const QString plain = folder->filePath("plain");
         write(plain, old);
@@ -117,7 +117,7 @@ private slots:
         rlimit before{};
         ::getrlimit(RLIMIT_FSIZE, &before);
         const rlimit full{64 << 10, before.rlim_max}; // beyond it, writing fails as on a full disk
-        for (const int size : {6 << 20, (64 << 10) + 1}) { // found while writing, and at the last byte
+        for (const int size : {6 << 20, (64 << 10) + 1}) { // fails while writing, or at the last byte
             ::setrlimit(RLIMIT_FSIZE, &full);
             const CallResult call = resultOf(downloading(target), behaviour::answer(pattern(size)));
             ::setrlimit(RLIMIT_FSIZE, &before);
@@ -144,7 +144,7 @@ private slots:
         const mode_t mask = ::umask(0027);
         download("new");
         ::umask(mask);
-        QVERIFY(groupMayRead()); // a new file's are the user's choice
+        QVERIFY(groupMayRead()); // a new file's are the process's default
         QVERIFY(!QFile::permissions(target).testFlag(QFile::ReadOther));
         QVERIFY(QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner));
         download("newer");
@@ -158,7 +158,7 @@ private:
         QCOMPARE(read(target), body);
     }
 
-    /// Everything in the folder: a temporary file that was left behind would be seen.
+    /// Everything in the folder, temporary files that were left behind included.
     QStringList files() const
     {
         return QDir(folder->path())

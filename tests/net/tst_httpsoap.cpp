@@ -42,7 +42,7 @@ private slots:
         QVERIFY(!QApplication::activeModalWidget() && QApplication::topLevelWidgets().isEmpty());
     }
 
-    void whatThePersonDoesMeanwhileComesAfterwards()
+    void inputDuringTheCallComesAfterIt()
     {
         QLineEdit line;
         line.show();

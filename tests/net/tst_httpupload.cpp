@@ -12,7 +12,7 @@
 using namespace tav;
 
 namespace {
-/// More than the buffers of a loopback connection take in.
+/// More than the buffers of a loopback connection hold.
 constexpr int size = 24 << 20;
 } // namespace
 
@@ -29,12 +29,12 @@ private slots:
             ScriptedPeer peer;
             peer.expect("POST", "/up", behaviour::answer("{}"));
             QVERIFY(upload(peer).ok);
-            QCOMPARE(filePart(peer).head, fileHead("drawing.dwg"));
-            QVERIFY2(filePart(peer).body == content, QByteArray::number(length));
+            QCOMPARE(sentFile(peer).head, fileHead("drawing.dwg"));
+            QVERIFY2(sentFile(peer).body == content, QByteArray::number(length));
         }
     }
 
-    void changesMeanwhile()
+    void sendsTheBytesOfTheFileOrFails()
     {
         const std::pair<std::function<void()>, bool> changes[]{
             {[this] { QFile::resize(path(), 1 << 20); }, false},
@@ -59,7 +59,7 @@ private slots:
             peer.expect("POST", "/up", [change = change](PeerConnection& c) {
                 c.readHead();
                 c.readBody(1000);
-                c.pause(150); // until the buffers between are full
+                c.pause(150); // until the connection's buffers are full
                 change();
                 if (c.readBody())
                     c.send(behaviour::response("{}"));
@@ -68,7 +68,7 @@ private slots:
             QVERIFY2(good ? call.ok : call.failedWith(replyUnusable()), qPrintable(call.error));
 
             const RecordedRequest request = peer.onlyRequest();
-            QCOMPARE(filePart(peer).body.size(), good ? size : 0);
+            QCOMPARE(sentFile(peer).body.size(), good ? size : 0);
             const int begin = request.body.indexOf("\r\n\r\n", request.body.indexOf("name=\"file\"")) + 4;
             const QByteArray sent = request.body.mid(begin, size);
             for (int at = 0; at < sent.size(); ++at)
@@ -77,20 +77,20 @@ private slots:
         }
     }
 
-    void withoutAFileToRead()
+    void aFileThatCannotBeReadIsSentEmpty()
     {
         QDir(folder.path()).mkdir("folder");
-        ::mkfifo(QFile::encodeName(folder.filePath("pipe")), 0600); // nobody fills it
+        ::mkfifo(QFile::encodeName(folder.filePath("pipe")), 0600); // reading it would block
         for (const char* name : {"missing.dwg", "folder", "pipe"}) {
             ScriptedPeer peer;
             peer.expect("POST", "/up", behaviour::answer("{}"));
             QVERIFY(upload(peer, name).ok);
-            QCOMPARE(filePart(peer).head, fileHead(name));
-            QCOMPARE(filePart(peer).body, QByteArray());
+            QCOMPARE(sentFile(peer).head, fileHead(name));
+            QCOMPARE(sentFile(peer).body, QByteArray());
         }
     }
 
-    void namesInjectNothing()
+    void namesCannotInjectHeaders()
     {
         for (const QString name : {"a\"; filename=\"b", "a\r\nX-Injected: 1\r\n\r\nbody", "a\nb\\\"c\\",
                  "a\u2028b\u0085c\u010d\u010a"}) {
@@ -132,7 +132,7 @@ private:
         return resultOf(runner, peer.address() + "/up", {}, timeoutMs);
     }
 
-    static FormPart filePart(ScriptedPeer& peer)
+    static FormPart sentFile(ScriptedPeer& peer)
     {
         QString fault;
         const QVector<FormPart> parts = parseForm(peer.onlyRequest(), fault);

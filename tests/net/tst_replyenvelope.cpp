@@ -10,7 +10,7 @@ class TestReplyEnvelope : public QObject
     Q_OBJECT
 
 private slots:
-    void judges()
+    void judgesByCodeAndStatus()
     {
         const struct
         {

@@ -37,7 +37,7 @@ private slots:
 
     void cleanup() { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); }
 
-    void tellsOfEveryRequest()
+    void logsEveryRequestWithoutSecrets()
     {
         const QString file = folder.filePath("saved");
         for (const Runner& runner : allRunners("secret=1", file)) {
@@ -52,11 +52,11 @@ private slots:
         }
     }
 
-    void saysWhatHappened()
+    void saysHowARequestEnded()
     {
         const QString post = ": POST /admin/mobile/\\*: ";
         const std::pair<Behaviour, QString> ends[]{
-            // and the line as a pattern
+            // with the log line as a pattern
             {behaviour::answer("{}"), "debug" + post + "200, NoError, 8 bytes sent, 2 received, \\d+ ms"},
             {behaviour::answer("{}", 401),
                 "debug" + post + "401, AuthenticationRequiredError, 8 bytes sent, 2 received, \\d+ ms"},
