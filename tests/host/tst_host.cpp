@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What the stand-ins do beyond what the module asks of a host, which is in tst_hostcontract.cpp.
 #include "core/ITreeElement.h"
 #include "core/Screen.h"
 #include "toolkit/Dialog.h"
@@ -50,13 +51,13 @@ class TestHost : public QObject
     Q_OBJECT
 
 private slots:
-    void treeKeepsItsOrderAndRefusesCycles()
+    void treeRefusesCycles()
     {
         const Tree root(newElement(nullptr, "root"), tav_tree_element_release_instance);
         const Tree loner(newElement(nullptr, "loner"), tav_tree_element_release_instance);
         ITreeElement* folder = newElement(root.get(), "folder");
         ITreeElement* file = newElement(folder, "file");
-        ITreeElement* twin = newElement(root.get(), "a");
+        newElement(root.get(), "a");
         newElement(root.get(), "a");
         folder->addChild(nullptr);
         loner->addChild(loner.get());
@@ -65,8 +66,6 @@ private slots:
         QCOMPARE(childNames(*root), QByteArrayList({"folder", "a", "a"}));
         QCOMPARE(childNames(*folder), QByteArrayList({"file"}));
         QVERIFY(!file->firstChild() && !loner->firstChild());
-        QCOMPARE(root->findChild("a"), twin);
-        QVERIFY(!root->findChild("file")); // one level further down
 
         for (const char* released : {"a", "new", "a", "folder"}) { // in between, at the end, at the begin
             tav_tree_element_release_instance(root->findChild(released));

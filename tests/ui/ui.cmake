@@ -19,7 +19,7 @@ tav_test(tst_lifetimes ui/tst_lifetimes.cpp)
 foreach(name IN ITEMS clouddialogs cloudspace sharetab)
     tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp)
 endforeach()
-if(TAV_WITH_LOCAL_PLATFORM)
+if(TAV_WITH_LOCAL_PLATFORM AND NOT TAV_HOST) # the desktop host is one of the stand-ins'
     tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
     target_sources(tst_desktopjourney PRIVATE
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey/Journey.cpp

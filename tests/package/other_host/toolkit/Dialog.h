@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QDialog>
+
+class Dialog : public QDialog
+{
+public:
+    explicit Dialog(QWidget* parent);
+};
