@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 # tav_compile_options(target): what every target of ours is compiled with.
 # tav_shared_library(target): what every shared library of ours is linked and installed with.
+# tav_install_library(target EXPORT name RUNTIME component DEVELOPMENT component): where its files go.
 include_guard(GLOBAL)
 
 function(tav_compile_options target)
@@ -30,4 +31,12 @@ function(tav_shared_library target)
     if(UNIX AND NOT APPLE AND NOT (CMAKE_CXX_COMPILER_ID MATCHES Clang AND CMAKE_CXX_FLAGS MATCHES -fsanitize))
         target_link_options(${target} PRIVATE LINKER:--no-undefined)
     endif()
+endfunction()
+
+function(tav_install_library target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORT;RUNTIME;DEVELOPMENT" "")
+    install(TARGETS ${target} EXPORT ${arg_EXPORT}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_RUNTIME} NAMELINK_COMPONENT ${arg_DEVELOPMENT}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_DEVELOPMENT}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${arg_RUNTIME})
 endfunction()

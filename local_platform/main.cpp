@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <spdlog/pattern_formatter.h>
@@ -21,6 +22,16 @@
 namespace {
 
 using local_platform::Options;
+
+/// The one installed with this program; in a build directory, that of the sources.
+std::string converter()
+{
+    std::error_code ignored;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const auto installed =
+        program.parent_path().parent_path() / "share/tav-local-platform/conversion/convert.mjs";
+    return std::filesystem::exists(installed, ignored) ? installed.string() : TAV_CONVERTER;
+}
 
 void addOptions(CLI::App& app, Options& options, std::string& logLevel)
 {
@@ -121,7 +132,7 @@ int main(int argc, char** argv)
 try {
     CLI::App app("The cloud platform on one machine, for developers and tests");
     Options options;
-    options.converter = TAV_CONVERTER;
+    options.converter = converter();
     std::string logLevel = "info";
     addOptions(app, options, logLevel);
     app.require_subcommand(0, 1);
