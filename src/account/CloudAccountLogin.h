@@ -41,6 +41,7 @@ public:
     /// Copies are independent: later changes of the session do not reach them. A copy serves to restore the
     /// session by assignment. Only the module destroys sessions, so a copy lives until the process ends.
     CloudAccountLogin(const CloudAccountLogin& other);
+    /// Puts the session back as \a other has it.
     CloudAccountLogin& operator=(const CloudAccountLogin& other);
 
     /// The platform's base address, scheme://host:port, fixed when the module was built.

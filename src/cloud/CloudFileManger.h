@@ -52,8 +52,8 @@ public:
     /// One cloud project.
     struct ShareProjectInfo
     {
-        QString id;
-        QString projectTitle;
+        QString id; ///< the platform's number for it
+        QString projectTitle; ///< the name to show
         QString sourceClient; ///< the software that owns the project
         QString targetClient; ///< the software it was shared to; empty for one's own projects
         QString description; ///< empty for one's own projects
@@ -62,9 +62,9 @@ public:
     /// One friend in the address book.
     struct CloudAddressBookInfo
     {
-        QString id;
+        QString id; ///< of this entry: for DelFromAddressBook()
         QString friendUser; ///< account name
-        QString friendPhone;
+        QString friendPhone; ///< phone number
         QString friendRemark; ///< the name shown for the friend
         QString friendUnit; ///< company
     };
@@ -72,18 +72,18 @@ public:
     /// One group that the user belongs to.
     struct CloudGroupInfo
     {
-        QString id;
-        QString groupName;
+        QString id; ///< the platform's number for it
+        QString groupName; ///< the name to show
         QString createUser; ///< account name of the owner
-        QString inviteCode;
+        QString inviteCode; ///< the code that the owner last asked for; empty when there is none
     };
 
     /// One member of a group.
     struct CloudGroupMemberInfo
     {
-        QString id;
-        QString groupId;
-        QString username;
+        QString id; ///< of this membership
+        QString groupId; ///< of the group
+        QString username; ///< account name
         qint32 adminFlag = 0; ///< not 0 for the group's manager; 0 where the platform sent none
     };
 
@@ -101,7 +101,9 @@ public:
     /// Without one it sends nothing.
     CloudFileManger(QString baseAddress, QString accessToken, QString third, QString softName,
         QStringList shareSourceSoft, QString backupSuffix, QString projectName, QString projectId);
+    /// The copy is a client of its own from then on.
     CloudFileManger(const CloudFileManger& other);
+    /// Likewise.
     CloudFileManger& operator=(const CloudFileManger& other);
     ~CloudFileManger();
 
@@ -109,9 +111,13 @@ public:
     QString getLastError() const;
     /// What kind of failure that was; for cloudFailureText(), or to react to.
     CloudFailure getLastFailure() const;
+    /// The current project's id; empty when there is none.
     QString getProjectId() const;
+    /// The current project's name, as it was given at construction.
     QString getProjectName() const;
+    /// The name of the host software, as it was given at construction.
     QString getSoftName() const;
+    /// The software whose shares the file tree lists, as it was given at construction.
     QStringList getShareSourceSoft() const;
     /// Makes \a id the current project; sends nothing.
     void setProjectID(QString id);
@@ -157,6 +163,7 @@ public:
     /// BackupCloudProFile().
     /// \param typeFlag       the type flag of the file's support type
     /// \param supportTypeId  the id of the file's type in the platform's support table
+    /// \param filePath       the file to share
     /// \param logicalId      receives the id to share the file by; 0 where the platform names none
     bool UploadCloudShareFile2(QString typeFlag, QString supportTypeId, QString filePath, int& logicalId);
     /// Shares files with whoever knows the code.
@@ -178,6 +185,8 @@ public:
     bool getShareProjectFromPlatform(QString sourceClient);
     /// Lists the shared files of a project: adds their names by logical id to \a files.
     /// \param sourceClient the name of this software, whose view of the project is asked for
+    /// \param projectId    one that getShareProjectFromPlatform() listed
+    /// \param files        receives the names
     bool getShareProjectInfoById2(QString sourceClient, QString projectId, QMap<QString, QString>& files);
 
     /// @}

@@ -26,6 +26,7 @@ enum class CloudFailure
 /// A failure as a sentence for the user, in the language of installCloudPlatformTranslation(). Where the
 /// platform gave a reason, that is \a lastError, as it is; for CloudFailure::None the text is empty.
 ///
+/// \param failure what getLastFailure() gave
 /// \param lastError what getLastError() gave after the operation
 ///
 /// Any thread; does not block.

@@ -38,7 +38,9 @@ public:
     explicit DlgLoginCloundPlatform(QWidget* parent = nullptr);
 
 protected:
+    /// Fills in a remembered password.
     void showEvent(QShowEvent* event) override;
+    /// Forgets every password in clear.
     void hideEvent(QHideEvent* event) override;
 
 private slots:

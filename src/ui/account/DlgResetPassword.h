@@ -33,6 +33,7 @@ public:
     QString account() const;
 
 protected:
+    /// Forgets the password.
     void hideEvent(QHideEvent* event) override;
 
 private slots:
