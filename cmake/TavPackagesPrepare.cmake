@@ -1,0 +1,8 @@
+# SPDX-License-Identifier: MIT
+# Run by CPack over the installed files before it packs them: Debian wants manuals compressed.
+file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*.1)
+foreach(page IN LISTS pages)
+    if(page MATCHES "/share/man/man1/")
+        execute_process(COMMAND gzip -9nf ${page} COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+endforeach()
