@@ -48,7 +48,7 @@ public:
     ITreeElement* nextSibling() const override { return next; }
     const IPropertySet& properties() const override { return propertySet; }
     ITreeElement* findChild(const char* name) const override;
-    void addChild(ITreeElement* child) override;
+    void addChild(ITreeElement* element) override;
 
     void leaveParent();
     static void destroy(TreeElement* top);

@@ -56,12 +56,7 @@ void DialogFixture::end()
     QVERIFY(!QApplication::overrideCursor());
 }
 
-void DialogFixture::expect(const QByteArray& method, const QByteArray& target, const QByteArray& json)
-{
-    peer.expect(method, target, behaviour::answer(json));
-}
-
-void DialogFixture::expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
+void DialogFixture::expect(const QByteArray& method, const QByteArray& target, const QByteArray& json,
     const std::function<void()>& meanwhile)
 {
     peer.expect(method, target, [this, json, meanwhile](PeerConnection& connection) {

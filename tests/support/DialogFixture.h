@@ -36,11 +36,11 @@ public:
     /// Ends a test without failing it: returns what was missing or not as expected.
     virtual QStringList finish();
 
-    /// The platform is to answer the next request with \a json.
-    void expect(const QByteArray& method, const QByteArray& target, const QByteArray& json);
-    /// The same, but once the request is there \a meanwhile runs, in the GUI thread, before the answer comes.
-    void expectAndHold(const QByteArray& method, const QByteArray& target, const QByteArray& json,
-        const std::function<void()>& meanwhile);
+    /// The platform is to answer the next request with \a json. Before it does, \a meanwhile runs in the GUI
+    /// thread.
+    void expect(
+        const QByteArray& method, const QByteArray& target, const QByteArray& json,
+        const std::function<void()>& meanwhile = [] {});
     /// From now on no request may come.
     void expectNothing() { peer.expectNothing(); }
     /// The requests of this test.

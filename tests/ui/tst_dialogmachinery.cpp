@@ -157,7 +157,7 @@ private slots:
         QFETCH(int, ending);
         const QPointer<Window> window(new Window);
         inEventLoop([&] {
-            fixture->expectAndHold("GET", target, refusal, [&] { happen(ending, window); });
+            fixture->expect("GET", target, refusal, [&] { happen(ending, window); });
             QCOMPARE(callPlatform(window, "Waiting", request),
                 ending == Stays ? Outcome::Refused : Outcome::Abandoned);
             const auto never = [] { return !QTest::qVerify(false, "asked", "", __FILE__, __LINE__); };
@@ -166,7 +166,7 @@ private slots:
             if (ending != Stays)
                 return;
             QPointer<QWidget> part(new QWidget(window));
-            fixture->expectAndHold("GET", target, granted, [&] { delete part; });
+            fixture->expect("GET", target, granted, [&] { delete part; });
             QCOMPARE(callPlatform(part, "Waiting", request), Outcome::Abandoned);
         });
         delete window;
@@ -232,7 +232,7 @@ private:
 
     void expect(const std::function<void()>& meanwhile)
     {
-        fixture->expectAndHold("GET", target, granted, meanwhile);
+        fixture->expect("GET", target, granted, meanwhile);
     }
 };
 

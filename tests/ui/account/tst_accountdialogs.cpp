@@ -267,7 +267,7 @@ private slots:
         // Enter, in any field, presses the button.
         for (const auto& [name, text] : page.kind.filled) {
             const bool last = name == page.kind.filled.last().first;
-            fixture->expectAndHold("POST", target, last ? tokens : "[]",
+            fixture->expect("POST", target, last ? tokens : "[]",
                 [&] { QCOMPARE(dialog.findChild<WindowNote*>()->text(), page.kind.waiting); });
             if (last)
                 fixture->boxes().expectPrompt(page.kind.success, [&] {
@@ -367,7 +367,7 @@ private slots:
                 QCOMPARE(
                     page.dialog->findChild<WindowNote*>()->text(), QString("Obtaining verification code..."));
             };
-            fixture->expectAndHold("GET", path, granted ? tokens : refusal, waits);
+            fixture->expect("GET", path, granted ? tokens : refusal, waits);
             if (!granted)
                 fixture->boxes().expectPrompt("<b>不</b>", look);
             press(*page.dialog, codeButton);
