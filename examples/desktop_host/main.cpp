@@ -19,7 +19,11 @@ void speak(const QLocale& locale)
 {
     QLocale::setDefault(locale);
     installCloudPlatformTranslation(locale);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     const QString inQt = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    const QString inQt = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
     for (const auto& [name, folder] :
         {std::pair<QString, QString>("qtbase", inQt), {"tav-desktop-host", ":/tav-desktop-host"}}) {
         auto* translator = new QTranslator(qApp);
@@ -32,8 +36,10 @@ void speak(const QLocale& locale)
 
 int main(int argc, char* argv[])
 {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // which needs no asking
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
     QApplication application(argc, argv);
     QApplication::setWindowIcon(QIcon(":/tav-desktop-host/icon.png"));
     QGuiApplication::setDesktopFileName("tav-desktop-host");

@@ -153,7 +153,7 @@ QByteArray QAESEncryption::RemovePadding(const QByteArray& rawText, AesPadding p
 {
     switch (padding) {
     case ZERO: {
-        int size = rawText.size();
+        auto size = rawText.size();
         while (size > 0 && rawText[size - 1] == '\0')
             --size;
         return rawText.left(size);
@@ -163,7 +163,7 @@ QByteArray QAESEncryption::RemovePadding(const QByteArray& rawText, AesPadding p
         return count >= 1 && count <= rawText.size() ? rawText.chopped(count) : rawText;
     }
     case ISO:
-        return rawText.left(std::max(rawText.lastIndexOf('\x80'), 0));
+        return rawText.left(std::max<qsizetype>(rawText.lastIndexOf('\x80'), 0));
     }
     return rawText;
 }
@@ -287,7 +287,7 @@ QByteArray QAESEncryption::encode(const QByteArray& rawText, const QByteArray& k
     if (!usable(key, iv))
         return QByteArray();
     const QByteArray schedule = expandKey(key);
-    QByteArray text = rawText + getPadding(rawText.size(), blocklen);
+    QByteArray text = rawText + getPadding(qint32(rawText.size() % blocklen), blocklen);
     Byte stream[blockSize] = {};
     if (mode != ECB)
         std::memcpy(stream, iv.constData(), blockSize);
@@ -332,8 +332,8 @@ QByteArray QAESEncryption::decode(const QByteArray& rawText, const QByteArray& k
 
     const Byte* const in = readable(rawText);
     Byte* const out = writable(text);
-    for (int offset = 0; offset < text.size(); offset += blockSize) {
-        const int size = std::min(blockSize, text.size() - offset);
+    for (qsizetype offset = 0; offset < text.size(); offset += blockSize) {
+        const int size = int(std::min<qsizetype>(blockSize, text.size() - offset));
         switch (mode) {
         case ECB:
             invCipher(schedule, out + offset);

@@ -74,6 +74,8 @@ QNetworkRequest requestFor(const Exchange& exchange)
     authorizeAtProxy(request);
     // The bearer is for the platform alone, wherever a reply may point to.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    // Qt 6 would offer it to every https platform, and may send a request again there.
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     // No cookies, and no credentials that the user did not give to us.
     for (const auto attribute : {QNetworkRequest::CookieLoadControlAttribute,
              QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::AuthenticationReuseAttribute})

@@ -12,18 +12,18 @@ QByteArray conversionResult(QByteArray body)
 {
     for (const QByteArray& name :
         {QByteArrayLiteral("ConDgn2DwgResult"), QByteArrayLiteral("ConDwg2DgnResult")}) {
-        const int opening = body.indexOf(name);
+        const auto opening = body.indexOf(name);
         if (opening < 0)
             continue;
-        int begin = opening + name.size();
+        auto begin = opening + name.size();
         // From the next tag on: over a long text, one byte is found faster than a name.
-        const int closing = body.indexOf(name, std::max(begin, body.indexOf('<', begin)));
+        const auto closing = body.indexOf(name, std::max(begin, body.indexOf('<', begin)));
         if (closing < 0)
             return QByteArray();
 
         // Between the names stand the end of the opening tag, the text and "</"; either tag may carry more,
         // an attribute or a namespace prefix.
-        int end = body.lastIndexOf("</", closing - 1);
+        auto end = body.lastIndexOf("</", closing - 1);
         if (end < begin)
             end = closing - 2;
         if (begin < end && std::isspace(static_cast<unsigned char>(body[begin]))) {

@@ -49,14 +49,14 @@ target_sources(tav_cloud_platform_internals PRIVATE
 
 # The catalogue: kept by the target update_translations, compiled into the library.
 set(catalogue ${CMAKE_CURRENT_SOURCE_DIR}/translations/tav_cloud_platform_sdk_zh_CN.ts)
-qt5_add_translation(compiled_catalogue ${catalogue})
+qt_add_translation(compiled_catalogue ${catalogue})
 configure_file(translations/tav_cloud_platform_sdk_translations.qrc.in
     ${CMAKE_CURRENT_BINARY_DIR}/tav_cloud_platform_sdk_translations.qrc @ONLY)
-qt5_add_resources(translation_resource ${CMAKE_CURRENT_BINARY_DIR}/tav_cloud_platform_sdk_translations.qrc)
+qt_add_resources(translation_resource ${CMAKE_CURRENT_BINARY_DIR}/tav_cloud_platform_sdk_translations.qrc)
 target_sources(tav_cloud_platform_internals PRIVATE ${translation_resource})
 
 add_custom_target(update_translations
-    COMMAND Qt5::lupdate -locations none -source-language en -target-language zh_CN
+    COMMAND Qt${TAV_QT}::lupdate -locations none -source-language en -target-language zh_CN
         ${CMAKE_CURRENT_SOURCE_DIR} -ts ${catalogue}
     COMMENT "Bringing the catalogue up to date with the texts in the sources"
     VERBATIM)

@@ -55,6 +55,10 @@ protected:
         if (ending == End::Announced)
             kept = ::dup(int(descriptor));
         auto* socket = new QSslSocket(this);
+        // Whoever offers it gets what no HTTP/2 begins with.
+        QSslConfiguration configuration = socket->sslConfiguration();
+        configuration.setAllowedNextProtocols({QByteArrayLiteral("h2")});
+        socket->setSslConfiguration(configuration);
         socket->setSocketDescriptor(descriptor);
         socket->setPrivateKey(QSslKey(peerIdentity, QSsl::Ec));
         socket->setLocalCertificate(QSslCertificate(peerIdentity));

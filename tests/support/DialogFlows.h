@@ -103,7 +103,7 @@ const Steps creates = opens("Create a group", completes(">", "Create", {"*Group 
     + post("/project/cloudProjectGroup/saveOrUpdate", R"(application/json{"groupName":"a\"b"})", reply("12"));
 const QString quit = "Quit the group";
 const Steps quits = inSite + question("Confirm exit?", yes) + get(users + "outGroup?groupId=g-6");
-const QString erase = "Delete the group";
+const QString disband = "Delete the group";
 const QString expel = "Removing a group member";
 /// What happens when its owner deletes a group or quits it: either way the group is deleted.
 const auto deletes = [](Text words) {
@@ -140,7 +140,7 @@ const Kind groupKind{"groups",
         {"join a group", on({}, join), joins + prompt("Join the group successfully!") + later, laterRows},
         {"create a group", on({}, create), creates + prompt("Create group successfully!") + later, laterRows},
         {"remove a member", on("a-(b)&<i>", expel), in7 + kickOther + later, laterRows},
-        {"delete a group", on(bridge, erase), deletes(wantsToErase), laterRows},
+        {"delete a group", on(bridge, disband), deletes(wantsToErase), laterRows},
     },
     QVector<Flow>{
         {"invite, root", on("My groups", invite),
@@ -154,8 +154,8 @@ const Kind groupKind{"groups",
         {"join, left", on({}, join), opens("Join group by invitation code", {hits(Qt::Key_Escape)})},
         {"create, refused", on({}, create), refused(creates) + error("Failed to create group!")},
         {"create, left", on({}, create), opens("Create a group", {presses("Cancel")})},
-        {"delete, member selected", on(bob, erase), prompt(invalid + "to be deleted.")},
-        {"delete, not the owner", on(site, erase), inSite + prompt("No operation permission!")},
+        {"delete, member selected", on(bob, disband), prompt(invalid + "to be deleted.")},
+        {"delete, not the owner", on(site, disband), inSite + prompt("No operation permission!")},
         {"quit, nothing selected", on({}, quit), prompt(invalid + "to exit!")},
         {"quit, owner unknown", on(bridge, quit), unknown + question("Confirm exit?", no)},
         {"quit, refused", on(site, quit), refused(quits) + error("Failed to exit the group!")},
@@ -169,7 +169,7 @@ const Kind groupKind{"groups",
         {"remove, group named like an id", on("dan", expel), in8 + kick("8&usernames=dan") + later,
             laterRows},
     } + deletionsThatFail(quit, wantsToQuit)
-        + deletionsThatFail(erase, wantsToErase),
+        + deletionsThatFail(disband, wantsToErase),
     {"Groups"},
     {"My groups", "  " + bridge, "    me - group manager", "    a-(b)&<i>", "  " + odd,
         "    me - group manager", "    dan", "  " + site, "    me", "    " + bob}};

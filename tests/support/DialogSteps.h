@@ -79,7 +79,11 @@ const auto reply = [](Bytes json) { return R"({"code":0,"data":)" + json + '}'; 
 const auto asks = [](Bytes method, Text target, Bytes answer = success, Bytes content = {}) {
     return Steps{{method, target, answer, content}};
 };
-const auto get = [](Text target, Bytes answer = success) { return asks("GET", target, answer, ""); };
+/// A function, for Qt 6 has functions of that name in its headers.
+inline Steps get(Text target, Bytes answer = success)
+{
+    return asks("GET", target, answer, "");
+}
 const auto del = [](Text target) { return asks("DELETE", target, success, ""); };
 const auto post = [](Text target, Bytes content, Bytes answer = success) {
     return asks("POST", target, answer, content);

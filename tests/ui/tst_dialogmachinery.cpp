@@ -180,6 +180,7 @@ private slots:
             QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
             QVERIFY(!showBox(QMessageBox::Information, &window, "Prompt", "text"));
         });
+        window.show(); // Qt 6 closes what is open first
         inEventLoop([&] {
             ScopedDialog<QDialog> dialog(&window);
             QTimer::singleShot(0, &window, [] { QCoreApplication::quit(); });
@@ -203,6 +204,9 @@ private slots:
     {
         const QString text = "<i>A text</i> that is longer than a narrow window, and is cut there";
         Window window;
+        QFont font;
+        font.setPixelSize(20); // that of the machine may be small enough for all of the text
+        window.setFont(font);
         auto* part = new QWidget(&window);
         part->show();
         const WindowNote onWindow(&window, text);

@@ -8,7 +8,7 @@ target_sources(tav_test_support PRIVATE
 )
 target_include_directories(tav_test_support PRIVATE ${PROJECT_BINARY_DIR}/generated)
 target_link_libraries(tav_test_support
-    PUBLIC Qt5::Widgets PRIVATE Qt5::Network tav_host::core tav_host::toolkit tav_host::utilities)
+    PUBLIC Qt${TAV_QT}::Widgets PRIVATE Qt${TAV_QT}::Network tav_host::core tav_host::toolkit tav_host::utilities)
 
 tav_test(tst_testsupport support/tst_testsupport.cpp)
 tav_test(tst_dialogmachinery ui/tst_dialogmachinery.cpp)
@@ -34,7 +34,7 @@ else() # left out, but not forgotten
 endif()
 tav_test(tst_translation ui/tst_translation.cpp)
 target_compile_definitions(tst_translation PRIVATE
-    TAV_LUPDATE="$<TARGET_FILE:Qt5::lupdate>"
+    TAV_LUPDATE="$<TARGET_FILE:Qt${TAV_QT}::lupdate>"
     TAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}/src"
     TAV_CATALOGUE="${PROJECT_SOURCE_DIR}/src/translations/tav_cloud_platform_sdk_zh_CN.ts")
 

@@ -143,7 +143,12 @@ QPalette darkPalette()
 
 int main(int argc, char* argv[])
 {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    const QString inQt = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    const QString inQt = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
     QApplication application(argc, argv);
     if (application.arguments().size() != 2) {
         std::fputs("Usage: tav-pictures FOLDER\n", stderr);
@@ -163,7 +168,7 @@ int main(int argc, char* argv[])
     for (const QLocale& language : {QLocale("en_US"), QLocale("zh_CN")}) {
         installCloudPlatformTranslation(language);
         // Not all machines have Qt's own catalogues; the boxes' buttons are then English.
-        if (buttons.load(language, "qtbase", "_", QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        if (buttons.load(language, "qtbase", "_", inQt))
             QCoreApplication::installTranslator(&buttons);
         for (const bool dark : {false, true}) {
             QApplication::setPalette(dark ? darkPalette() : light);

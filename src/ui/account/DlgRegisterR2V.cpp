@@ -6,10 +6,21 @@
 
 #include <QLineEdit>
 #include <QPushButton>
-#include <QRegExp>
 #include <QTimer>
 
+#include <algorithm>
+
 using namespace tav;
+
+namespace {
+
+bool hasChinese(const QString& text)
+{
+    return std::any_of(
+        text.begin(), text.end(), [](QChar sign) { return sign >= u'\u4e00' && sign <= u'\u9fa5'; });
+}
+
+} // namespace
 
 DlgRegisterR2V::DlgRegisterR2V(QWidget* parent)
     : Dialog(parent)
@@ -62,7 +73,7 @@ bool DlgRegisterR2V::isComplete()
     if (!requireText(this, userName, tr("Username can not be empty!"))
         || !requireText(this, password, tr("password can not be blank!")))
         return false;
-    if (password->text().contains(QRegExp(QStringLiteral("[\\x4e00-\\x9fa5]+")))) {
+    if (hasChinese(password->text())) {
         inform(this, tr("The password cannot have Chinese characters!"));
         return false;
     }

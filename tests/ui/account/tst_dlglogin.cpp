@@ -175,7 +175,8 @@ private slots:
         QVERIFY(dialog.box.isChecked());
         // ... and at the first account clears it. The wheel changes nothing.
         dialog.names.setCurrentIndex(0);
-        QWheelEvent turn({9, 9}, edit->mapToGlobal({9, 9}), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+        QWheelEvent turn(
+            {9, 9}, edit->mapToGlobal(QPoint(9, 9)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(&dialog.names, &turn); // as the field in it passes it on
         QCOMPARE(dialog.shown(), QString("a one"));
         QTest::keyClicks(edit, "x");
