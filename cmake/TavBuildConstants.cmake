@@ -28,8 +28,8 @@ if(NOT key_length EQUAL 16 OR NOT "${TAV_ACCOUNT_CIPHER_KEY}" MATCHES "^[ -~]+$"
     message(FATAL_ERROR "TAV_ACCOUNT_CIPHER_KEY must have exactly 16 printable ASCII characters")
 endif()
 
-# A build that may be shipped says what in it is only for a developer's machine: secrets and addresses that everybody reads
-# here, and drawings and tokens that everybody on the line can read.
+# A build that may be shipped warns of what is only for a developer's machine: the published secrets and addresses, and
+# addresses without TLS.
 if(NOT CMAKE_BUILD_TYPE MATCHES "^(Debug|RelWithDebInfo)$" AND NOT TAV_WITH_BENCH)
     set(published
         "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=" "Bearer tav-local-refresh" "tav-local-key-16")
@@ -41,11 +41,11 @@ if(NOT CMAKE_BUILD_TYPE MATCHES "^(Debug|RelWithDebInfo)$" AND NOT TAV_WITH_BENC
     endforeach()
     foreach(name TAV_PLATFORM_ADDRESS TAV_CONVERSION_ADDRESS)
         if("${${name}}" STREQUAL "http://127.0.0.1:48620")
-            message(WARNING "${name} is still that of a platform on the same machine. "
+            message(WARNING "${name} is still the default, a platform on the same machine. "
                 "Set it with -D${name}=https://... before shipping this build.")
         elseif("${${name}}" MATCHES "^http://" AND NOT "${${name}}" MATCHES "^http://(127\\.[0-9.]+|localhost)(:[0-9]+)?$")
-            message(WARNING "${name} is ${${name}}: over plain http, whoever is on the line reads passwords, tokens and "
-                "drawings, and changes them. Give it an https address before shipping this build.")
+            message(WARNING "${name} is ${${name}}: over plain http, others on the network can read "
+                "and change passwords, tokens and drawings. Give it an https address before shipping this build.")
         endif()
     endforeach()
 endif()

@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: MIT
-# What tools/packages makes of the installed components: Debian packages, by CPack.
+# Debian packages of the install components, by CPack; tools/packages builds them.
 include_guard(GLOBAL)
 find_program(GZIP gzip REQUIRED)
 
 set(TAV_PACKAGE_CONTACT "The tav_cloud_platform_sdk authors <authors@tav.invalid>" CACHE STRING
-    "Who answers for the packages: Name <address>")
-set(TAV_PACKAGE_REVISION 0tav1 CACHE STRING "What follows the version and a hyphen in a package's version")
+    "Maintainer of the packages: Name <address>")
+set(TAV_PACKAGE_REVISION 0tav1 CACHE STRING "Debian revision of the packages")
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tav-cloud-platform-sdk)
 set(CPACK_PACKAGE_CONTACT ${TAV_PACKAGE_CONTACT})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES OFF) # into packages of their own, see below
+set(CPACK_STRIP_FILES OFF) # CPACK_DEBIAN_DEBUGINFO_PACKAGE does it
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${TAV_PACKAGE_REVISION})
@@ -29,7 +29,7 @@ set(CPACK_COMPONENTS_ALL "")
 set(version "(= ${PROJECT_VERSION}-${TAV_PACKAGE_REVISION})")
 
 # tav_package(component name SECTION s DESCRIPTION text [DEPENDS text] [RECOMMENDS text] [SUGGESTS text] [LIBRARY] [ALL]):
-# the package that holds an install component. LIBRARY has shared libraries, ALL nothing that depends on the processor.
+# the package of an install component. LIBRARY: it has shared libraries; ALL: it is the same for every architecture.
 macro(tav_package component name)
     cmake_parse_arguments(arg "LIBRARY;ALL" "SECTION;DEPENDS;RECOMMENDS;SUGGESTS;DESCRIPTION" "" ${ARGN})
     list(APPEND CPACK_COMPONENTS_ALL ${component})
@@ -47,18 +47,18 @@ macro(tav_package component name)
         set(CPACK_DEBIAN_${key}_PACKAGE_ARCHITECTURE all)
         set(CPACK_DEBIAN_${key}_DEBUGINFO_PACKAGE OFF)
     endif()
-    tav_package_papers(${component} ${name})
+    tav_package_documents(${component} ${name})
 endmacro()
 
-# Changelogs, copyright and what else Debian wants of every package.
-function(tav_package_papers component name)
+# The changelogs, the copyright file and the other files that Debian requires in every package.
+function(tav_package_documents component name)
     set(sources ${PROJECT_SOURCE_DIR}/packaging/debian)
-    set(papers ${PROJECT_BINARY_DIR}/papers/${name})
-    file(MAKE_DIRECTORY ${papers})
-    foreach(paper IN ITEMS "${PROJECT_SOURCE_DIR}/CHANGELOG.md>changelog.gz" "${sources}/changelog>changelog.Debian.gz")
-        string(REGEX MATCH "(.*)>(.*)" paper ${paper})
+    set(documents ${PROJECT_BINARY_DIR}/documents/${name})
+    file(MAKE_DIRECTORY ${documents})
+    foreach(document IN ITEMS "${PROJECT_SOURCE_DIR}/CHANGELOG.md>changelog.gz" "${sources}/changelog>changelog.Debian.gz")
+        string(REGEX MATCH "(.*)>(.*)" document ${document})
         set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_MATCH_1})
-        execute_process(COMMAND ${GZIP} -9nc INPUT_FILE ${CMAKE_MATCH_1} OUTPUT_FILE ${papers}/${CMAKE_MATCH_2}
+        execute_process(COMMAND ${GZIP} -9nc INPUT_FILE ${CMAKE_MATCH_1} OUTPUT_FILE ${documents}/${CMAKE_MATCH_2}
             COMMAND_ERROR_IS_FATAL ANY)
     endforeach()
     file(READ ${sources}/copyright copyright)
@@ -66,8 +66,8 @@ function(tav_package_papers component name)
         file(READ ${sources}/copyright.${name} more)
         string(APPEND copyright "${more}")
     endif()
-    file(WRITE ${papers}/copyright "${copyright}")
-    install(DIRECTORY ${papers}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+    file(WRITE ${documents}/copyright "${copyright}")
+    install(DIRECTORY ${documents}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
     foreach(kind IN ITEMS lintian-overrides>lintian/overrides doc-base>doc-base)
         string(REGEX MATCH "(.*)>(.*)" kind ${kind})
         if(EXISTS ${sources}/${CMAKE_MATCH_1}.${name})
@@ -92,7 +92,7 @@ Headers, CMake package and pkg-config file of the libraries in libtav-host1.")
     set(host_development ", libtav-host-dev ${version}")
 endif()
 tav_package(runtime libtav-cloud-platform-sdk1 LIBRARY SECTION libs
-    # Qt takes OpenSSL only when it is there, and without certificates trusts nobody.
+    # Without certificates no https platform is trusted.
     DEPENDS "ca-certificates${host_runtime}"
     DESCRIPTION "Cloud account and cloud space for desktop applications
 A shared library that a desktop application working with project files and
@@ -129,11 +129,11 @@ if(NOT TAV_HOST)
 A list of drawings, and what can be done with each of them in the cloud
 space of the user who signed in. It is the example of how an application
 embeds the library tav_cloud_platform_sdk.")
-    # Built against what the module's build installs, as every host is.
+    # A project of its own, built against the installed module, as every host is.
     set(CPACK_INSTALL_CMAKE_PROJECTS
         "${PROJECT_BINARY_DIR};tav_cloud_platform_sdk;ALL;/" "${TAV_DESKTOP_HOST_BUILD};tav_desktop_host;ALL;/")
 endif()
-# Found here, named in DEPENDS above: the libraries of one build know each other's packages only after they are made.
+# dpkg-shlibdeps finds the libraries of this build here; their packages do not exist yet and are named in DEPENDS above.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
     ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/host)
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Run by CPack over the installed files before it packs them: Debian wants manuals compressed.
+# CPack runs this before it packs the installed files: Debian requires compressed manuals.
 file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*.1)
 foreach(page IN LISTS pages)
     if(page MATCHES "/share/man/man1/")

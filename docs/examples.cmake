@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-# cmake -DHEADERS=... -DOUT=... -P examples.cmake: adds to whatever the public headers export the lines of operations.cpp
-# that stand between marks of its name. Doxygen warns of marks that are missing. Getters need none.
+# cmake -DHEADERS=... -DOUT=... -P examples.cmake: adds to every class, operation and function of the public headers
+# its example from operations.cpp: the lines between two marks of its name. Doxygen warns of a missing mark. Getters
+# need none.
 set(text "")
 function(add_example what name)
     set(text "${text}/*! ${what}\n\\par Example\n\\snippet operations.cpp ${name}\n*/\n" PARENT_SCOPE)

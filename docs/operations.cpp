@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One example of each operation: the reference shows the lines between two marks of one name, and the tests
-// compile them. The target "reference" fails while an operation has none.
+// An example of each operation: the reference shows the lines between two marks of its name, and the tests
+// compile them. The target "reference" fails if an operation has no example.
 #include "account/CloudAccountLogin.h"
 #include "cloud/CloudFileManger.h"
 #include "convert/CadConversion.h"
@@ -18,7 +18,7 @@
 
 namespace host {
 
-// What your host has for these.
+// To be written by the host.
 void say(const QString& text);
 void open(const QString& path);
 void show(const QString& name, const QString& detail);

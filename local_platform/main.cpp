@@ -23,7 +23,7 @@ namespace {
 
 using local_platform::Options;
 
-/// The one installed with this program; in a build directory, that of the sources.
+/// The converter installed with this program; in a build directory, the one in the sources.
 std::string converter()
 {
     std::error_code ignored;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the module asks of a host's libraries, whoever wrote them: nothing here but what docs/integration.md
-// names.
+// What the module requires of a host's libraries. It uses only what docs/integration.md names, and so runs
+// against the libraries of every host.
 #include "core/ITreeElement.h"
 #include "core/Log.h"
 #include "core/Screen.h"
@@ -46,7 +46,7 @@ private slots:
         QVERIFY(!root->findChild("deeper"));
     }
 
-    void parentMayGoWhileFileDialogIsOpen()
+    void fileDialogSurvivesItsParent()
     {
         for (const bool isFolder : {false, true}) {
             QPointer<QWidget> parent(new QWidget);
@@ -69,13 +69,13 @@ private slots:
         QVERIFY(!dialog);
     }
 
-    void lengthsGrowTogether()
+    void scalesLengthsLinearly()
     {
         QVERIFY(dpi_scaled(100.0) > 0.0);
         QCOMPARE(dpi_scaled(300.0), 3.0 * dpi_scaled(100.0));
     }
 
-    void anyThreadMayLog() { std::thread(SendLogInfo, "a line of a test", 0).join(); }
+    void logsFromAnyThread() { std::thread(SendLogInfo, "a line of a test", 0).join(); }
 };
 
 int main(int argc, char** argv)
