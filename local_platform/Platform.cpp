@@ -5,6 +5,8 @@
 #include "features/DemoAccounts.h"
 
 #include <spdlog/spdlog.h>
+#include <stdexcept>
+#include <vector>
 
 namespace local_platform {
 
@@ -42,8 +44,24 @@ Platform::Platform(const Options& options)
     softwareTables_.addTo(routes_);
     conversion_.addTo(routes_);
 
+    requireSafety();
     if (options_.demoAccounts)
         spdlog::info(addDemoAccounts(database_, options_.cipherKey));
+}
+
+void Platform::requireSafety()
+{
+    std::vector<std::string> reasons = exposures(options_);
+    if (servesOthers(options_) && !options_.demoAccounts && hasDemoAccounts(database_, options_.cipherKey))
+        reasons.emplace_back("demo accounts are in the data folder, and everybody knows their passwords");
+    std::string all;
+    for (const std::string& reason : reasons) {
+        spdlog::warn("Other machines can reach {}, and {}", options_.listen, reason);
+        all += (all.empty() ? "" : "; ") + reason;
+    }
+    if (!reasons.empty() && !options_.allowInsecure)
+        throw std::runtime_error("Other machines can reach " + options_.listen + ", and " + all
+            + ". Mend that, or say --allow-insecure.");
 }
 
 Reply Platform::answer(Call& call)

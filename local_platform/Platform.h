@@ -36,6 +36,8 @@ public:
     Reply answer(Call& call);
 
 private:
+    void requireSafety();
+
     Options options_;
     DataFolder folder_;
     Clock clock_;

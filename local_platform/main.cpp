@@ -40,6 +40,9 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_option(
         "--outbox", options.outbox, "directory for codes \"sent\" by SMS and mail; default: DATA/outbox");
     app.add_flag("--demo-accounts", options.demoAccounts, "add the accounts alice, bob and carol");
+    app.add_flag(
+        "--allow-insecure", options.allowInsecure, "serve other machines in spite of what is warned of");
+    app.set_config("--config", "", "file of options, one \"name = value\" a line");
 
     CLI::Option* certificate =
         app.add_option("--tls-certificate", options.tlsCertificate, "PEM file; serve HTTPS");
@@ -48,15 +51,23 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     key->needs(certificate)->check(CLI::ExistingFile);
 
     app.add_option("--max-file-size", options.maxFileSize, "bytes of one uploaded file")
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40))
         ->capture_default_str();
     app.add_option("--trash-age", options.trashAge, "days that a replaced file stays in the trash")
         ->check(CLI::Range(0, 36500))
         ->capture_default_str();
-    app.add_option("--token-lifetime", options.tokenLifetime, "seconds")->capture_default_str();
-    app.add_option("--code-lifetime", options.codeLifetime, "seconds")->capture_default_str();
-    app.add_option("--client-credential", options.clientCredential, "Authorization of the account requests");
-    app.add_option("--refresh-bearer", options.refreshBearer, "Authorization of the token refresh");
+    app.add_option("--token-lifetime", options.tokenLifetime, "seconds")
+        ->check(CLI::Range(1, 315360000))
+        ->capture_default_str();
+    app.add_option("--code-lifetime", options.codeLifetime, "seconds")
+        ->check(CLI::Range(1, 86400))
+        ->capture_default_str();
+    app.add_option("--client-credential", options.clientCredential, "Authorization of the account requests")
+        ->envname("TAV_CLIENT_CREDENTIAL");
+    app.add_option("--refresh-bearer", options.refreshBearer, "Authorization of the token refresh")
+        ->envname("TAV_REFRESH_BEARER");
     app.add_option("--cipher-key", options.cipherKey, "16 bytes; clients encipher passwords with it")
+        ->envname("TAV_CIPHER_KEY")
         ->check([](const std::string& text) {
             return text.size() == 16 ? std::string() : "The account cipher key must have 16 bytes";
         });
@@ -65,14 +76,17 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
            "--converter", options.converter, "script that converts drawings, run as: node SCRIPT IN OUT")
         ->capture_default_str();
     app.add_option("--max-drawing-size", options.maxDrawingSize, "bytes of one drawing to convert")
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40))
         ->capture_default_str();
-    app.add_option("--conversion-time-limit", options.conversionTimeLimit, "seconds")->capture_default_str();
+    app.add_option("--conversion-time-limit", options.conversionTimeLimit, "seconds")
+        ->check(CLI::Range(1, 3600))
+        ->capture_default_str();
 
     app.add_option(
            "--clock-offset", options.clockOffset, "seconds by which the platform's clock is ahead; for tests")
         ->capture_default_str();
     app.add_option("--log-level", logLevel)
-        ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
+        ->check(CLI::IsMember({"trace", "debug", "info", "warning", "error", "off"}))
         ->capture_default_str();
 }
 
@@ -98,6 +112,16 @@ void startLog(const std::string& level)
     spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
     spdlog::set_formatter(std::move(formatter));
     spdlog::set_level(spdlog::level::from_str(level));
+}
+
+/// Everybody on the machine reads the arguments of its programs.
+void refuseSecretsAmong(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i)
+        for (const std::string name : {"--client-credential", "--refresh-bearer", "--cipher-key"})
+            if (local_platform::startsWith(argv[i], name))
+                throw std::invalid_argument("Everybody on this machine could read " + name
+                    + " among the arguments: put it into a file for --config or into the environment");
 }
 
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description)
@@ -142,6 +166,7 @@ try {
     backup->add_option("folder", folder, "a new or empty folder")->required();
     CLI::App* restore = addCommand(app, "restore", "make a data folder of a backup");
     restore->add_option("folder", folder, "the backup")->required();
+    refuseSecretsAmong(argc, argv);
     CLI11_PARSE(app, argc, argv);
 
     // What is written is for the platform's own account alone.

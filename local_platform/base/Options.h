@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace local_platform {
 
@@ -14,6 +15,7 @@ struct Options
     std::filesystem::path data = "tav-local-platform-data";
     std::filesystem::path outbox; ///< empty: "outbox" inside data
     bool demoAccounts = false;
+    bool allowInsecure = false; ///< serve other machines in spite of exposures()
 
     std::string tlsCertificate;
     std::string tlsKey;
@@ -32,5 +34,10 @@ struct Options
     std::uint64_t maxDrawingSize = 64ull << 20; ///< bytes of one drawing
     int conversionTimeLimit = 25; ///< seconds; clients wait 30
 };
+
+/// Why other machines should not be served with these options, one reason each; nothing where only this one
+/// is.
+std::vector<std::string> exposures(const Options& options);
+bool servesOthers(const Options& options);
 
 } // namespace local_platform

@@ -56,6 +56,7 @@ void Accounts::addTo(Routes& routes)
     routes.add("POST", "/admin/api/user/mail/register", byClient([this](Call& call) {
         const Fields form = call.form();
         const std::string& mail = form.filledText("mail");
+        requireUsableMail(mail);
         return registerAccount({mail, form.filledText("password"), "", mail}, mail, form.text("mailCode"));
     }));
     routes.add(
@@ -74,9 +75,15 @@ Json Accounts::signIn(Call& call)
             hash = db.text("select password_hash from users where id = :id", {*user}).value_or("");
     }
     // Outside any work: the check takes its time.
-    if (!passwordMatches(hash, form.text("password")))
+    const std::string& password = form.text("password");
+    if (!(user && recent_.knows(*user, hash, password)) && !passwordMatches(hash, password))
         throw Refusal("The user name or the password is wrong");
+    recent_.remember(*user, hash, password);
+    const std::string renewed = isHashedAsOfOld(hash) ? hashedPassword(password) : hash;
     auto db = database_.work();
+    if (renewed != hash)
+        db.run("update users set password_hash = :new where id = :id and password_hash = :old",
+            {renewed, *user, hash});
     Json reply = tokens_.issue(db, *user);
     db.commit();
     return reply;
@@ -94,8 +101,8 @@ Json Accounts::signInByCode(Call& call)
 
     auto db = database_.work();
     codes_.redeem(db, address, Codes::Purpose::SignIn, query.text("code"));
-    const auto user = db.number(
-        std::string("select id from users where ") + (way == "SMS" ? "phone" : "mail") + " = :address",
+    const auto user = db.number(std::string("select id from users where ") + (way == "SMS" ? "phone" : "mail")
+            + " = :address and " + (way == "SMS" ? "phone" : "mail") + " <> ''",
         {address});
     if (!user)
         throw Refusal("No account has this phone number or e-mail address", 404);

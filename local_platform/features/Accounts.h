@@ -3,6 +3,7 @@
 
 #include "base/Options.h"
 #include "features/Codes.h"
+#include "features/RecentPasswords.h"
 #include "features/Tokens.h"
 #include "features/Users.h"
 #include "http/Routes.h"
@@ -32,6 +33,7 @@ private:
     Tokens& tokens_;
     Codes& codes_;
     const Options& options_;
+    RecentPasswords recent_;
 };
 
 } // namespace local_platform

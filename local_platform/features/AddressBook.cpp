@@ -49,7 +49,7 @@ Json AddressBook::list(Call& call)
         R"(select book.id, users.username, book.phone, book.remark, book.unit
            from address_book book join users on users.id = book.friend_id
            where book.owner_id = :user order by book.id)",
-        {call.user()}));
+        {call.user()}, call.query().page()));
 }
 
 Json AddressBook::add(Call& call)

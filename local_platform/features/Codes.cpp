@@ -74,9 +74,6 @@ Json Codes::send(const std::string& way, const std::string& address, Purpose pur
     const std::string code = randomDigits(codeLength);
     const long long now = clock_.now();
     auto db = database_.work();
-    if (purpose == Purpose::Reset && !findUser(db, address))
-        throw Refusal("No account has this phone number or e-mail address", 404);
-
     const auto last =
         db.one<SentCodes>("select window_start, sent_in_window from codes where address = :address"
                           " and purpose = :purpose",
@@ -90,7 +87,11 @@ Json Codes::send(const std::string& way, const std::string& address, Purpose pur
            " values (:address, :purpose, :code, :expires, :tries, :start, :sent)",
         {address, stored(purpose), code, now + lifetime_, tries, sameWindow ? last->windowStart : now,
             sent + 1});
+    // Whoever asks learns nothing of who has an account: one without is answered alike, and told nothing.
+    const bool wanted = purpose != Purpose::Reset || findUser(db, address);
     db.commit();
+    if (!wanted)
+        return success(true);
 
     outbox_.put(way, address,
         "Purpose: " + told(purpose) + "\nCode: " + code + "\nValid for: " + std::to_string(lifetime_)

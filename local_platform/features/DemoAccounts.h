@@ -11,4 +11,7 @@ namespace local_platform {
 /// @return what to tell the developer who asked for them
 std::string addDemoAccounts(Database& database, const std::string& cipherKey);
 
+/// Whether one of them is there, from whatever start, with the password that everybody knows.
+bool hasDemoAccounts(Database& database, const std::string& cipherKey);
+
 } // namespace local_platform

@@ -63,6 +63,8 @@ std::string groupName(const Json& body)
     const auto name = body.is_object() ? body.find("groupName") : body.end();
     if (name == body.end() || !name->is_string() || name->get<std::string>().empty())
         throw Refusal("The group needs a name");
+    if (name->get<std::string>().size() > Fields::usualLength)
+        throw Refusal("The group's name is too long");
     return name->get<std::string>();
 }
 
@@ -147,7 +149,7 @@ Json Groups::list(Call& call)
            from user_groups join users on users.id = owner_id
            where owner_id = :owner or user_groups.id in (select group_id from group_members where user_id = :user)
            order by user_groups.id)",
-        {call.user(), call.user(), call.user()}));
+        {call.user(), call.user(), call.user()}, call.query().page()));
 }
 
 Json Groups::listMembers(Call& call)
@@ -159,7 +161,7 @@ Json Groups::listMembers(Call& call)
         R"(select group_members.id, group_id, username, admin_flag
            from group_members join users on users.id = user_id
            where group_id = :group order by group_members.id)",
-        {group}));
+        {group}, call.query().page()));
 }
 
 Json Groups::inviteCode(Call& call)

@@ -6,6 +6,12 @@
 
 namespace local_platform {
 
+namespace {
+
+constexpr std::size_t longestDescription = 20000;
+
+} // namespace
+
 void requireOwnProject(Database::Work& db, long long user, long long project)
 {
     if (!db.number("select id from projects where id = :id and owner_id = :user", {project, user}))
@@ -35,7 +41,8 @@ Json Projects::add(Call& call)
     auto db = database_.work();
     const auto id = db.number("insert into projects (owner_id, source_client, title, description)"
                               " values (:owner, :client, :title, :description) returning id",
-        {call.user(), form.text("sourceClient"), form.filledText("projectTitle"), form.text("description")});
+        {call.user(), form.text("sourceClient"), form.filledText("projectTitle"),
+            form.text("description", longestDescription)});
     db.commit();
     return success(id.value());
 }
@@ -45,7 +52,7 @@ Json Projects::list(Call& call)
     return success(database_.read().all<ProjectRecord>(
         R"(select id, title, source_client, description
            from projects where owner_id = :user and source_client = :client order by id)",
-        {call.user(), call.query().text("sourceClient")}));
+        {call.user(), call.query().text("sourceClient")}, call.query().page()));
 }
 
 Json Projects::upload(Call& call)

@@ -140,15 +140,23 @@ Json Sharing::shareWithAccounts(Call& call)
     const std::vector<std::string> names = form.list("userNames");
     if (names.empty())
         throw Refusal("There is nobody to share with");
+    const std::vector<long long> users = [&] {
+        auto db = database_.read();
+        requireOwnProject(db, call.user(), form.id("projectId"));
+        std::vector<long long> found;
+        for (const std::string& name : names) {
+            const auto user = findUser(db, name);
+            if (!user)
+                throw unknown("account " + name);
+            found.push_back(*user);
+        }
+        return found;
+    }();
     auto db = database_.work();
     const long long share = addShare(db, call.user(), form);
-    for (const std::string& name : names) {
-        const auto user = findUser(db, name);
-        if (!user)
-            throw unknown("account " + name);
+    for (const long long user : users)
         db.run("insert into share_users (share_id, user_id) values (:share, :user) on conflict do nothing",
-            {share, *user});
-    }
+            {share, user});
     db.commit();
     return success(true);
 }
@@ -184,7 +192,7 @@ Json Sharing::listProjects(Call& call)
         R"(select distinct projects.id, projects.title, projects.source_client, projects.description)"
             + filesOfProjects + "where projects.source_client = :source and " + isShared + " and "
             + isForTarget + " order by 1",
-        {call.query().text("sourceClient"), clock_.now(), call.user(), target, target}));
+        {call.query().text("sourceClient"), clock_.now(), call.user(), target, target}, call.query().page()));
 }
 
 Json Sharing::listFiles(Call& call)
@@ -202,7 +210,7 @@ Json Sharing::listFiles(Call& call)
         R"(select files.id, files.original_name, files.type_flag, files.support_type_id, files.size)"
             + filesOfProjects + "where projects.id = :id and (projects.owner_id = :user or (" + isShared
             + " and " + isForTarget + ")) order by files.id",
-        {project, call.user(), clock_.now(), call.user(), target, target}));
+        {project, call.user(), clock_.now(), call.user(), target, target}, call.query().page()));
 }
 
 Download Sharing::download(Call& call)

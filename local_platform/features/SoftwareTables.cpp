@@ -59,7 +59,8 @@ void SoftwareTables::addTo(Routes& routes)
     // The double slash is what every client sends.
     routes.add("GET", "/project//softwareAdaptationType/listSupportClient",
         [this](Call& call) { return listAdaptationTypes(call); });
-    routes.add("GET", "/project/softwareSupportType/list", [this](Call&) { return listSupportTypes(); });
+    routes.add(
+        "GET", "/project/softwareSupportType/list", [this](Call& call) { return listSupportTypes(call); });
     routes.add(
         "POST", "/project/softwareAdaptationType/saveOrUpdate", [this](Call& call) { return save(call); });
 }
@@ -69,14 +70,15 @@ Json SoftwareTables::listAdaptationTypes(Call& call)
     return success(database_.read().all<AdaptationType>(
         R"(select id, source_client, support_type_id, target_client
            from adaptation_types where source_client = :client order by id)",
-        {call.query().text("sourceClient")}));
+        {call.query().text("sourceClient")}, call.query().page()));
 }
 
-Json SoftwareTables::listSupportTypes()
+Json SoftwareTables::listSupportTypes(Call& call)
 {
     return success(database_.read().all<SupportType>(
         R"(select id, source_software, type_flag, title, type_suffix, type_description
-           from support_types order by id)"));
+           from support_types order by id)",
+        {}, call.query().page()));
 }
 
 Json SoftwareTables::save(Call& call)

@@ -17,7 +17,7 @@ public:
 
 private:
     Json listAdaptationTypes(Call& call);
-    Json listSupportTypes();
+    Json listSupportTypes(Call& call);
     Json save(Call& call);
 
     Database& database_;

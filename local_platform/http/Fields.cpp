@@ -4,9 +4,18 @@
 #include "base/Text.h"
 #include "http/Envelope.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace local_platform {
+
+namespace {
+
+constexpr std::size_t longestList = 64u << 10;
+constexpr std::size_t mostItems = 1000;
+constexpr long long longestPage = 10000;
+
+} // namespace
 
 Fields Fields::fromQuery(const std::string& text)
 {
@@ -20,13 +29,16 @@ Fields Fields::fromQuery(const std::string& text)
     return fields;
 }
 
-const std::string& Fields::text(const std::string& name) const
+const std::string& Fields::text(const std::string& name, std::size_t longest) const
 {
     const auto found = values_.find(name);
     if (found == values_.end())
         throw Refusal("The field " + name + " is missing");
     if (!isPlainText(found->second))
         throw Refusal("The field " + name + " is not valid UTF-8 text");
+    if (found->second.size() > longest)
+        throw Refusal(
+            "The field " + name + " is too long; at most " + std::to_string(longest) + " bytes are taken");
     return found->second;
 }
 
@@ -43,9 +55,22 @@ long long Fields::id(const std::string& name) const
     return idFrom(text(name));
 }
 
+Page Fields::page() const
+{
+    const long long limit = has("limit") ? id("limit") : longestPage;
+    const long long offset = has("offset") && text("offset") != "0" ? id("offset") : 0;
+    if (limit < 0 || offset < 0)
+        throw Refusal("The fields limit and offset are whole numbers");
+    return {std::min(limit, longestPage), offset};
+}
+
 std::vector<std::string> Fields::list(const std::string& name) const
 {
-    return listed(text(name));
+    std::vector<std::string> items = listed(text(name, longestList));
+    if (items.size() > mostItems)
+        throw Refusal(
+            "The field " + name + " has too many items; at most " + std::to_string(mostItems) + " are taken");
+    return items;
 }
 
 } // namespace local_platform

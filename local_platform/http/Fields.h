@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Page.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -19,13 +21,18 @@ public:
     void add(const std::string& name, const std::string& value) { values_.emplace(name, value); }
     bool has(const std::string& name) const { return values_.count(name) != 0; }
 
-    /// Refused when missing or no text.
-    const std::string& text(const std::string& name) const;
+    static constexpr std::size_t usualLength = 1000;
+    /// Refused when missing, no text, or of more bytes.
+    const std::string& text(const std::string& name, std::size_t longest = usualLength) const;
     /// Refused when missing or blank.
     const std::string& filledText(const std::string& name) const;
     /// -1, which is nobody's id, for anything but a positive number.
     long long id(const std::string& name) const;
+    /// Refused when there are too many.
     std::vector<std::string> list(const std::string& name) const;
+
+    /// What of a list is asked for: all up to a bound, or by "limit" and "offset".
+    Page page() const;
 
 private:
     std::map<std::string, std::string> values_;

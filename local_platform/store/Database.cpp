@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <soci/soci.h>
+#include <spdlog/spdlog.h>
 #include <stdexcept>
 
 namespace local_platform {
@@ -18,6 +19,7 @@ constexpr int readerCount = 8;
 template <typename Function>
 auto withoutValues(const std::string& statement, Function function)
 {
+    spdlog::trace("Statement: {}", statement);
     try {
         return function();
     } catch (const soci::soci_error& error) {

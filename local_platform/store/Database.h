@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Page.h"
+
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -81,6 +83,12 @@ public:
                 return true;
             });
             return records;
+        }
+        template <typename Record>
+        std::vector<Record> all(const std::string& query, Values values, const Page& page)
+        {
+            values.insert(values.end(), {page.limit, page.offset});
+            return all<Record>(query + " limit :limit offset :offset", values);
         }
         /// Hands over row after row until \a take returns false.
         void each(const std::string& query, const Values& values, const std::function<bool(Row&)>& take);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "store/Schema.h"
 
+#include "base/Names.h"
 #include "store/Disk.h"
 #include "store/Session.h"
 
@@ -12,6 +13,8 @@
 #include <sqlite3.h>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 namespace local_platform {
 
@@ -100,6 +103,18 @@ create table trash (
     sha256 text);
 )";
 
+const char* const namesAndIndexes = R"(
+alter table users add column name_key text not null default '';
+alter table users add column skeleton text not null default '';
+create index users_name_key on users (name_key);
+create index users_skeleton on users (skeleton);
+create index backups_stored_name on backups (stored_name);
+create index shared_files_stored_name on shared_files (stored_name);
+create index trash_since on trash (trashed_at);
+create index adaptation_types_source on adaptation_types (source_client);
+create index user_groups_owner on user_groups (owner_id);
+)";
+
 void runScript(soci::session& sql, std::string script)
 {
     const std::string placeholder = " KEY,";
@@ -110,6 +125,20 @@ void runScript(soci::session& sql, std::string script)
     for (std::string statement; std::getline(statements, statement, ';');) {
         if (statement.find_first_not_of('\n') != std::string::npos)
             sql << statement;
+    }
+}
+
+void fillNameKeys(soci::session& sql)
+{
+    const soci::rowset<soci::row> users = (sql.prepare << "select id, username from users");
+    std::vector<std::pair<int, std::string>> names;
+    for (const soci::row& user : users)
+        names.emplace_back(user.get<int>(0), user.get<std::string>(1));
+    for (const auto& [id, name] : names) {
+        const std::string compared = comparable(name);
+        const std::string skeleton = skeletonOf(name);
+        sql << "update users set name_key = :key, skeleton = :skeleton where id = :id", soci::use(compared),
+            soci::use(skeleton), soci::use(id);
     }
 }
 
@@ -309,6 +338,10 @@ void bringUpToDate(const fs::path& file, const std::string& id)
             }
         },
         [](soci::session& to) { runScript(to, markAndTrash); },
+        [](soci::session& to) {
+            runScript(to, namesAndIndexes);
+            fillNameKeys(to);
+        },
     };
     for (int version = found; version < latestSchema; ++version) {
         soci::transaction transaction(sql);
@@ -318,8 +351,7 @@ void bringUpToDate(const fs::path& file, const std::string& id)
         if (version + 1 == 3)
             sql << "insert into about (name, value) values ('schema', '3')";
         else if (version + 1 > 3)
-            sql << "update about set value = :version where name = 'schema'",
-                soci::use(std::to_string(version + 1));
+            sql << "update about set value = '" + std::to_string(version + 1) + "' where name = 'schema'";
         transaction.commit();
     }
 }

@@ -2,9 +2,12 @@
 #include "store/Secrets.h"
 
 #include "base/Places.h"
+#include "base/Refusal.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <sodium.h>
 #include <stdexcept>
 #include <thread>
@@ -13,10 +16,11 @@ namespace local_platform {
 
 namespace {
 
-// Two hundred people who sign in at once on two processors must all be through before their clients give up,
-// so the memory is what makes guessing dear, not the time.
-constexpr unsigned long long passwordPasses = 1;
-constexpr std::size_t passwordMemory = 8u << 20;
+constexpr unsigned long long passwordPasses = crypto_pwhash_OPSLIMIT_INTERACTIVE;
+constexpr std::size_t passwordMemory = crypto_pwhash_MEMLIMIT_INTERACTIVE;
+// Clients wait for a quarter of a minute and more; whoever would have to wait longer is told at once.
+constexpr std::chrono::seconds patience(20);
+constexpr unsigned mayWait = 200;
 
 /// As many hashings at a time as there are processors: more would only cost memory.
 Places& hashingPlaces()
@@ -24,6 +28,30 @@ Places& hashingPlaces()
     static Places places(std::max(1u, std::thread::hardware_concurrency()));
     return places;
 }
+
+/// One of the places; refused when too many wait already.
+class HashingPlace
+{
+public:
+    HashingPlace()
+        : waiting_(++count())
+        , place_(hashingPlaces(), waiting_ > mayWait ? std::chrono::seconds(0) : patience)
+    {
+        --count();
+        if (!place_.taken())
+            throw Refusal("Too many people sign in at once; try again in a moment", 503);
+    }
+
+private:
+    static std::atomic<unsigned>& count()
+    {
+        static std::atomic<unsigned> waiting{0};
+        return waiting;
+    }
+
+    unsigned waiting_;
+    Places::Place place_;
+};
 
 std::string randomText(const std::string& alphabet, int length)
 {
@@ -96,7 +124,7 @@ std::string base64(const std::string& bytes)
 
 std::string hashedPassword(const std::string& password)
 {
-    const Places::Place place(hashingPlaces());
+    const HashingPlace place;
     std::array<char, crypto_pwhash_STRBYTES> hash;
     if (crypto_pwhash_str(hash.data(), password.data(), password.size(), passwordPasses, passwordMemory) != 0)
         throw std::runtime_error("Not enough memory to hash a password");
@@ -106,9 +134,14 @@ std::string hashedPassword(const std::string& password)
 bool passwordMatches(const std::string& hash, const std::string& password)
 {
     static const std::string nobodys = hashedPassword(randomToken());
-    const Places::Place place(hashingPlaces());
+    const HashingPlace place;
     const std::string& against = hash.empty() ? nobodys : hash;
     return crypto_pwhash_str_verify(against.c_str(), password.data(), password.size()) == 0 && !hash.empty();
+}
+
+bool isHashedAsOfOld(const std::string& hash)
+{
+    return crypto_pwhash_str_needs_rehash(hash.c_str(), passwordPasses, passwordMemory) != 0;
 }
 
 } // namespace local_platform

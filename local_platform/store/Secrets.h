@@ -29,4 +29,7 @@ std::string hashedPassword(const std::string& password);
 /// Takes as long for an account that does not exist: pass an empty hash.
 bool passwordMatches(const std::string& hash, const std::string& password);
 
+/// Whether an earlier version made the hash, at less cost to who guesses.
+bool isHashedAsOfOld(const std::string& hash);
+
 } // namespace local_platform

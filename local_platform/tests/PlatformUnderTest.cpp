@@ -70,7 +70,7 @@ Answer Client::upload(const QByteArray& path, const FormFields& fields, const QB
 
 void PlatformUnderTest::start(const QStringList& options)
 {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.setStandardErrorFile(m_logs.filePath("log"));
     QStringList all = {"--listen", "127.0.0.1:0", "--demo-accounts"};
     if (!options.contains("--data"))
         all += {"--data", m_directory.path()};
@@ -82,7 +82,7 @@ void PlatformUnderTest::start(const QStringList& options)
         line += m_process.readLine();
     const QByteArray ready = "tav-local-platform ready on http://127.0.0.1:";
     if (!line.startsWith(ready))
-        qFatal("The platform did not start; it said \"%s\"", line.constData());
+        qFatal("The platform did not start; it said \"%s\"", (line + log()).constData());
     m_port = line.mid(ready.size()).trimmed().toInt();
 }
 
@@ -104,6 +104,13 @@ int PlatformUnderTest::stop()
     if (!m_process.waitForFinished(startTimeout) || m_process.exitStatus() != QProcess::NormalExit)
         return -1;
     return m_process.exitCode();
+}
+
+QByteArray PlatformUnderTest::log() const
+{
+    QFile file(m_logs.filePath("log"));
+    file.open(QIODevice::ReadOnly);
+    return file.readAll();
 }
 
 QStringList PlatformUnderTest::storedFiles() const

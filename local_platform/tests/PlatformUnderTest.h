@@ -79,6 +79,8 @@ public:
 
     int port() const { return m_port; }
     QString data() const { return m_directory.path(); }
+    /// What it has said since its last start.
+    QByteArray log() const;
     /// The files that uploads have left on disk, finished or not.
     QStringList storedFiles() const;
     /// The code of the newest message to the address.
@@ -98,6 +100,7 @@ private:
     void start(const QStringList& options);
 
     QTemporaryDir m_directory;
+    QTemporaryDir m_logs;
     QProcess m_process;
     int m_port = 0;
 };

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PlatformUnderTest.h"
 
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
+
 /// Every endpoint behind a token, called with no token, with a wrong one, and by a second account with the
 /// first one's ids: the answer must be the one that ids get which do not exist at all.
 class TestAccessRules : public QObject
@@ -102,6 +105,29 @@ private slots:
         QCOMPARE(answer.body, call(m_bob, nobodys).body);
     }
 
+    void everyStatementFindsItsRowsByAnIndex()
+    {
+        QSet<QByteArray> statements;
+        for (const QByteArray& line : m_platform.log().mid(m_logOfStart).split('\n'))
+            if (const int at = line.indexOf("Statement: "); at >= 0)
+                statements += line.mid(at + 11).replace("\\x0a", " ");
+        QVERIFY2(statements.size() > 30, QByteArray::number(statements.size()));
+        soci::session sql(soci::sqlite3, "db=" + m_platform.data().toStdString() + "/platform.sqlite");
+        for (const QByteArray& statement : qAsConst(statements)) {
+            if (statement == "commit")
+                continue;
+            const soci::rowset<soci::row> plan = (sql.prepare
+                << "explain query plan " + QByteArray(statement).replace(':', '@').toStdString());
+            for (const soci::row& step : plan) {
+                const QByteArray detail = QByteArray::fromStdString(step.get<std::string>(3));
+                // Everybody reads all of the one table, up to a bound.
+                QVERIFY2(!detail.startsWith("SCAN ") || detail == "SCAN support_types"
+                        || detail.startsWith("SCAN CONSTANT ROW"),
+                    statement + "\n" + detail);
+            }
+        }
+    }
+
     void nothingWasChanged() { QCOMPARE(stateOfAlice(), m_aliceState); }
 
 private:
@@ -144,7 +170,8 @@ private:
         return state;
     }
 
-    PlatformUnderTest m_platform;
+    PlatformUnderTest m_platform{{"--log-level", "trace"}};
+    const int m_logOfStart = m_platform.log().size(); ///< a start goes through whole tables
     const Client m_alice = m_platform.signedIn("alice");
     const Client m_bob = m_platform.signedIn("bob");
     QMap<QByteArray, QByteArray> m_aliceIds; ///< by the placeholder in the rows

@@ -10,7 +10,6 @@
 #include <thread>
 
 Q_DECLARE_METATYPE(std::function<void(QString)>)
-Q_DECLARE_METATYPE(std::vector<std::string>)
 
 namespace {
 
@@ -80,7 +79,25 @@ QByteArray downloaded(const Client& client, const QByteArray& project)
     return client.get("cloudProjectBackup/downloadProject?projectId=" + project).body;
 }
 
-const std::vector<std::string> dropMarkAndTrash = {"drop table about", "drop table trash"};
+/// Makes a database of an earlier version out of one of this.
+std::vector<std::string> backTo(int version)
+{
+    std::vector<std::string> statements;
+    for (const char* index : {"users_name_key", "users_skeleton", "backups_stored_name",
+             "shared_files_stored_name", "trash_since", "adaptation_types_source", "user_groups_owner"})
+        statements.push_back(std::string("drop index ") + index);
+    for (const char* column : {"users drop column name_key", "users drop column skeleton"})
+        statements.push_back(std::string("alter table ") + column);
+    if (version == 3)
+        statements.emplace_back("update about set value = '3' where name = 'schema'");
+    else
+        statements.insert(statements.end(), {"drop table about", "drop table trash"});
+    if (version < 2)
+        statements.emplace_back("alter table shared_files drop column sha256");
+    if (version < 1)
+        statements.emplace_back("alter table backups drop column sha256");
+    return statements;
+}
 
 } // namespace
 
@@ -185,29 +202,27 @@ private slots:
 
     void earlierVersionsAreTakenOver_data()
     {
-        QTest::addColumn<std::vector<std::string>>("backwards");
-        const std::string files = "alter table shared_files drop column sha256";
-        const std::string backups = "alter table backups drop column sha256";
-        QTest::newRow("1") << std::vector<std::string>{
-            "drop table about", "drop table trash", files, backups};
-        QTest::newRow("1, on its way to 2")
-            << std::vector<std::string>{"drop table about", "drop table trash", files};
-        QTest::newRow("2") << dropMarkAndTrash;
+        QTest::addColumn<int>("version");
+        QTest::newRow("1") << 0;
+        QTest::newRow("1, on its way to 2") << 1;
+        QTest::newRow("2") << 2;
+        QTest::newRow("3") << 3;
     }
 
     void earlierVersionsAreTakenOver()
     {
-        QFETCH(std::vector<std::string>, backwards);
+        QFETCH(int, version);
         PlatformUnderTest platform;
         const QByteArray project = addProject(platform.signedIn("alice"));
         QCOMPARE(backUp(platform.signedIn("alice"), project, "my survey"), QByteArray("success"));
         QCOMPARE(platform.stop(), 0);
         const auto schema = schemaOf(platform.data());
-        runSql(platform.data(), backwards);
-        QVERIFY(QFile::remove(platform.data() + markName));
+        runSql(platform.data(), backTo(version));
+        QVERIFY(version == 3 || QFile::remove(platform.data() + markName));
 
         platform.restart();
         QCOMPARE(downloaded(platform.signedIn("alice"), project), QByteArray("my survey"));
+        QVERIFY(platform.signIn("ALICE", PlatformUnderTest::wirePassword("alice")).ok());
         QCOMPARE(platform.stop(), 0);
         QVERIFY(schemaOf(platform.data()) == schema);
         QCOMPARE(

@@ -2,6 +2,8 @@
 #include "PlatformUnderTest.h"
 
 #include <atomic>
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
 #include <thread>
 #include <vector>
 
@@ -92,7 +94,12 @@ private slots:
             {{"--listen", any, "--data", data}, "in use by another platform"},
             {{"--listen", any, "--data", other, "--tls-certificate", none, "--tls-key", none},
                 "TLS certificate"},
-            {{"--cipher-key", "short"}, "16 bytes"},
+            {{"--listen", "0.0.0.0:0", "--data", other}, "plain HTTP"},
+            {{"--listen", "[::]:0", "--data", other, "--demo-accounts"}, "passwords of the demo accounts"},
+            {{"--listen", "0.0.0.0:0", "--data", other}, "is the published one"},
+            {{"--config", config("cipher-key=short")}, "16 bytes"},
+            {{"--client-credential", "Basic x"}, "Everybody on this machine"},
+            {{"--token-lifetime", "0"}, "--token-lifetime"},
             {{"--nonsense"}, "--nonsense"},
         };
         for (const auto& [options, reason] : starts) {
@@ -107,6 +114,26 @@ private slots:
         }
     }
 
+    void theLogHoldsNoValueAndNoForgedLine()
+    {
+        PlatformUnderTest platform({"--log-level", "trace"});
+        QVERIFY(platform.as().get("/admin/mobile/13911112222").ok());
+        const QByteArray code = platform.sentCode("13911112222");
+        soci::session(soci::sqlite3, "db=" + platform.data().toStdString() + "/platform.sqlite")
+            << "alter table users rename to gone";
+        const FormFields form = {
+            {"username", "dora"}, {"password", "c2VjcmV0"}, {"phone", "13911112222"}, {"smscode", code}};
+        QCOMPARE(platform.asClient().postForm("/admin/api/user", form).status, 500);
+        platform.as().get("/nothing%0Aforged%C2%85forged%E2%80%A8forged");
+        platform.stop();
+        const QByteArray log = platform.log();
+        QVERIFY2(log.contains("no such table: main.users") || log.contains("no such table: users"), log);
+        QVERIFY2(log.contains("/nothing\\x0aforged\\xc2"), log);
+        for (const QByteArray& secret :
+            {code, QByteArray("c2VjcmV0"), QByteArray("$argon2"), QByteArray("\nforged")})
+            QVERIFY2(!log.contains(secret), log);
+    }
+
     void stopsWhenAsked()
     {
         PlatformUnderTest platform;
@@ -116,6 +143,14 @@ private slots:
     }
 
 private:
+    QString config(const QByteArray& content) const
+    {
+        QFile file(m_platform.data() + "/outbox/config");
+        file.open(QIODevice::WriteOnly);
+        file.write(content);
+        return file.fileName();
+    }
+
     /// The reply to its last brace: every reply here is an envelope.
     QByteArray exchange(QTcpSocket& socket, const QByteArray& request) const
     {

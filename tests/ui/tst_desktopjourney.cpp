@@ -19,8 +19,10 @@ int main(int argc, char* argv[])
     qputenv("XDG_CONFIG_HOME", work.path().toLocal8Bit());
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     const QApplication application(argc, argv);
-    PlatformUnderTest platform({"--client-credential", clientCredential(), "--refresh-bearer",
-        refreshBearer(), "--cipher-key", accountCipherKey()});
+    qputenv("TAV_CLIENT_CREDENTIAL", clientCredential().toUtf8());
+    qputenv("TAV_REFRESH_BEARER", refreshBearer().toUtf8());
+    qputenv("TAV_CIPHER_KEY", accountCipherKey().toUtf8());
+    PlatformUnderTest platform;
     setPlatformAddress(QStringLiteral("http://127.0.0.1:%1").arg(platform.port()));
 
     QFile drawing(work.filePath(QString::fromUtf8("site plan #1 & 2+3 (桥) 50%25.dgn")));
