@@ -26,6 +26,10 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/TavPackagesPrepare.cmake)
 set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/TavPackagesFinish.cmake)
 set(CPACK_COMPONENTS_ALL "")
+set(qt_development "qtbase5-dev (>= 5.15)")
+if(TAV_QT STREQUAL 6)
+    set(qt_development "qt6-base-dev (>= 6.4)")
+endif()
 set(version "(= ${PROJECT_VERSION}-${TAV_PACKAGE_REVISION})")
 
 # tav_package(component name SECTION s DESCRIPTION text [DEPENDS text] [RECOMMENDS text] [SUGGESTS text] [LIBRARY] [ALL]):
@@ -85,7 +89,7 @@ that loads it, its host: toolkit, core and utilities. These are small,
 complete ones for applications that have none of their own. An application
 that has builds the module against those, and does without this package.")
     tav_package(host_development libtav-host-dev SECTION libdevel
-        DEPENDS "libtav-host1 ${version}, qtbase5-dev (>= 5.15)"
+        DEPENDS "libtav-host1 ${version}, ${qt_development}"
         DESCRIPTION "Stand-ins for the libraries of a desktop host - development files
 Headers, CMake package and pkg-config file of the libraries in libtav-host1.")
     set(host_runtime ", libtav-host1 ${version}")
@@ -103,11 +107,11 @@ and converting drawings between DGN and DWG.
 .
 The address of the platform is a constant of the build.")
 tav_package(development libtav-cloud-platform-sdk-dev SECTION libdevel
-    DEPENDS "libtav-cloud-platform-sdk1 ${version}${host_development}, qtbase5-dev (>= 5.15)"
+    DEPENDS "libtav-cloud-platform-sdk1 ${version}${host_development}, ${qt_development}"
     SUGGESTS "libtav-cloud-platform-sdk-doc, tav-local-platform"
     DESCRIPTION "Cloud account and cloud space for desktop applications - development files
-Headers, CMake package and pkg-config file of the library in libtav-cloud-
-platform-sdk1.")
+Headers, CMake package and pkg-config file of the library in
+libtav-cloud-platform-sdk1.")
 tav_package(documentation libtav-cloud-platform-sdk-doc ALL SECTION doc
     SUGGESTS "libtav-cloud-platform-sdk-dev"
     DESCRIPTION "Cloud account and cloud space for desktop applications - documentation
