@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "features/Accounts.h"
 
+#include "base/Names.h"
 #include "store/Secrets.h"
 
 #include <nlohmann/json.hpp>
 
 namespace local_platform {
 
-Accounts::Accounts(Database& database, Tokens& tokens, Codes& codes, const Options& options)
+Accounts::Accounts(
+    Database& database, Tokens& tokens, Codes& codes, const Clock& clock, const Options& options)
     : database_(database)
     , tokens_(tokens)
     , codes_(codes)
     , options_(options)
+    , guessing_(clock)
 {
 }
 
@@ -51,13 +54,15 @@ void Accounts::addTo(Routes& routes)
         const std::string& phone = form.filledText("phone");
         const std::string& name = form.filledText("username");
         requireUsableName(name, phone);
-        return registerAccount({name, form.filledText("password"), phone, ""}, phone, form.text("smscode"));
+        return registerAccount(
+            {name, form.filledText("password"), phone, ""}, phone, form.text("smscode"), call.client());
     }));
     routes.add("POST", "/admin/api/user/mail/register", byClient([this](Call& call) {
         const Fields form = call.form();
         const std::string& mail = form.filledText("mail");
         requireUsableMail(mail);
-        return registerAccount({mail, form.filledText("password"), "", mail}, mail, form.text("mailCode"));
+        return registerAccount(
+            {mail, form.filledText("password"), "", mail}, mail, form.text("mailCode"), call.client());
     }));
     routes.add(
         "POST", "/admin/api/user/resetpw", byClient([this](Call& call) { return resetPassword(call); }));
@@ -74,10 +79,15 @@ Json Accounts::signIn(Call& call)
         if (user)
             hash = db.text("select password_hash from users where id = :id", {*user}).value_or("");
     }
+    const std::string account = user ? "user " + std::to_string(*user) : comparable(form.text("username"));
+    guessing_.requireMay(account, call.client());
     // Outside any work: the check takes its time.
     const std::string& password = form.text("password");
-    if (!(user && recent_.knows(*user, hash, password)) && !passwordMatches(hash, password))
+    if (!(user && recent_.knows(*user, hash, password)) && !passwordMatches(hash, password)) {
+        guessing_.wrong(account, call.client());
         throw Refusal("The user name or the password is wrong");
+    }
+    guessing_.right(account, call.client());
     recent_.remember(*user, hash, password);
     const std::string renewed = isHashedAsOfOld(hash) ? hashedPassword(password) : hash;
     auto db = database_.work();
@@ -100,7 +110,7 @@ Json Accounts::signInByCode(Call& call)
     const std::string address = account.substr(at + 1);
 
     auto db = database_.work();
-    codes_.redeem(db, address, Codes::Purpose::SignIn, query.text("code"));
+    codes_.redeem(db, address, Codes::Purpose::SignIn, query.text("code"), call.client());
     const auto user = db.number(std::string("select id from users where ") + (way == "SMS" ? "phone" : "mail")
             + " = :address and " + (way == "SMS" ? "phone" : "mail") + " <> ''",
         {address});
@@ -118,11 +128,12 @@ Json Accounts::refresh(Call& call)
     return tokens_.refresh(call.form().text("refresh_token"));
 }
 
-Json Accounts::registerAccount(const NewAccount& account, const std::string& address, const std::string& code)
+Json Accounts::registerAccount(
+    const NewAccount& account, const std::string& address, const std::string& code, const std::string& client)
 {
     const std::string hash = hashedPassword(account.password);
     auto db = database_.work();
-    codes_.redeem(db, address, Codes::Purpose::SignIn, code);
+    codes_.redeem(db, address, Codes::Purpose::SignIn, code, client);
     addUser(db, account, hash);
     db.commit();
     return success(true);
@@ -134,7 +145,7 @@ Json Accounts::resetPassword(Call& call)
     const std::string& address = form.filledText("phone");
     const std::string hash = hashedPassword(form.filledText("password"));
     auto db = database_.work();
-    codes_.redeem(db, address, Codes::Purpose::Reset, form.text("smscode"));
+    codes_.redeem(db, address, Codes::Purpose::Reset, form.text("smscode"), call.client());
     const auto user = findUser(db, address);
     if (!user)
         throw Refusal("No account has this phone number or e-mail address", 404);

@@ -18,7 +18,7 @@ namespace local_platform {
 class Accounts
 {
 public:
-    Accounts(Database& database, Tokens& tokens, Codes& codes, const Options& options);
+    Accounts(Database& database, Tokens& tokens, Codes& codes, const Clock& clock, const Options& options);
 
     void addTo(Routes& routes);
 
@@ -26,7 +26,8 @@ private:
     Json signIn(Call& call);
     Json signInByCode(Call& call);
     Json refresh(Call& call);
-    Json registerAccount(const NewAccount& account, const std::string& address, const std::string& code);
+    Json registerAccount(const NewAccount& account, const std::string& address, const std::string& code,
+        const std::string& client);
     Json resetPassword(Call& call);
 
     Database& database_;
@@ -34,6 +35,7 @@ private:
     Codes& codes_;
     const Options& options_;
     RecentPasswords recent_;
+    Guessing guessing_;
 };
 
 } // namespace local_platform

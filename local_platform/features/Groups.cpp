@@ -90,8 +90,9 @@ void requireGroup(Database::Work& db, long long user, long long group)
         throw unknown("group");
 }
 
-Groups::Groups(Database& database)
+Groups::Groups(Database& database, const Clock& clock)
     : database_(database)
+    , guessing_(clock)
 {
 }
 
@@ -181,11 +182,15 @@ Json Groups::inviteCode(Call& call)
 Json Groups::join(Call& call)
 {
     const Fields form = call.form();
+    const std::string account = "user " + std::to_string(call.user());
+    guessing_.requireMay(account, call.client());
     auto db = database_.work();
     const auto group =
         db.number("select id from user_groups where invite_code = :code", {form.text("inviteCode")});
-    if (!group)
+    if (!group) {
+        guessing_.wrong(account, call.client());
         throw Refusal("The invitation code is wrong", 404);
+    }
     if (db.number("select id from group_members where group_id = :group and user_id = :user",
             {*group, call.user()}))
         throw Refusal("You are in this group already", 409);

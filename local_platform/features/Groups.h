@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "features/Guessing.h"
 #include "http/Routes.h"
 #include "store/Database.h"
 
@@ -14,7 +15,7 @@ void requireGroup(Database::Work& db, long long user, long long group);
 class Groups
 {
 public:
-    explicit Groups(Database& database);
+    Groups(Database& database, const Clock& clock);
 
     void addTo(Routes& routes);
 
@@ -29,6 +30,7 @@ private:
     Json removeMembers(Call& call);
 
     Database& database_;
+    Guessing guessing_; ///< of invitation codes
 };
 
 } // namespace local_platform

@@ -64,6 +64,7 @@ Sharing::Sharing(Database& database, const FileStore& files, const Clock& clock)
     : database_(database)
     , files_(files)
     , clock_(clock)
+    , guessing_(clock)
 {
 }
 
@@ -174,11 +175,15 @@ Json Sharing::shareWithGroup(Call& call)
 
 Json Sharing::extract(Call& call)
 {
+    const std::string account = "user " + std::to_string(call.user());
+    guessing_.requireMay(account, call.client());
     auto db = database_.work();
     const auto share = db.number("select id from shares where extraction_code = :code and expires_at > :now",
         {call.query().text("extractionCode"), clock_.now()});
-    if (!share)
+    if (!share) {
+        guessing_.wrong(account, call.client());
         throw Refusal("The extraction code is wrong or has expired", 404);
+    }
     db.run("insert into share_users (share_id, user_id) values (:share, :user) on conflict do nothing",
         {*share, call.user()});
     db.commit();

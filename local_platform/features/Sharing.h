@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "features/Guessing.h"
 #include "http/Routes.h"
 #include "store/Database.h"
 #include "store/FileStore.h"
@@ -35,6 +36,7 @@ private:
     Database& database_;
     const FileStore& files_;
     const Clock& clock_;
+    Guessing guessing_; ///< of extraction codes
 };
 
 } // namespace local_platform

@@ -4,6 +4,8 @@
 #include "base/Text.h"
 #include "http/Envelope.h"
 
+#include <algorithm>
+#include <arpa/inet.h>
 #include <httplib.h>
 #include <utility>
 
@@ -53,6 +55,16 @@ const std::string& Call::path() const
 std::string Call::header(const std::string& name) const
 {
     return request_.get_header_value(name);
+}
+
+std::string Call::client() const
+{
+    in6_addr six = {};
+    if (::inet_pton(AF_INET6, request_.remote_addr.c_str(), &six) != 1 || IN6_IS_ADDR_V4MAPPED(&six))
+        return request_.remote_addr;
+    std::fill(six.s6_addr + 8, six.s6_addr + 16, std::uint8_t{0});
+    char text[INET6_ADDRSTRLEN];
+    return ::inet_ntop(AF_INET6, &six, text, sizeof text) ? text : request_.remote_addr;
 }
 
 std::string Call::bearer() const

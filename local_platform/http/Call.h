@@ -33,6 +33,8 @@ public:
     const std::string& method() const;
     const std::string& path() const;
     std::string header(const std::string& name) const;
+    /// The network that it comes from: an IPv4 address, or of an IPv6 address the half that one customer has.
+    std::string client() const;
     /// The token of "Authorization: Bearer ..."; empty when there is none.
     std::string bearer() const;
     const Fields& query() const { return query_; }

@@ -115,6 +115,19 @@ create index adaptation_types_source on adaptation_types (source_client);
 create index user_groups_owner on user_groups (owner_id);
 )";
 
+// Whoever asks for a code, or tries one, from elsewhere must not use up somebody's own.
+const char* const codesByClient = R"(
+alter table codes rename to codes_of_old;
+create table codes (
+    address text not null, purpose text not null, client text not null, code text not null,
+    expires_at bigint not null, tries_left bigint not null, strangers_tries_left bigint not null,
+    window_start bigint not null, sent_in_window bigint not null, primary key (address, purpose, client));
+create index codes_window on codes (window_start);
+insert into codes select address, purpose, '', code, expires_at, tries_left, tries_left, window_start, sent_in_window
+    from codes_of_old;
+drop table codes_of_old;
+)";
+
 void runScript(soci::session& sql, std::string script)
 {
     const std::string placeholder = " KEY,";
@@ -342,6 +355,7 @@ void bringUpToDate(const fs::path& file, const std::string& id)
             runScript(to, namesAndIndexes);
             fillNameKeys(to);
         },
+        [](soci::session& to) { runScript(to, codesByClient); },
     };
     for (int version = found; version < latestSchema; ++version) {
         soci::transaction transaction(sql);

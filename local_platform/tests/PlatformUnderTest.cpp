@@ -37,6 +37,8 @@ Answer Client::send(
 {
     httplib::Client http("127.0.0.1", m_port);
     http.set_url_encode(false);
+    if (!m_address.empty())
+        http.set_interface(m_address);
     http.set_read_timeout(30);
     httplib::Request request;
     request.method = method;

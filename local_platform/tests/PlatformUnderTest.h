@@ -54,6 +54,13 @@ public:
         const QByteArray& content) const;
 
     QByteArray authorization() const { return m_authorization; }
+    /// The same at another address of this machine, such as 127.0.0.2.
+    Client from(const std::string& address) const
+    {
+        Client other = *this;
+        other.m_address = address;
+        return other;
+    }
 
 private:
     Answer send(const char* method, const QByteArray& path, const QByteArray& body = {},
@@ -61,6 +68,7 @@ private:
 
     int m_port;
     QByteArray m_authorization;
+    std::string m_address;
 };
 
 /// A running server with a data directory that outlives restarts. Demo accounts are always there.

@@ -179,6 +179,59 @@ private slots:
             QByteArray("Too many codes were asked for; try again later"));
     }
 
+    void guessesEndForWhoGuesses()
+    {
+        const PlatformUnderTest platform;
+        const Client here = platform.asClient();
+        const Client elsewhere = here.from("127.0.0.2");
+        const QByteArray tooMany = "Too many wrong attempts; try again later";
+        const auto signIn = [](const Client& client, const QByteArray& user, const QByteArray& password) {
+            return client
+                .post("/auth/oauth/token?grant_type=password", "username=" + user + "&password=" + password)
+                .msg();
+        };
+        const QByteArray bobs = PlatformUnderTest::wirePassword("bob");
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(signIn(elsewhere, i % 2 == 0 ? "bob" : "BOB", "eA%3D%3D"),
+                QByteArray("The user name or the password is wrong"));
+        QCOMPARE(signIn(elsewhere, "bob", bobs), tooMany);
+        QCOMPARE(signIn(elsewhere, "alice", PlatformUnderTest::wirePassword("alice")), QByteArray("success"));
+        QCOMPARE(signIn(here, "bob", bobs), QByteArray("success"));
+
+        const Client carol = platform.signedIn("carol");
+        const QByteArray extract = "cloudProjectShare/extractByCode?sourceClient=S&extractionCode=";
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(carol.get(extract + QByteArray::number(i)).status, 404);
+        QCOMPARE(carol.get(extract + "x").msg(), tooMany);
+        QCOMPARE(platform.signedIn("alice").get(extract + "x").status, 404);
+    }
+
+    void nobodyUsesUpAnothersCodes()
+    {
+        const PlatformUnderTest platform;
+        const Client here = platform.asClient();
+        const Client elsewhere = here.from("127.0.0.2");
+        const QByteArray send = "/admin/mobile/13800000001";
+        const auto signIn = [](const Client& client, const QByteArray& code) {
+            return client.post(
+                "/auth/mobile/token/sms?mobile=SMS@13800000001&grant_type=mobile&code=" + code);
+        };
+        QVERIFY(here.get(send).ok());
+        const QByteArray code = platform.sentCode("13800000001");
+        for (int i = 0; i < 9; ++i)
+            QVERIFY(!signIn(elsewhere, "x").ok());
+        QVERIFY2(!signIn(elsewhere, code).ok(), "the tries of strangers are over");
+        for (int i = 0; i < 20; ++i)
+            QVERIFY(elsewhere.get(send).ok());
+        QCOMPARE(elsewhere.get(send).status, 429);
+        QVERIFY(signIn(here, code).ok());
+        QVERIFY(here.get(send).ok());
+        int sent = 0;
+        while (sent < 200 && elsewhere.get("/admin/mobile/139" + QByteArray::number(10000 + sent)).ok())
+            ++sent;
+        QCOMPARE(sent, 80); // a hundred an hour
+    }
+
     void codeEnds()
     {
         PlatformUnderTest platform({"--code-lifetime", "600"});
