@@ -138,7 +138,8 @@ CloudAccountLogin::CloudAccountLogin(const CloudAccountLogin& other)
 
 CloudAccountLogin& CloudAccountLogin::operator=(const CloudAccountLogin& other)
 {
-    *d = *other.d;
+    if (this != &other)
+        *d = *other.d;
     return *this;
 }
 

@@ -40,7 +40,8 @@ CloudFileManger::CloudFileManger(const CloudFileManger& other)
 
 CloudFileManger& CloudFileManger::operator=(const CloudFileManger& other)
 {
-    *d = *other.d; // in place: the module's dialogs work on these members too
+    if (this != &other)
+        *d = *other.d; // in place: the module's dialogs work on these members too
     return *this;
 }
 
