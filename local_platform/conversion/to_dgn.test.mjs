@@ -5,7 +5,9 @@ import assert from 'node:assert/strict';
 import { describe, test } from 'node:test';
 import { arcEnds } from './geometry.mjs';
 import { Refusal } from './outcome.mjs';
-import { assertClose } from './testing/compare.mjs';
+import { crc16 } from './dwg/checksums.mjs';
+import { readObjectMap } from './dwg/objects.mjs';
+import { assertClose, randomNumbers } from './testing/compare.mjs';
 import { acad, at, block, convert, dwgOf, segment } from './testing/drawings.mjs';
 import { dwgToDgn } from './dwg_to_dgn.mjs';
 
@@ -126,6 +128,33 @@ describe('precision', () => {
 });
 
 describe('damage', () => {
+  test('objects that say nonsense with a right checksum are a drawing or a reason', () => {
+    const whole = dwgOf((document, add) => {
+      add(new acad.LwPolyline([new XY(0, 0), new XY(4, 0)]));
+      add(at(new acad.MText('{\\H2x;a\\S1/2;}'), { height: 3 }));
+      add(at(new acad.Spline(), { degree: 1, knots: [0, 0, 1, 1], controlPoints: [new XYZ(0, 0, 0), new XYZ(8, 8, 0)] }));
+      add(new acad.Insert(block(document, 'b', segment(0, 0, 1, 0))));
+      Array.from({ length: 20 }, (_, i) => add(segment(i, 0, i, 5)));
+    }, 'AC1015');
+    const map = whole.readUInt32LE(0x19 + 9 * 2 + 1);
+    const places = [...readObjectMap(whole.subarray(map)).values()];
+    const random = randomNumbers(7);
+    for (let round = 0; round < 150; round++) {
+      const bytes = Buffer.from(whole);
+      for (let i = 0; i < 6; i++) {
+        const place = places[random(places.length)];
+        const end = place + 2 + bytes.readUInt16LE(place);
+        bytes[place + 2 + random(end - place - 2)] = random(256);
+        bytes.writeUInt16LE(crc16(bytes, place, end), end);
+      }
+      try {
+        dwgToDgn(bytes);
+      } catch (error) {
+        assert.ok(error instanceof Refusal, error.stack);
+      }
+    }
+  });
+
   const fill = (document, add) => Array.from({ length: 40 }, (_, i) => add(segment(i, 0, i, 5)));
   for (const version of ['AC1014', 'AC1015', 'AC1018', 'AC1032']) {
     test(`a bit that has changed in ${version} is seen`, () => {

@@ -7,7 +7,7 @@ import { Refusal, Tally } from '../outcome.mjs';
 import { isCurve, ofPieces, openKnots, openPeriodic } from '../spline.mjs';
 import {
   ANGLE_UNIT, AT, COLOR_TABLE_LEVEL, COMPLEX, COMPLEX_HEAD, DEFAULT_COLORS, END_MARK, FILL_LINKAGE, HAS_ATTRIBUTES,
-  HEADER, IS_3D, IS_CLOSED, IS_HOLE, IS_RATIONAL, MATRIX_UNIT, MAX_INT, NOTE, NOTES, NOTE_LINKAGE, SETTINGS_SIZE,
+  HEADER, IS_3D, IS_CLOSED, IS_HOLE, IS_RATIONAL, LEFT_BOTTOM, MATRIX_UNIT, MAX_INT, NOTE, NOTES, NOTE_LINKAGE, SETTINGS_SIZE,
   SPLINE_HEAD, TEXT_UNIT, TYPE, VIEWS,
 } from './format.mjs';
 import { decodeName } from './names.mjs';
@@ -318,6 +318,7 @@ class DrawingReader {
       this.leftOut.add('DIMENSION');
       return i + 1;
     }
+    if (type === TYPE.tag) return this.#tag(i, raw, bytes, into);
     if (!(kind in READ)) return i + 1;
     const element = this.#guard(raw, () => ({ kind, ...this.#symbology(raw, bytes),
       ...READ[kind](new ElementReader(bytes, this.settings, this.codec)) }));
@@ -385,6 +386,19 @@ class DrawingReader {
     return result;
   }
 
+  /** A tag stands where its range is, and is as high. */
+  #tag(i, raw, bytes, into) {
+    const reader = new ElementReader(bytes, this.settings, this.codec);
+    const { low, high } = reader.range();
+    const text = this.#guard(raw, () => tagValue(bytes, this.codec));
+    const [reach, height] = [high[0] - low[0], high[1] - low[1]];
+    if (!text.trim() || !(reach > 0 && height > 0)) return i + 1;
+    this.drawn.add('tags as texts');
+    into.push({ kind: 'text', ...this.#symbology(raw, bytes), origin: [low[0], low[1], low[2]], xAxis: [1, 0, 0], yAxis: [0, 1, 0],
+      height, width: reach / text.length, text, justification: LEFT_BOTTOM });
+    return i + 1;
+  }
+
   #definition(i, raw, bytes, depth) {
     const end = this.#end(i, raw, this.#wordsOf(raw, bytes), 0);
     const members = [];
@@ -402,6 +416,21 @@ class DrawingReader {
     if (placed) into.push({ kind: 'instance', name, ...this.#symbology(raw, bytes), ...placed });
     else this.leftOut.add('SHARED CELL');
     return this.#end(i, raw, 0, 0);
+  }
+}
+
+const TAG = { type: 74, size: 150, value: 154, text: 1, integer: 3, real: 4 };
+
+function tagValue(bytes, codec) {
+  switch (bytes.readUInt16LE(TAG.type)) {
+    case TAG.text: {
+      const value = bytes.subarray(TAG.value, TAG.value + bytes.readUInt16LE(TAG.size));
+      const end = value.indexOf(0);
+      return codec.decode(end < 0 ? value : value.subarray(0, end));
+    }
+    case TAG.integer: return `${bytes.readInt32LE(TAG.value)}`;
+    case TAG.real: return `${Number(readDouble(bytes, TAG.value).toPrecision(10))}`;
+    default: return '';
   }
 }
 

@@ -10,7 +10,7 @@ import { Damage } from './damage.mjs';
 import { ENTITY_TYPES, readEntity } from './entities.mjs';
 import { readHeader } from './header.mjs';
 import { ObjectReader, readClasses, readObjectMap } from './objects.mjs';
-import { sectionBody } from './sections.mjs';
+import { isSectionWhole, sectionBody } from './sections.mjs';
 import { TABLES, tableOf } from './tables.mjs';
 
 const FIRST_CLASS = 500;
@@ -37,8 +37,9 @@ class DwgDocument {
     this.codePage = year >= 2007 ? 'utf-16' : codePage ?? ownPage ?? 'windows-1252';
     const decode = decoderOf(year >= 2007 ? null : this.codePage);
     for (const name of TABLES) this[name] = new Map();
-    const wideLength = year >= 2018 || (year >= 2010 && maintenance > 3);
-    const body = (name) => this.#section(sections[name], name, wideLength ? 8 : 4, decode);
+    // The length of these sections grew from four bytes to eight within R2010.
+    const lengths = year >= 2018 || (year >= 2010 && maintenance > 3) ? [8, 4] : [4, 8];
+    const body = (name) => this.#section(sections[name], name, year < 2010 ? [4] : lengths, decode);
     this.settings = readHeader(body('header'));
     const classes = body('classes');
     this.#classes = readClasses(classes, year, classes.strings ? classes.strings.at : classes.end);
@@ -48,9 +49,9 @@ class DwgDocument {
   }
 
   /** A section's body as a reader; only since R2007 its texts and handles stand apart, as in an object. */
-  #section(section, name, lengthBytes, decode) {
+  #section(section, name, lengths, decode) {
     if (!section) throw new Damage(`the file has no section of ${name}`);
-    const bytes = sectionBody(section, name, lengthBytes);
+    const bytes = sectionBody(section, name, lengths.find((length) => isSectionWhole(section, length)) ?? lengths[0]);
     const reader = new ObjectReader(bytes, this.year, decode);
     if (this.year >= 2007) reader.parts(reader.u32());
     else reader.handles = reader;

@@ -514,6 +514,23 @@ function image(r) {
   return { insert, u, v, size, isClipped, clip, definition: r.ref() };
 }
 
+/** A mesh of faces, of which each lists its corners. */
+function faces(r) {
+  r.bs();
+  r.bit();
+  r.bl();
+  const points = r.list(6, () => r.bd3());
+  const numbers = r.list(2, () => r.bl());
+  const result = [];
+  for (let at = 0; at < numbers.length;) {
+    const count = numbers[at];
+    if (!(count > 0)) break;
+    result.push(numbers.slice(at + 1, at + 1 + count).map((i) => points[i]).filter(Boolean));
+    at += count + 1;
+  }
+  return { faces: result };
+}
+
 function viewport(r) {
   const [center, width, height] = [r.bd3(), r.bd(), r.bd()];
   return { center, width, height };
@@ -578,6 +595,7 @@ const READ = {
   IMAGE: image,
   WIPEOUT: image,
   MULTILEADER: multiLeader,
+  MESH: faces,
   ...Object.fromEntries(Object.entries(DIMENSIONS).map(([name, shape]) => [name, (r, e) => dimension(r, e, shape)])),
 };
 

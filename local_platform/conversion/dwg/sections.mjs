@@ -11,6 +11,11 @@ const HEAD_MASKS = { 3: 0xa598, 4: 0x8101, 5: 0x3cc4, 6: 0x8461 };
 
 const SENTINEL = 16;
 
+export function isSectionWhole(section, lengthBytes) {
+  const end = section.length < SENTINEL + lengthBytes + 2 ? Infinity : SENTINEL + lengthBytes + section.readUInt32LE(SENTINEL);
+  return end + 2 <= section.length && crc16(section, SENTINEL, end) === section.readUInt16LE(end);
+}
+
 /** Between two marks of 16 bytes: a length, the data, and a checksum of both. */
 export function sectionBody(section, name, lengthBytes = 4) {
   const from = SENTINEL;

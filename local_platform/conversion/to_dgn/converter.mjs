@@ -12,7 +12,7 @@ import { ellipse, heavyPolyline, lightPolyline, round, spline, straight } from '
 import { dimension } from './dimensions.mjs';
 import { hatch } from './hatches.mjs';
 import { leader, multiLeader } from './leaders.mjs';
-import { multiline, polyface, polymesh } from './meshes.mjs';
+import { faceOf, multiline, polyface, polymesh } from './meshes.mjs';
 import { text } from './texts.mjs';
 
 const MAX_ELEMENTS = 4_000_000;
@@ -55,6 +55,7 @@ const CONVERT = {
   POLYLINE_2D: (e, c) => heavyPolyline(e, [...c.document.parts(e)], c.note),
   POLYLINE_3D: (e, c) => heavyPolyline(e, [...c.document.parts(e)], c.note),
   POLYFACE: (e, c) => polyface([...c.document.parts(e)]),
+  MESH: (e) => e.faces.flatMap(faceOf),
   POLYMESH: (e, c) => polymesh(e, [...c.document.parts(e)]),
   SPLINE: spline,
   HELIX: spline,

@@ -3,13 +3,13 @@
 
 import { combine } from '../geometry.mjs';
 
-const shape = (points) => (points.length > 2 ? [{ kind: 'shape', points, filled: false }] : []);
+export const faceOf = (points) => (points.length > 2 ? [{ kind: 'shape', points, filled: false }] : []);
 
 export function polyface(parts) {
   const points = parts.filter((part) => part.kind === 'VERTEX_PFACE').map((part) => part.point);
   return parts.filter((part) => part.indices).flatMap(({ indices }) =>
     // An index below zero is that of a corner from which no visible edge goes out.
-    shape(indices.filter((i) => i !== 0).map((i) => points[Math.abs(i) - 1]).filter(Boolean)));
+    faceOf(indices.filter((i) => i !== 0).map((i) => points[Math.abs(i) - 1]).filter(Boolean)));
 }
 
 const CLOSED_M = 1;
@@ -25,7 +25,7 @@ export function polymesh(entity, parts) {
   const result = [];
   for (let i = 0; i < m - (entity.flags & CLOSED_M ? 0 : 1); i++) {
     for (let j = 0; j < n - (entity.flags & CLOSED_N ? 0 : 1); j++) {
-      result.push(...shape([at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1)]));
+      result.push(...faceOf([at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1)]));
     }
   }
   return result;
