@@ -5,7 +5,7 @@
 import { readDgn } from './dgn/reader.mjs';
 import { TextCodec } from './dgn/text.mjs';
 import { readDwg } from './dwg/document.mjs';
-import { differences, measure } from './measure.mjs';
+import { Measure, differences } from './measure.mjs';
 import { DWG_COLOR_NUMBERS } from './symbology.mjs';
 import { Converter as ToDgn } from './to_dgn/converter.mjs';
 
@@ -29,22 +29,22 @@ function verdict(expected, actual, resolution, readBackBy) {
 
 /** `elements` are what was to be written, each with its layer. */
 export function certifyDgn(bytes, { elements, codePage, resolution }) {
-  const back = readDgn(bytes);
-  const nameOf = ({ level, layerNote }) => back.notes.sharing[layerNote] ?? back.notes.layers[level];
   const colorOf = (element, isFill) => (isFill ? element.fillColor : undefined) ?? element.color;
-  const expected = asWritten(measure(elements, { layerOf: (e) => e.layer.name, colorOf, resolution }), codePage);
-  return verdict(expected, measure(back.elements, { layerOf: nameOf, colorOf, resolution }), resolution, 'the DGN reader');
+  const expected = asWritten(new Measure({ layerOf: (e) => e.layer.name, colorOf, resolution }).of(elements), codePage);
+  // The names of layers stand in the notes, which are read before any element.
+  const actual = new Measure({ layerOf: (e) => actual.notes.sharing[e.layerNote] ?? actual.notes.layers[e.level], colorOf, resolution });
+  readDgn(bytes, codePage, actual);
+  return verdict(expected, actual, resolution, 'the DGN reader');
 }
 
 /** `drawing` is what was read from the DGN, `converter` what made entities of it. */
 export function certifyDwg(bytes, { drawing, converter, codePage }) {
-  const back = new ToDgn(readDwg(bytes));
-  back.model();
-  const colorOf = (element, isFill) => converter.colors[(isFill ? element.fillColor : undefined) ?? element.color];
   const resolution = 1 / drawing.uorPerMaster;
-  const expected = asWritten(measure(drawing.elements, { layerOf: (e) => converter.layerOf(e), colorOf, resolution,
-    contentOf: (instance) => converter.contentOf(instance) }), codePage);
-  const actual = measure(back.elements, { layerOf: (e) => e.layer.name, resolution,
+  const actual = new Measure({ layerOf: (e) => e.layer.name, resolution,
     colorOf: (element, isFill) => DWG_COLOR_NUMBERS[(isFill ? element.fillColor : undefined) ?? element.color] });
+  new ToDgn(readDwg(bytes), actual).model();
+  const colorOf = (element, isFill) => converter.colors[(isFill ? element.fillColor : undefined) ?? element.color];
+  const expected = asWritten(new Measure({ layerOf: (e) => converter.layerOf(e), colorOf, resolution,
+    contentOf: (instance) => converter.contentOf(instance) }).of(drawing.elements), codePage);
   return verdict(expected, actual, resolution, 'the DWG reader');
 }

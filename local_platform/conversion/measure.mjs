@@ -85,25 +85,37 @@ class Sum {
   }
 }
 
-/** `layerOf` and `colorOf` say of an element what they are called in both readings; `contentOf` gives the elements of an
-    instance of a definition; `resolution` is the step between coordinates. */
-export function measure(elements, { layerOf, colorOf, contentOf, resolution }) {
-  const sum = new Sum(resolution);
-  const visit = (element, outer) => {
-    const [layer, color] = outer ?? [layerOf(element), colorOf(element)];
-    if (element.kind === 'cell') return element.members.forEach((member) => visit(member));
-    if (element.kind === 'instance') return contentOf(element).forEach((member) => visit(member));
+/** What elements amount to that are pushed into it. `layerOf` and `colorOf` say of an element what they are called in both
+    readings; `contentOf` gives the elements of an instance of a definition; `resolution` is the step between coordinates. */
+export class Measure extends Sum {
+  constructor(names) {
+    super(names.resolution);
+    this.names = names;
+  }
+
+  /** What a DGN notes of itself, before any element comes. */
+  begin(notes) { this.notes = notes; }
+
+  push(element) { this.#visit(element); }
+
+  of(elements) {
+    elements.forEach((element) => this.push(element));
+    return this;
+  }
+
+  #visit(element, outer) {
+    if (element.kind === 'cell') return element.members.forEach((member) => this.#visit(member));
+    if (element.kind === 'instance') return this.names.contentOf(element).forEach((member) => this.#visit(member));
+    const [layer, color] = outer ?? [this.names.layerOf(element), this.names.colorOf(element)];
     if (element.filled || element.isHole) {
-      sum.reach(outline(element));
-      if (element.filled) sum.count('fills', layer, colorOf(element, true), 0);
+      this.reach(outline(element));
+      if (element.filled) this.count('fills', layer, this.names.colorOf(element, true), 0);
       if (!element.filled || element.fillColor === undefined || element.fillColor === element.color) return undefined;
-      return visit({ ...element, filled: false }, [layer, color]);
+      return this.#visit({ ...element, filled: false }, [layer, color]);
     }
-    if (element.kind === 'chain') return element.members.forEach((member) => visit(member, [layer, color]));
-    return sum.add(element, layer, color);
-  };
-  elements.forEach((element) => visit(element));
-  return sum;
+    if (element.kind === 'chain') return element.members.forEach((member) => this.#visit(member, [layer, color]));
+    return this.add(element, layer, color);
+  }
 }
 
 /** Lengths agree to this share of the whole; curves that were drawn as strokes only to their tolerance. */

@@ -252,20 +252,21 @@ function curve(points) {
 }
 
 class DrawingReader {
-  elements = [];
   definitions = new Map();
   leftOut = new Tally();
   drawn = new Tally();
   colors = DEFAULT_COLORS;
   notes = null;
 
-  constructor(buffer, codePage) {
+  constructor(buffer, codePage, elements) {
     this.buffer = buffer;
+    this.elements = elements;
     this.settings = readSettings(buffer);
     this.raws = rawElements(buffer);
     this.#readNotes();
     this.codePage = codePage ?? this.notes?.codePage ?? guessCodePage(this.#textBytes());
     this.codec = new TextCodec(this.codePage);
+    elements.begin?.(this.notes);
     for (let i = 0; i < this.raws.length;) i = this.#read(i, this.elements, 0);
   }
 
@@ -322,14 +323,19 @@ class DrawingReader {
     if (!(kind in READ)) return i + 1;
     const element = this.#guard(raw, () => ({ kind, ...this.#symbology(raw, bytes),
       ...READ[kind](new ElementReader(bytes, this.settings, this.codec)) }));
-    into.push(element);
-    if (!element.members || depth >= MAX_DEPTH) return i + 1;
+    if (!element.members || depth >= MAX_DEPTH) {
+      into.push(element);
+      return i + 1;
+    }
     const end = this.#end(i, raw, this.#wordsOf(raw, bytes), element.kind === 'chain' ? this.#guard(raw, () => bytes.readUInt16LE(38)) : 0);
+    const strangers = [];
     for (let next = i + 1; next < end;) {
       const members = [];
       next = this.#read(next, members, depth + 1);
-      for (const member of members) (element.kind === 'cell' || LINKS.has(member.kind) ? element.members : into).push(member);
+      for (const member of members) (element.kind === 'cell' || LINKS.has(member.kind) ? element.members : strangers).push(member);
     }
+    into.push(element);
+    for (const stranger of strangers) into.push(stranger);
     return end;
   }
 
@@ -457,9 +463,10 @@ function splineOf({ degree, isClosed, isWeighted, poles, knots, weights }) {
   return isCurve(curve) ? curve : null;
 }
 
-/** Throws Refusal. { is3d, uorPerMaster, unitName, origin, hiddenLevels, colors, elements, definitions, codePage, notes,
+/** Throws Refusal. Elements go into `into`, by its push(), once all that is inside of them is read; its
+    begin(), if it has one, gets the notes before. { is3d, uorPerMaster, unitName, origin, hiddenLevels, colors, elements, definitions, codePage, notes,
     leftOut, drawn }. */
-export function readDgn(buffer, codePage) {
-  const { settings, elements, definitions, colors, codePage: page, notes, leftOut, drawn } = new DrawingReader(buffer, codePage);
+export function readDgn(buffer, codePage, into = []) {
+  const { settings, elements, definitions, colors, codePage: page, notes, leftOut, drawn } = new DrawingReader(buffer, codePage, into);
   return { ...settings, elements, definitions, colors, codePage: page, notes, leftOut, drawn };
 }

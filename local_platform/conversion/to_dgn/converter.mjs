@@ -109,7 +109,6 @@ function isFinite(element) {
 }
 
 export class Converter {
-  elements = [];
   /** What came, what was left out, and what was drawn from something else, each counted by kind. */
   source = new Tally();
   leftOut = new Tally();
@@ -123,8 +122,10 @@ export class Converter {
   #contents = new Map();
   note = (what) => this.drawn.add(what);
 
-  constructor(document) {
+  /** Elements of the model go into `elements`, by its push(). */
+  constructor(document, elements = []) {
     this.document = document;
+    this.elements = elements;
   }
 
   dimensionStyle(handle) {
