@@ -37,14 +37,18 @@ export function certifyDgn(bytes, { elements, codePage, resolution }) {
   return verdict(expected, actual, resolution, 'the DGN reader');
 }
 
-/** `drawing` is what was read from the DGN, `converter` what made entities of it. */
-export function certifyDwg(bytes, { drawing, converter, codePage }) {
-  const resolution = 1 / drawing.uorPerMaster;
+/** What the elements of a DGN amount to, in the names that `converter` gives them: they are pushed into it. */
+export const measureForDwg = (drawing, converter) => new Measure({
+  layerOf: (element) => converter.layerOf(element), contentOf: (instance) => converter.contentOf(instance),
+  colorOf: (element, isFill) => converter.colors[(isFill ? element.fillColor : undefined) ?? element.color],
+  resolution: 1 / drawing.uorPerMaster,
+});
+
+/** `expected` is what measureForDwg() makes of the source. */
+export function certifyDwg(bytes, { expected, codePage }) {
+  const { resolution } = expected;
   const actual = new Measure({ layerOf: (e) => e.layer.name, resolution,
     colorOf: (element, isFill) => DWG_COLOR_NUMBERS[(isFill ? element.fillColor : undefined) ?? element.color] });
   new ToDgn(readDwg(bytes), actual).model();
-  const colorOf = (element, isFill) => converter.colors[(isFill ? element.fillColor : undefined) ?? element.color];
-  const expected = asWritten(new Measure({ layerOf: (e) => converter.layerOf(e), colorOf, resolution,
-    contentOf: (instance) => converter.contentOf(instance) }).of(drawing.elements), codePage);
-  return verdict(expected, actual, resolution, 'the DWG reader');
+  return verdict(asWritten(expected, codePage), actual, resolution, 'the DWG reader');
 }

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-import { certifyDwg } from './certificate.mjs';
-import { extentOf } from './dgn/extent.mjs';
+import { certifyDwg, measureForDwg } from './certificate.mjs';
 import { readDgn } from './dgn/reader.mjs';
-import { writeDwg } from './dwg/writer.mjs';
+import { DwgWriter } from './dwg/writer.mjs';
 import { Refusal } from './outcome.mjs';
 import { LINE_STYLES, unitsOfName } from './symbology.mjs';
 import { Converter } from './to_dwg/converter.mjs';
@@ -11,20 +10,35 @@ import { Converter } from './to_dwg/converter.mjs';
 /** Line types are sized for a sheet of about this many millimetres. */
 const SHEET = 400;
 
+/** Takes elements as they are read and has them measured, converted and written, so that none is kept. */
+class Conversion {
+  begin(drawing) {
+    const { notes, foreignTexts } = drawing;
+    const names = [...Object.values(notes?.layers ?? {}), ...(notes?.sharing ?? []), ...(notes?.blocks ?? [])];
+    this.writer = new DwgWriter(LINE_STYLES, [...foreignTexts(), ...names]);
+    this.converter = new Converter(drawing, this.writer);
+    this.measure = measureForDwg(drawing, this.converter);
+  }
+
+  push(element) {
+    this.measure.push(element);
+    this.converter.push(element);
+  }
+}
+
 /** Throws Refusal. { bytes, leftOut, ... } as report.mjs describes it. */
 export function dgnToDwg(bytes, { codePage } = {}) {
-  const drawing = readDgn(bytes, codePage);
-  const converter = new Converter(drawing);
-  const { entities, blocks, layers, source, leftOut, drawn } = converter;
-  if (entities.length === 0) throw new Refusal('the DGN file holds nothing that can be converted', 'empty');
-  const { low, high } = extentOf(drawing.elements);
-  const written = writeDwg({
-    units: unitsOfName(drawing.unitName), low, high, lineTypes: LINE_STYLES,
+  const conversion = new Conversion();
+  const drawing = readDgn(bytes, codePage, conversion);
+  const { writer, converter, measure } = conversion;
+  if (writer.count === 0) throw new Refusal('the DGN file holds nothing that can be converted', 'empty');
+  const [low, high] = [measure.low, measure.high].map((p) => p.map((v) => (Number.isFinite(v) ? v : 0)));
+  const result = writer.finish({ units: unitsOfName(drawing.unitName), low, high,
     lineTypeScale: Math.max(high[0] - low[0], high[1] - low[1], 1e-6) / SHEET,
-    layers: [...layers.values()], blocks, entities,
-  });
-  return { bytes: written.bytes, leftOut, drawn, source, references: [],
-    check: certifyDwg(written.bytes, { drawing, converter, codePage: written.codePage }),
+    isOn: (name) => converter.layers.get(name)?.isOn ?? true });
+  const { source, leftOut, drawn, layers } = converter;
+  return { bytes: result, leftOut, drawn, source, references: [],
+    check: certifyDwg(result, { expected: measure, codePage: writer.codePage }),
     layers: Object.fromEntries([...layers.keys()].map((name) => [name, name])), from: 'DGN V7', damaged: [],
-    codePage: written.codePage, sourceCodePage: drawing.codePage, sharedLevels: 0, resolution: 0 };
+    codePage: writer.codePage, sourceCodePage: drawing.codePage, sharedLevels: 0, resolution: 0 };
 }

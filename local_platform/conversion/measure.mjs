@@ -94,7 +94,7 @@ export class Measure extends Sum {
   }
 
   /** What a DGN notes of itself, before any element comes. */
-  begin(notes) { this.notes = notes; }
+  begin({ notes }) { this.notes = notes; }
 
   push(element) { this.#visit(element); }
 

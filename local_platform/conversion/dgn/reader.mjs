@@ -266,7 +266,8 @@ class DrawingReader {
     this.#readNotes();
     this.codePage = codePage ?? this.notes?.codePage ?? guessCodePage(this.#textBytes());
     this.codec = new TextCodec(this.codePage);
-    elements.begin?.(this.notes);
+    this.#readColors();
+    elements.begin?.(this.drawing());
     for (let i = 0; i < this.raws.length;) i = this.#read(i, this.elements, 0);
   }
 
@@ -290,6 +291,24 @@ class DrawingReader {
     }
   }
 
+  #readColors() {
+    for (const raw of this.raws) {
+      const isTable = raw.type === TYPE.group && raw.level === COLOR_TABLE_LEVEL && !raw.deleted;
+      if (isTable && raw.end - raw.at >= 806) this.colors = readColorTable(this.#bytes(raw));
+    }
+  }
+
+  /** All texts that are not plain ASCII. */
+  * #foreignTexts() {
+    for (const bytes of this.#textBytes()) if (bytes.some((byte) => byte > 0x7e || byte === 0x5c)) yield this.codec.decode(bytes);
+  }
+
+  /** All but the elements, which come later. */
+  drawing() {
+    const { settings, definitions, colors, codePage, notes, leftOut, drawn } = this;
+    return { ...settings, definitions, colors, codePage, notes, leftOut, drawn, foreignTexts: () => this.#foreignTexts() };
+  }
+
   #guard(raw, read) {
     try {
       return read();
@@ -302,11 +321,10 @@ class DrawingReader {
   /** Reads the element at `i` and its members into `into`; returns the index of the next. */
   #read(i, into, depth) {
     const raw = this.raws[i];
-    const { type, level } = raw;
+    const { type } = raw;
     const bytes = this.#bytes(raw);
     const kind = KIND_OF.get(type);
     if (raw.deleted) return this.#end(i, raw, this.#wordsOf(raw, bytes), 0);
-    if (type === TYPE.group && level === COLOR_TABLE_LEVEL && bytes.length >= 806) this.colors = readColorTable(bytes);
     if (LEFT_OUT.has(type)) this.leftOut.add(LEFT_OUT.get(type));
     if (type === TYPE.definition) return this.#definition(i, raw, bytes, depth);
     if (type === TYPE.instance) return this.#instance(i, raw, bytes, into);
@@ -463,10 +481,9 @@ function splineOf({ degree, isClosed, isWeighted, poles, knots, weights }) {
   return isCurve(curve) ? curve : null;
 }
 
-/** Throws Refusal. Elements go into `into`, by its push(), once all that is inside of them is read; its
-    begin(), if it has one, gets the notes before. { is3d, uorPerMaster, unitName, origin, hiddenLevels, colors, elements, definitions, codePage, notes,
-    leftOut, drawn }. */
+/** Throws Refusal. { is3d, uorPerMaster, unitName, origin, hiddenLevels, colors, elements, definitions, codePage, notes,
+    leftOut, drawn }. Elements go into `into`, by its push(), once all that is inside of them is read; its begin(), if it has one,
+    gets the rest before. */
 export function readDgn(buffer, codePage, into = []) {
-  const { settings, elements, definitions, colors, codePage: page, notes, leftOut, drawn } = new DrawingReader(buffer, codePage, into);
-  return { ...settings, elements, definitions, colors, codePage: page, notes, leftOut, drawn };
+  return { ...new DrawingReader(buffer, codePage, into).drawing(), elements: into };
 }

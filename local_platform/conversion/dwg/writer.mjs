@@ -73,17 +73,30 @@ function headerSection(section, changes) {
   return result;
 }
 
-class DrawingWriter {
-  constructor(drawing) {
-    this.drawing = drawing;
+/** Writes a drawing as it comes: blocks and entities are pushed, the tables follow at the end. Entities name their layer and their
+    block, and their line type by its place in the list of { name, dashes }. */
+export class DwgWriter {
+  count = 0;
+  #layers = new Map();
+  #blocks = new Map();
+  #waiting = null;
+  #first = 0;
+  #last = 0;
+
+  /** `texts` are those that are not plain ASCII; the code page is one that has their characters. */
+  constructor(lineTypes, texts) {
     this.empty = emptyDrawing();
     this.template = readDwg(this.empty);
-    this.codePage = fittingCodePage(textsOf(drawing), Object.keys(CODE_PAGES));
+    this.codePage = fittingCodePage(texts, Object.keys(CODE_PAGES));
     const codec = new TextCodec(this.codePage);
     this.file = new Bytes();
     this.writer = new ObjectWriter(this.file, (text) => codec.encode(text));
-    this.places = this.#objectMap();
+    this.places = readObjectMap(this.#section(RECORDS.handles));
     this.next = Math.max(...this.places.keys()) + 1;
+    [this.zero] = this.template.layers.values();
+    [this.textStyle] = [...this.template.textStyles.values()].map((style) => style.handle);
+    this.#head();
+    this.#writeLineTypes(lineTypes);
   }
 
   #record(number) {
@@ -99,78 +112,85 @@ class DrawingWriter {
     return this.empty.subarray(from, from + size);
   }
 
-  #objectMap() { return readObjectMap(this.#section(RECORDS.handles)); }
-
   #take(count = 1) {
     this.next += count;
     return this.next - count;
   }
 
-  #tables() {
-    const { writer: w, template, drawing } = this;
-    const [zero] = template.layers.values();
-    const control = zero.owner;
-    const types = new Map([...template.lineTypes.values()].map((type) => [type.name.toUpperCase(), type.handle]));
-    const typeControl = [...template.lineTypes.values()][0].owner;
+  #writeLineTypes(lineTypes) {
+    const standing = [...this.template.lineTypes.values()];
+    const known = new Map(standing.map((type) => [type.name.toUpperCase(), type.handle]));
+    const control = standing[0].owner;
     const added = [];
-    for (const { name, dashes } of drawing.lineTypes) {
-      if (types.has(name.toUpperCase())) continue;
+    for (const { name, dashes } of lineTypes) {
+      if (known.has(name.toUpperCase())) continue;
       const handle = this.#take();
-      writeLineType(w, { handle, control: typeControl, name, dashes });
-      types.set(name.toUpperCase(), handle);
+      writeLineType(this.writer, { handle, control, name, dashes });
+      known.set(name.toUpperCase(), handle);
       added.push(handle);
     }
-    this.lineTypes = drawing.lineTypes.map(({ name }) => types.get(name.toUpperCase()));
-    const [byLayer, byBlock] = ['BYLAYER', 'BYBLOCK'].map((name) => types.get(name));
-    writeControl(w, 'lineTypes', typeControl, [types.get('CONTINUOUS'), ...added], [byBlock, byLayer]);
-    this.layers = new Map();
-    const listed = [zero.handle];
-    for (const { name, isOn } of drawing.layers) {
-      const isZero = name === zero.name;
-      const handle = isZero ? zero.handle : this.#take();
-      if (!isZero) listed.push(handle);
-      writeLayer(w, { handle, control, name, isOn, plotStyle: zero.plotStyle, lineType: types.get('CONTINUOUS') });
-      this.layers.set(name, handle);
+    this.lineTypes = lineTypes.map(({ name }) => known.get(name.toUpperCase()));
+    this.continuous = known.get('CONTINUOUS');
+    writeControl(this.writer, 'lineTypes', control, [this.continuous, ...added], [known.get('BYBLOCK'), known.get('BYLAYER')]);
+  }
+
+  #layer(name) {
+    if (name === this.zero.name) return this.zero.handle;
+    if (!this.#layers.has(name)) this.#layers.set(name, this.#take());
+    return this.#layers.get(name);
+  }
+
+  #writeLayers(isOn) {
+    const control = this.zero.owner;
+    const listed = [[this.zero.name, this.zero.handle], ...this.#layers];
+    for (const [name, handle] of listed) {
+      writeLayer(this.writer, { handle, control, name, isOn: isOn(name), plotStyle: this.zero.plotStyle, lineType: this.continuous });
     }
-    writeControl(w, 'layers', control, listed);
-    this.layerZero = zero.handle;
-    [this.textStyle] = [...template.textStyles.values()].map((style) => style.handle);
+    writeControl(this.writer, 'layers', control, listed.map(([, handle]) => handle));
   }
 
-  #symbology({ layer, color, weight, lineType }) {
-    return { layer: this.layers.get(layer) ?? this.layerZero, color, weight, lineType: this.lineTypes[lineType] };
+  #entity(entity, place) {
+    const { layer, color, weight, lineType } = entity;
+    const symbology = { layer: this.#layer(layer), color, weight, lineType: this.lineTypes[lineType] };
+    const used = entity.kind === 'INSERT' ? this.#blocks.get(entity.block).handle : this.textStyle;
+    writeEntity(this.writer, place, symbology, entity, used);
   }
 
-  /** The entities of a block, or of the model without an owner: { first, last } of their chain. */
-  #entities(entities, owner) {
+  /** An entity says which comes next, so each waits for the one after it. */
+  push(entity) {
+    this.count++;
+    const handle = this.#take(handlesOf(entity));
+    this.#flush(handle);
+    this.#first ||= handle;
+    this.#waiting = { entity, handle };
+  }
+
+  #flush(next) {
+    if (!this.#waiting) return;
+    const { entity, handle } = this.#waiting;
+    this.#entity(entity, { handle, owner: 0, previous: this.#last, next });
+    this.#last = handle;
+    this.#waiting = null;
+  }
+
+  addBlock({ name, isAnonymous, entities }) {
+    const handle = this.#take(3);
+    const own = { handle, head: handle + 1, tail: handle + 2 };
+    this.#blocks.set(name, own);
     const handles = entities.map((entity) => this.#take(handlesOf(entity)));
-    entities.forEach((entity, i) => {
-      const place = { handle: handles[i], owner, previous: handles[i - 1] ?? 0, next: handles[i + 1] ?? 0 };
-      const used = entity.kind === 'INSERT' ? this.blocks.get(entity.block).handle : this.textStyle;
-      writeEntity(this.writer, place, this.#symbology(entity), entity, used);
-    });
-    return { first: handles[0] ?? 0, last: handles.at(-1) ?? 0 };
+    entities.forEach((entity, i) =>
+      this.#entity(entity, { handle: handles[i], owner: handle, previous: handles[i - 1] ?? 0, next: handles[i + 1] ?? 0 }));
+    writeBlockHeader(this.writer, { ...own, first: handles[0] ?? 0, last: handles.at(-1) ?? 0, control: this.template.model.owner, name,
+      isAnonymous, base: [0, 0, 0], layout: 0 });
+    writeBlockEnds(this.writer, { ...own, name, layer: this.zero.handle });
   }
 
-  #blocks() {
-    const { writer: w, template, drawing } = this;
-    const control = template.model.owner;
-    this.blocks = new Map();
-    for (const block of drawing.blocks) {
-      const handle = this.#take(3);
-      this.blocks.set(block.name, { handle, head: handle + 1, tail: handle + 2 });
-    }
-    for (const { name, isAnonymous, entities } of drawing.blocks) {
-      const own = this.blocks.get(name);
-      const chain = this.#entities(entities, own.handle);
-      writeBlockHeader(w, { ...own, ...chain, control, name, isAnonymous, base: [0, 0, 0], layout: 0 });
-      writeBlockEnds(w, { ...own, name, layer: this.layerZero });
-    }
-    const chain = this.#entities(drawing.entities, 0);
-    const { model } = template;
-    writeBlockHeader(w, { ...model, ...chain, control, isAnonymous: false });
-    const paper = [...template.blocks.values()].find((block) => block.isPaper);
-    writeControl(w, 'blocks', control, [...this.blocks.values()].map((block) => block.handle), [model.handle, paper.handle]);
+  #writeModel() {
+    const { model, blocks } = this.template;
+    this.#flush(0);
+    writeBlockHeader(this.writer, { ...model, control: model.owner, isAnonymous: false, first: this.#first, last: this.#last });
+    const paper = [...blocks.values()].find((block) => block.isPaper);
+    writeControl(this.writer, 'blocks', model.owner, [...this.#blocks.values()].map((block) => block.handle), [model.handle, paper.handle]);
   }
 
   /** Objects of the empty drawing that were not written anew. */
@@ -184,41 +204,44 @@ class DrawingWriter {
     }
   }
 
-  write() {
-    const { file, empty, drawing } = this;
+  /** What stands before the objects: the head of the file, and sections that stay as they are. */
+  #head() {
+    const { file, empty } = this;
     file.add(empty.subarray(0, HEAD_SIZE));
-    const places = new Map();
+    this.sections = new Map();
     for (let i = 0; i < empty.readUInt32LE(0x15); i++) {
       const number = empty[0x19 + 9 * i];
       if (number === RECORDS.handles || number === RECORDS.header) continue;
-      places.set(number, [file.length, this.#record(number).size]);
+      this.sections.set(number, [file.length, this.#record(number).size]);
       file.add(this.#section(number));
     }
-    const preview = empty.readUInt32LE(0x0d);
-    const previewAt = file.length;
-    file.add(empty.subarray(preview, this.#record(RECORDS.header).from));
-    this.#tables();
-    this.#blocks();
+    this.previewAt = file.length;
+    file.add(empty.subarray(empty.readUInt32LE(0x0d), this.#record(RECORDS.header).from));
+  }
+
+  /** The file's bytes. `isOn` says which layers are shown. */
+  finish({ units, lineTypeScale, low, high, isOn }) {
+    this.#writeModel();
+    this.#writeLayers(isOn);
     this.#rest();
-    const header = headerSection(this.#section(RECORDS.header), { handleSeed: this.next, low: drawing.low, high: drawing.high,
-      units: drawing.units, lineTypeScale: drawing.lineTypeScale });
-    places.set(RECORDS.header, [file.length, header.length]);
-    file.add(header);
-    const mapAt = file.length;
-    writeObjectMap(file, this.writer.offsets);
-    places.set(RECORDS.handles, [mapAt, file.length - mapAt]);
-    return this.#head(places, previewAt);
+    const header = headerSection(this.#section(RECORDS.header), { handleSeed: this.next, low, high, units, lineTypeScale });
+    this.sections.set(RECORDS.header, [this.file.length, header.length]);
+    this.file.add(header);
+    const mapAt = this.file.length;
+    writeObjectMap(this.file, this.writer.offsets);
+    this.sections.set(RECORDS.handles, [mapAt, this.file.length - mapAt]);
+    return this.#placeSections();
   }
 
   /** Where the sections came to lie. */
-  #head(places, previewAt) {
+  #placeSections() {
     const bytes = this.file.take();
-    bytes.writeUInt32LE(previewAt, 0x0d);
+    bytes.writeUInt32LE(this.previewAt, 0x0d);
     bytes.writeUInt16LE(CODE_PAGES[this.codePage], 0x13);
     const count = bytes.readUInt32LE(0x15);
     for (let i = 0; i < count; i++) {
       const at = 0x19 + 9 * i;
-      const [from, size] = places.get(bytes[at]);
+      const [from, size] = this.sections.get(bytes[at]);
       bytes.writeUInt32LE(from, at + 1);
       bytes.writeUInt32LE(size, at + 5);
     }
@@ -226,19 +249,4 @@ class DrawingWriter {
     bytes.writeUInt16LE(crc16(bytes, 0, end), end);
     return bytes;
   }
-}
-
-function* textsOf({ entities, blocks, layers }) {
-  for (const list of [entities, ...blocks.map((block) => block.entities)]) {
-    for (const entity of list) if (entity.value) yield entity.value;
-  }
-  for (const { name } of [...layers, ...blocks]) yield name;
-}
-
-/** `drawing` is { units, lineTypeScale, low, high, lineTypes: [{ name, dashes }], layers: [{ name, isOn }],
-    blocks: [{ name, isAnonymous, entities }], entities }. Entities name their layer and their block, and their line type by its
-    place in the list. Returns { bytes, codePage }. */
-export function writeDwg(drawing) {
-  const writer = new DrawingWriter(drawing);
-  return { bytes: writer.write(), codePage: writer.codePage };
 }

@@ -44,27 +44,30 @@ function alike(a, b, tolerance) {
 }
 
 export class Converter {
-  entities = [];
-  blocks = [];
   layers = new Map();
   source = new Tally();
   leftOut;
   drawn;
+  #target;
   #definitions = new Map();
   #taken = new Set();
   #anonymous = 0;
 
-  constructor(drawing) {
+  /** `drawing` is all of a DGN but its elements, which are pushed. Entities go to `target`, by its push(), after the blocks that
+      they are inserts of, by its addBlock(). */
+  constructor(drawing, target) {
     this.drawing = drawing;
+    this.#target = target;
     this.leftOut = drawing.leftOut;
     this.drawn = drawing.drawn;
     this.colors = indexedColors(drawing.colors);
     this.resolution = 1 / drawing.uorPerMaster;
     this.note = (what) => this.drawn.add(what);
-    for (const element of drawing.elements) {
-      this.source.add(element.kind.toUpperCase());
-      this.#element(element, this.entities);
-    }
+  }
+
+  push(element) {
+    this.source.add(element.kind.toUpperCase());
+    this.#element(element, this.#target);
   }
 
   /** The layer that the drawing had before it became a DGN, or one named by its level. */
@@ -153,7 +156,7 @@ export class Converter {
   #addBlock(name, isAnonymous, members) {
     const entities = [];
     for (const member of members) this.#element(member, entities);
-    this.blocks.push({ name, isAnonymous, entities });
+    this.#target.addBlock({ name, isAnonymous, entities });
   }
 
   #instance(instance, into) {
