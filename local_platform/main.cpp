@@ -81,6 +81,8 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_option("--conversion-time-limit", options.conversionTimeLimit, "seconds")
         ->check(CLI::Range(1, 3600))
         ->capture_default_str();
+    app.add_option("--drawing-code-page", options.drawingCodePage,
+        "of texts in DGN files, such as gbk; guessed from each file unless told");
 
     app.add_option(
            "--clock-offset", options.clockOffset, "seconds by which the platform's clock is ahead; for tests")

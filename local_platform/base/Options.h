@@ -33,6 +33,7 @@ struct Options
     std::string converter; ///< script run as: node SCRIPT IN OUT
     std::uint64_t maxDrawingSize = 64ull << 20; ///< bytes of one drawing
     int conversionTimeLimit = 25; ///< seconds; clients wait 30
+    std::string drawingCodePage; ///< of texts in DGN files; empty: guessed from each file
 };
 
 /// Why other machines should not be served with these options, one reason each; nothing where only this one

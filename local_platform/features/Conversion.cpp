@@ -7,11 +7,15 @@
 #include "store/Secrets.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <spdlog/spdlog.h>
 #include <thread>
+#include <vector>
 
 namespace local_platform {
 
@@ -20,6 +24,7 @@ namespace {
 constexpr std::uint64_t converterMemory = 4ull << 30;
 constexpr std::uint64_t largestResult = 1ull << 30;
 constexpr std::size_t longestReason = 500;
+constexpr std::size_t longestReportHeader = 6000;
 
 /// A folder that goes with this object.
 class Folder
@@ -64,11 +69,58 @@ std::string escaped(const std::string& text)
     return xml;
 }
 
-std::string envelope(const std::string& body)
+std::string envelope(const std::string& body, const std::string& header = {})
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-           "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Body>"
-        + body + "</soap:Body></soap:Envelope>";
+           "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+        + header + "<soap:Body>" + body + "</soap:Body></soap:Envelope>";
+}
+
+/// What the converter tells of its work, as it came; null where it told nothing that is JSON.
+Json reportIn(const std::filesystem::path& folder)
+{
+    return Json::parse(contentOf(folder / "report.json"), nullptr, false);
+}
+
+/// Clients look for the result by its name, which a layer may bear as well.
+std::string withoutResultNames(std::string text)
+{
+    for (std::size_t at = 0; (at = text.find("Result", at)) != std::string::npos;)
+        text.replace(at, 1, "&#82;");
+    return text;
+}
+
+std::string soapHeader(const Json& report)
+{
+    if (!report.is_object())
+        return {};
+    return "<soap:Header><ConversionReport xmlns=\"urn:tav:conversion\">"
+        + withoutResultNames(escaped(report.dump())) + "</ConversionReport></soap:Header>";
+}
+
+/// The report in Base64, without what can be long.
+std::map<std::string, std::string> replyHeaders(Json report)
+{
+    if (!report.is_object())
+        return {};
+    for (const char* list : {"layers", "references", "damaged"})
+        report.erase(list);
+    const std::string encoded = base64(report.dump());
+    if (encoded.size() > longestReportHeader)
+        return {};
+    return {{"X-Conversion-Report", encoded}};
+}
+
+/// The request's own wish goes before the operator's.
+std::string codePageFor(const Call& call, const Options& options)
+{
+    const std::string wanted = call.header("X-Drawing-Code-Page");
+    if (wanted.empty())
+        return options.drawingCodePage;
+    const auto isPlain = [](unsigned char c) { return std::isalnum(c) || c == '-' || c == '_'; };
+    if (wanted.size() > 32 || !std::all_of(wanted.begin(), wanted.end(), isPlain) || wanted.front() == '-')
+        throw Refusal("There is no code page of that name");
+    return wanted;
 }
 
 Xml fault(const std::string& who, const std::string& reason)
@@ -97,16 +149,20 @@ Xml Conversion::answer(Call& call)
 {
     const Folder folder(scratch_ / randomToken());
     try {
-        return {200, convert(call, folder.path())};
+        return convert(call, folder.path());
     } catch (const Refusal& refusal) {
-        return fault("Client", refusal.what());
+        const Json report = reportIn(folder.path());
+        spdlog::info("Conversion refused: {}", refusal.what());
+        Xml reply = fault("Client", refusal.what());
+        reply.headers = replyHeaders(report);
+        return reply;
     } catch (const std::exception& error) {
         spdlog::error("Conversion: {}", error.what());
         return fault("Server", "The conversion failed; the platform's log says why");
     }
 }
 
-std::string Conversion::convert(Call& call, const std::filesystem::path& folder)
+Xml Conversion::convert(Call& call, const std::filesystem::path& folder)
 {
     const std::filesystem::path request = folder / "drawing";
     SoapDrawing drawing(request, options_.maxDrawingSize);
@@ -124,28 +180,43 @@ std::string Conversion::convert(Call& call, const std::filesystem::path& folder)
     const std::string input = toDwg ? "in.dgn" : "in.dwg";
     const std::string output = toDwg ? "out.dwg" : "out.dgn";
     std::filesystem::rename(request, folder / input);
-    runConverter(input, output, folder);
+    runConverter(input, output, codePageFor(call, options_), folder);
     const std::string converted = contentOf(folder / output);
     if (converted.empty())
         throw std::runtime_error("The converter made no drawing");
-    return envelope("<" + operation + "Response xmlns=\"http://tempuri.org/\"><" + operation + "Result>"
-        + base64(converted) + "</" + operation + "Result></" + operation + "Response>");
+    const Json report = reportIn(folder);
+    if (report.is_object())
+        spdlog::info("Conversion: {}", cleaned(report.value("summary", std::string())));
+    return {200,
+        envelope("<" + operation + "Response xmlns=\"http://tempuri.org/\"><" + operation + "Result>"
+                + base64(converted) + "</" + operation + "Result></" + operation + "Response>",
+            soapHeader(report)),
+        replyHeaders(report)};
 }
 
-void Conversion::runConverter(
-    const std::string& input, const std::string& output, const std::filesystem::path& folder)
+void Conversion::runConverter(const std::string& input, const std::string& output,
+    const std::string& codePage, const std::filesystem::path& folder)
 {
+    using std::chrono::steady_clock;
     const std::chrono::seconds patience(options_.conversionTimeLimit);
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto arrival = steady_clock::now();
     const Places::Place place(places_, patience);
     if (!place.taken())
         throw Refusal("Too many drawings are being converted; try again later");
+    const auto waited = std::chrono::duration_cast<std::chrono::seconds>(steady_clock::now() - arrival);
 
     if (!std::filesystem::exists(converter_))
         throw std::runtime_error("There is no converter at " + converter_.string());
     const std::filesystem::path reasons = folder / "reason";
-    const ChildOutcome outcome = runChild({"node", converter_.string(), input, output}, folder, reasons,
-        {deadline, converterMemory, largestResult});
+    std::vector<std::string> command{"node", converter_.string(), input, output, "--report", "report.json"};
+    if (!codePage.empty())
+        command.insert(command.end(), {"--codepage", codePage});
+    const ChildOutcome outcome =
+        runChild(command, folder, reasons, {arrival + patience, converterMemory, largestResult});
+    // The client's patience counts from the beginning, so one that waited long had less time to be converted.
+    if (outcome == ChildOutcome::OutOfTime && waited * 5 > patience)
+        throw Refusal("The drawing waited " + std::to_string(waited.count())
+            + " s for others and could not be finished in the rest of the time; try again later");
     if (outcome == ChildOutcome::OutOfTime)
         throw Refusal("The drawing takes too long to convert");
     if (outcome == ChildOutcome::Killed)

@@ -21,9 +21,9 @@ public:
 
 private:
     Xml answer(Call& call);
-    std::string convert(Call& call, const std::filesystem::path& folder);
-    void runConverter(
-        const std::string& input, const std::string& output, const std::filesystem::path& folder);
+    Xml convert(Call& call, const std::filesystem::path& folder);
+    void runConverter(const std::string& input, const std::string& output, const std::string& codePage,
+        const std::filesystem::path& folder);
 
     const Options& options_;
     std::filesystem::path converter_;

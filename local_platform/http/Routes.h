@@ -18,6 +18,7 @@ struct Xml
 {
     int status;
     std::string text;
+    std::map<std::string, std::string> headers = {};
 };
 
 using Reply = std::variant<Json, Download, Xml>;

@@ -75,6 +75,8 @@ struct ReplyWriter
     void operator()(const Xml& xml) const
     {
         response.status = xml.status;
+        for (const auto& [name, value] : xml.headers)
+            response.set_header(name, value);
         response.set_content(xml.text, "text/xml; charset=utf-8");
     }
 

@@ -53,8 +53,8 @@ Answer Client::send(
     const auto header = [&](const char* name) {
         return QByteArray::fromStdString(result->get_header_value(name));
     };
-    return {
-        result->status, QByteArray::fromStdString(result->body), header("Content-Digest"), header("Digest")};
+    return {result->status, QByteArray::fromStdString(result->body), header("Content-Digest"),
+        header("Digest"), header("X-Conversion-Report")};
 }
 
 Answer Client::postForm(const QByteArray& path, const FormFields& fields) const

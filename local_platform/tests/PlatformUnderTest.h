@@ -16,6 +16,7 @@ struct Answer
     QByteArray body;
     QByteArray contentDigest;
     QByteArray digest;
+    QByteArray conversionReport;
 
     QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     int code() const { return json().value("code").toInt(-1); }

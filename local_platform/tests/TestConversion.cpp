@@ -9,7 +9,7 @@ namespace {
 /// The converter's side of the contract, in a few lines: what it does is told by the drawing.
 const char converterScript[] = R"(
 import { readFileSync, writeFileSync } from 'node:fs';
-const [input, output] = process.argv.slice(2);
+const [input, output, , report, , codePage] = process.argv.slice(2);
 const drawing = readFileSync(input);
 const text = drawing.toString('latin1', 0, 10);
 const orders = {
@@ -18,6 +18,10 @@ const orders = {
     burst: () => process.abort(),
     look: () => writeFileSync(output, JSON.stringify({ cwd: process.cwd(), env: Object.keys(process.env) })),
     rest: () => {},
+    tell: () => {
+        writeFileSync(report, JSON.stringify({ summary: 'done', layers: { '<ConDgn2DwgResult>': 1 }, codePage }));
+        writeFileSync(output, 'drawing');
+    },
 };
 const convert = () => writeFileSync(output, Buffer.concat([Buffer.from(`${input}>${output}:`), drawing]));
 (orders[text] ?? convert)();
@@ -97,6 +101,23 @@ private slots:
             QCOMPARE(answer.status, 500);
             QVERIFY(!answer.body.contains("Result"));
         }
+    }
+
+    void reportTravelsWithTheResult()
+    {
+        const auto told = [&](const FormFields& more) {
+            return m_platform->as().post("/NrvConRnx.asmx",
+                request("ConDgn2Dwg", QByteArray("tell").toBase64()), "text/xml; charset=utf-8",
+                FormFields{{"SOAPAction", "http://tempuri.org/ConDgn2Dwg"}} + more);
+        };
+        const Answer answer = told({});
+        QCOMPARE(answer.body.count("ConDgn2DwgResult"), 2);
+        const QString report = elementText(answer.body, "ConversionReport");
+        QVERIFY2(report.contains("<ConDgn2DwgResult>"), qPrintable(report));
+        QCOMPARE(QByteArray::fromBase64(answer.conversionReport), QByteArray("{\"summary\":\"done\"}"));
+        QVERIFY(elementText(told({{"X-Drawing-Code-Page", "big5"}}).body, "ConversionReport")
+                    .contains("\"codePage\":\"big5\""));
+        QCOMPARE(told({{"X-Drawing-Code-Page", "--seconds"}}).status, 500);
     }
 
     void converterSeesOnlyItsFolderWhichGoes()
