@@ -146,6 +146,28 @@ describe('every kind there and back', () => {
   });
 });
 
+test('weights to 23, units however they are written, one view that is on', () => {
+  const weights = Array.from({ length: 24 }, (_, weight) => ({ ...FLAT.line, weight }));
+  assert.deepEqual(throughDwg(weights).elements.map((e) => e.weight), weights.map((e) => e.weight));
+  for (const [unitName, back] of [["'", 'ft'], ['"', 'in'], ['mm', 'mm'], ['m', 'm'], ['FT', 'ft'], ['xx', 'mu']]) {
+    assert.equal(throughDwg([FLAT.line], { unitName }).unitName, back);
+  }
+  const bytes = writeDgn({ elements: [FLAT.line] });
+  assert.deepEqual(Array.from({ length: 8 }, (_, view) => bytes.readUInt16LE(46 + 118 * view) >> 7 & 1), [1, 0, 0, 0, 0, 0, 0, 0]);
+});
+
+test('a long text is split between its characters', () => {
+  const { elements } = throughDgn([{ ...FLAT.text, text: '办'.repeat(200) }]);
+  assert.deepEqual(elements.map((e) => e.text.length), [127, 73]);
+});
+
+test('the code page is that of the whole file, unless it is told', () => {
+  const texts = ['Matériel', 'Größe', 'plain'].map((text) => ({ ...FLAT.text, text }));
+  const western = writeDgn({ elements: texts, codePage: 'windows-1252' });
+  assert.deepEqual(readDgn(western).elements.map((e) => e.text), texts.map((e) => e.text));
+  assert.notEqual(readDgn(western, 'gbk').elements[0].text, 'Matériel');
+});
+
 test('the design plane is as fine as its extent and its tallest text allow', () => {
   for (const [element, resolution] of [[line([0, 0, 0], [1000, 0, 0]), 1e6], [line([0, 0, 0], [1e9, 0, 0]), 1],
     [text('tall', 0, { height: 900 }), 1e4]]) assert.equal(throughDgn([element]).uorPerMaster, resolution);

@@ -7,10 +7,23 @@ import { parseParagraphs } from './mtext.mjs';
 const LINE_PITCH = 5 / 3;
 const STACKED = 0.7;
 
-const isWide = (char) => char >= '\u2e80';
+/** Widths of characters in heights of capitals, about as the usual fonts have them. */
+const NARROW = new Set("ijltfrI.,:;'|!()[]{} \u00a0");
+const BROAD = new Set('mwMW@%&');
+
+function charWidth(char) {
+  if (char >= '\u2e80') return 1.2;
+  if (NARROW.has(char)) return 0.45;
+  if (BROAD.has(char)) return 1.15;
+  return char >= 'a' && char <= 'z' ? 0.75 : 0.85;
+}
 
 /** In heights. */
-export const estimatedWidth = (text) => [...text].reduce((sum, char) => sum + (isWide(char) ? 1.2 : 0.85), 0);
+export function estimatedWidth(text) {
+  let sum = 0;
+  for (const char of text) sum += charWidth(char);
+  return sum;
+}
 
 const runWidth = ({ text, stack, height, width, spacing }) => {
   const own = stack ? stackWidth(stack) : estimatedWidth(text);

@@ -5,7 +5,9 @@ import assert from 'node:assert/strict';
 import { describe, test } from 'node:test';
 import { arcEnds } from './geometry.mjs';
 import { Refusal } from './outcome.mjs';
+import { dgnToDwg } from './dgn_to_dwg.mjs';
 import { crc16 } from './dwg/checksums.mjs';
+import { readDwg } from './dwg/document.mjs';
 import { readObjectMap } from './dwg/objects.mjs';
 import { assertClose, randomNumbers } from './testing/compare.mjs';
 import { acad, at, block, convert, dwgOf, segment } from './testing/drawings.mjs';
@@ -107,6 +109,20 @@ test('a fill with an island is a cell with a hole, a pattern its lines', () => {
   assert.deepEqual(elements[0].members.map((m) => [m.kind, m.filled, m.isHole ?? false]), [['shape', true, false], ['shape', false, true]]);
   assertClose(elements[1].members.map((m) => m.points), [[[0, 1, 0], [10, 1, 0]], [[0, 5, 0], [4, 5, 0]], [[6, 5, 0], [10, 5, 0]],
     [[0, 9, 0], [10, 9, 0]]], 1e-9);
+});
+
+test('layers beyond the levels of DGN keep their names and what is off, there and back', () => {
+  const named = (i) => (i === 0 ? '办公' : `layer ${i}`);
+  const { result } = convert((document, add) => Array.from({ length: 90 }, (_, i) => {
+    const layer = at(new acad.Layer(named(i)), { isOn: i % 3 > 0 });
+    document.layers.add(layer);
+    for (let k = 0; k <= i % 5; k++) add(at(segment(i, k, i, k + 1), { layer }));
+    return layer;
+  }), 'AC1032');
+  assert.deepEqual(Object.keys(result.layers).length, 90);
+  const back = readDwg(dgnToDwg(result.bytes).bytes);
+  const seen = [...back.parts(back.model)].map((e) => [e.start[0], back.layers.get(e.layer)]);
+  assert.ok(seen.every(([x, layer]) => layer.name === named(x) && layer.isOn === (x % 3 > 0)));
 });
 
 describe('precision', () => {
