@@ -33,8 +33,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int kind = input.ConsumeIntegralInRange(0, 2);
     Call call(request, &body);
     try {
-        std::filesystem::create_directory("incoming");
-        static const FileStore files(".", 500);
+        static const FileStore files = [] {
+            std::filesystem::create_directory("incoming");
+            return FileStore(".", 500);
+        }();
         SoapDrawing drawing("drawing", 500);
         if (kind == 0)
             call.upload(files).file->finish();
