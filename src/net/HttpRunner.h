@@ -2,6 +2,7 @@
 #pragma once
 
 #include "net/CloudFailure.h"
+#include "net/HttpExchange.h"
 
 #include <QByteArray>
 #include <QMap>
@@ -34,8 +35,22 @@ constexpr double platformTimeoutMs = 5000.0;
 /// at once, like errno.
 CloudFailure lastTransportFailure();
 
-using HeaderMap = QMap<QString, QVariant>;
+using HeaderMap = tav::HeaderMap;
 using ResultMap = QMap<QString, QVariant>;
+
+namespace tav {
+
+enum class BusyDialog
+{
+    Hidden,
+    Shown ///< modal, where the application has widgets and the call is on the GUI thread
+};
+
+/// Starts \a exchange and waits until it has ended, in the way and with the result that all functions below
+/// have.
+bool runToEnd(HttpExchange& exchange, QString& error, BusyDialog busy = BusyDialog::Hidden);
+
+} // namespace tav
 
 /// GET; \a result is the reply's JSON object.
 bool httpGet(ResultMap& result, QString& error, QString url, const HeaderMap& headers, double timeoutMs);

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "net/ReplyReader.h"
 
+#include "net/ReplyEnvelope.h"
+#include "net/SoapReply.h"
+
 #include <QNetworkReply>
+#include <QNetworkRequest>
 
 #include <algorithm>
+#include <utility>
 
 namespace tav {
 
@@ -15,12 +20,16 @@ bool isNone(const QByteArray& value, const char* same)
     return value.isEmpty() || value.compare(same, Qt::CaseInsensitive) == 0;
 }
 
-/// Whether the body of \a reply is a file: an error's is not, nor a part of one, nor one packed without being
-/// asked.
-bool bringsWholeFile(const QNetworkReply& reply)
+int statusOf(const QNetworkReply& reply)
 {
-    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    return status / 100 == 2 && status != 206 && isNone(reply.rawHeader("Content-Encoding"), "identity")
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+/// Whether the body of \a reply is a file's, or a part's: an error's is not, nor one packed without being
+/// asked.
+bool bringsFile(const QNetworkReply& reply)
+{
+    return statusOf(reply) / 100 == 2 && isNone(reply.rawHeader("Content-Encoding"), "identity")
         && isNone(reply.rawHeader("Transfer-Encoding"), "chunked");
 }
 
@@ -38,12 +47,21 @@ QByteArray promisedDigest(const QNetworkReply& reply)
     return QByteArray();
 }
 
-/// Whether \a received bytes are what \a reply promised, if it did. As it stands in the header: of two
-/// lengths, or of one that is no number, Qt makes what it can.
-bool hasPromisedLength(const QNetworkReply& reply, qint64 received)
+/// The length that \a reply promises; -1 when it does not, or not clearly: of two lengths, or of one that is
+/// no number, Qt makes what it can.
+qint64 promisedLength(const QNetworkReply& reply)
 {
-    return !reply.hasRawHeader("Content-Length")
-        || reply.rawHeader("Content-Length") == QByteArray::number(received);
+    const QByteArray text = reply.rawHeader("Content-Length");
+    const qint64 length = text.toLongLong();
+    return text == QByteArray::number(length) ? length : -1;
+}
+
+/// What a download ends in whose \a reply is no whole file: no envelope judges it.
+CloudFailure failureOfDownload(const QNetworkReply& reply)
+{
+    if (statusOf(reply) == 401)
+        return CloudFailure::SignedOut;
+    return statusOf(reply) >= 400 ? CloudFailure::Unavailable : CloudFailure::Unusable;
 }
 
 /// Whether the end of \a reply is to be believed without a digest. Over TLS a body that goes on until the
@@ -66,24 +84,33 @@ bool BodyReader::take(QNetworkReply& reply)
         return false;
     }
     // The peer's word on the length saves copying while the body grows. Whatever it says, little is reserved.
-    if (before == 0)
-        bytes.reserve(int(std::clamp<qint64>(
-            reply.header(QNetworkRequest::ContentLengthHeader).toLongLong(), 0, std::min(limit, 8 << 20))));
+    if (before == 0) {
+        promised = promisedLength(reply);
+        bytes.reserve(int(std::clamp<qint64>(promised, 0, std::min(limit, 8 << 20))));
+    }
     bytes.resize(before + int(count));
     bytes.resize(before + int(std::max<qint64>(reply.read(bytes.data() + before, count), 0)));
     return true;
 }
 
+CloudFailure JsonReader::judge(const QNetworkReply&)
+{
+    return readReply(std::exchange(bytes, QByteArray()), object) ? CloudFailure::None
+                                                                 : CloudFailure::Unusable;
+}
+
+CloudFailure SoapReader::judge(const QNetworkReply&)
+{
+    text = conversionResult(std::exchange(bytes, QByteArray()));
+    return text.isNull() ? CloudFailure::Unusable : CloudFailure::None;
+}
+
 bool FileReader::take(QNetworkReply& reply)
 {
     const QByteArray chunk = reply.readAll();
-    if (chunk.isEmpty() || !bringsWholeFile(reply))
+    if (chunk.isEmpty() || !bringsFile(reply) || (current != &reply && !beginWith(reply)))
         return true;
-    if (state == State::Empty) {
-        state = file.open() ? State::Writing : State::Failed;
-        digest = promisedDigest(reply);
-    }
-    received += chunk.size();
+    size += chunk.size();
     if (!digest.isEmpty())
         hash.addData(chunk);
     if (state == State::Writing && !file.write(chunk))
@@ -91,16 +118,60 @@ bool FileReader::take(QNetworkReply& reply)
     return state == State::Writing;
 }
 
+/// The first bytes of \a reply; whether they belong to the file.
+bool FileReader::beginWith(const QNetworkReply& reply)
+{
+    if (statusOf(reply) == 206) {
+        if (!isRest(reply))
+            return false;
+    } else {
+        // A file that changed since the first request comes from its beginning.
+        const bool ready = state == State::Empty ? file.open() : file.startOver();
+        state = ready ? State::Writing : State::Failed;
+        hash.reset();
+        size = 0;
+        promised = promisedLength(reply);
+        digest = promisedDigest(reply);
+        const QByteArray tag = reply.rawHeader("ETag");
+        // A weak one tells of files that are as good as each other, not the same.
+        const bool continuable = reply.rawHeader("Accept-Ranges") == "bytes" && tag.startsWith('"');
+        validator = continuable ? tag : QByteArray();
+    }
+    current = &reply;
+    return true;
+}
+
+/// Whether \a reply goes on where the last one was cut, with the same file.
+bool FileReader::isRest(const QNetworkReply& reply) const
+{
+    const QByteArray range = "bytes " + QByteArray::number(size) + '-' + QByteArray::number(promised - 1)
+        + '/' + QByteArray::number(promised);
+    return canContinue() && reply.rawHeader("Content-Range") == range && reply.rawHeader("ETag") == validator;
+}
+
+bool FileReader::canContinue() const
+{
+    return state == State::Writing && !validator.isEmpty() && size < promised;
+}
+
+void FileReader::askForRest(QNetworkRequest& request) const
+{
+    request.setRawHeader("Range", "bytes=" + QByteArray::number(size) + '-');
+    request.setRawHeader("If-Range", validator);
+}
+
 bool FileReader::hasWholeBody(const QNetworkReply& reply) const
 {
-    return state == State::Writing && reply.error() == QNetworkReply::NoError
-        && hasPromisedLength(reply, received)
+    return state == State::Writing && current == &reply && reply.error() == QNetworkReply::NoError
+        && (promised < 0 ? !reply.hasRawHeader("Content-Length") : size == promised)
         && (digest.isEmpty() ? showsItsEnd(reply) : hash.result() == digest);
 }
 
-bool FileReader::commit()
+CloudFailure FileReader::judge(const QNetworkReply& reply)
 {
-    return state == State::Writing && file.commit();
+    if (state != State::Failed && !hasWholeBody(reply))
+        return failureOfDownload(reply);
+    return state == State::Writing && file.commit() ? CloudFailure::None : CloudFailure::NotWritten;
 }
 
 } // namespace tav

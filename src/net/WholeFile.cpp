@@ -45,6 +45,12 @@ bool WholeFile::write(const QByteArray& bytes)
     return good;
 }
 
+bool WholeFile::startOver()
+{
+    good = good && file.seek(0) && file.resize(0);
+    return good;
+}
+
 bool WholeFile::commit()
 {
     if (good && synced(file))

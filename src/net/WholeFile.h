@@ -20,6 +20,8 @@ public:
     /// process gives new files
     bool open(QFileDevice::Permissions rights = {});
     bool write(const QByteArray& bytes);
+    /// Forgets what was written.
+    bool startOver();
     /// False, with an older file untouched, if anything was not written.
     bool commit();
 
