@@ -100,6 +100,16 @@ bool CloudFileManger::Private::hasProject()
     return !projectId.isEmpty();
 }
 
+void CloudFileManger::setTransferOptions(const CloudTransferOptions& options)
+{
+    d->transferOptions = options;
+}
+
+CloudTransferOptions CloudFileManger::getTransferOptions() const
+{
+    return d->transferOptions;
+}
+
 CloudFileManger::Call::Call(std::shared_ptr<Private> client)
     : members(std::move(client))
 {
@@ -117,9 +127,9 @@ QString CloudFileManger::Call::address(const QString& path, const QString& query
     return members->baseAddress + path + (query.isEmpty() ? QString() : "?" + query);
 }
 
-HeaderMap CloudFileManger::Call::bearer() const
+HeaderMap CloudFileManger::Private::bearer() const
 {
-    return {{"Authorization", "Bearer " + members->accessToken}};
+    return {{"Authorization", "Bearer " + accessToken}};
 }
 
 template <class Judge>
@@ -134,39 +144,45 @@ bool CloudFileManger::Call::isAccepted(bool sent, Judge judge)
 
 bool CloudFileManger::Call::get(const QString& path, const QString& query)
 {
-    return isAccepted(httpGet(reply, error, address(path, query), bearer(), platformTimeoutMs), checkReply);
+    return isAccepted(
+        httpGet(reply, error, address(path, query), members->bearer(), platformTimeoutMs), checkReply);
 }
 
 bool CloudFileManger::Call::remove(const QString& path, const QString& query)
 {
     return isAccepted(
-        httpDelete(reply, error, address(path, query), bearer(), platformTimeoutMs), checkReply);
+        httpDelete(reply, error, address(path, query), members->bearer(), platformTimeoutMs), checkReply);
 }
 
 bool CloudFileManger::Call::postJson(const QString& path, const QVariantMap& object)
 {
-    HeaderMap headers = bearer();
+    HeaderMap headers = members->bearer();
     headers["Content-Type"] = "application/json";
     const QByteArray body = QJsonDocument(QJsonObject::fromVariantMap(object)).toJson(QJsonDocument::Compact);
     return isAccepted(httpPost(reply, error, address(path), headers, body, platformTimeoutMs), checkReply);
 }
 
-bool CloudFileManger::Call::download(const QString& path, const QString& query, const QString& savePath)
+bool CloudFileManger::Call::postForm(const QString& path, const Fields& fields)
 {
-    return isAccepted(
-        httpGetToFile(reply, error, address(path, query), savePath, bearer(), platformTimeoutMs), checkReply);
-}
-
-bool CloudFileManger::Call::postForm(const QString& path, const Fields& fields, const QString& filePath)
-{
-    return isAccepted(
-        httpPostMultipart(reply, error, address(path), bearer(), fields, filePath, platformTimeoutMs),
+    return isAccepted(httpPostMultipart(reply, error, address(path), members->bearer(), fields, QString(),
+                          platformTimeoutMs),
         checkReply);
 }
 
 bool CloudFileManger::Call::postFormForCode(const QString& path, const Fields& fields)
 {
-    return isAccepted(
-        httpPostMultipart(reply, error, address(path), bearer(), fields, QString(), platformTimeoutMs),
+    return isAccepted(httpPostMultipart(reply, error, address(path), members->bearer(), fields, QString(),
+                          platformTimeoutMs),
         checkCode);
+}
+
+bool CloudFileManger::Call::transfer(TransferPlan plan)
+{
+    HttpExchange exchange(plan.request());
+    runToEnd(exchange, error);
+    plan.conclude(exchange);
+    transferred = plan.result;
+    failure = transferred.failure;
+    error = transferred.error;
+    return failure == CloudFailure::None;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "net/CloudFailure.h"
+#include "net/CloudTransferOptions.h"
 #include "tav_cloud_platform_sdk_export.h"
 
 #include <QList>
@@ -15,6 +16,8 @@
 class ITreeElement;
 
 class CloudFileManger;
+class CloudTransferJob;
+class QObject;
 
 namespace tav {
 std::shared_ptr<CloudFileManger> handleOn(const CloudFileManger* client);
@@ -122,6 +125,13 @@ public:
     /// Makes \a id the current project; sends nothing.
     void setProjectID(QString id);
 
+    /// How the operations that carry a file, and the jobs made from now on, behave: their limit, their
+    /// progress, whether a lost download goes on. Kept by copies; without it they behave as documented here.
+    /// The cloud-space dialog shows transfers in a window of their own, with a button to cancel, when the
+    /// client that it is made with has a limit of CloudTransferOptions::Limit::LastByte.
+    void setTransferOptions(const CloudTransferOptions& options);
+    CloudTransferOptions getTransferOptions() const;
+
     /// This software's own projects by id, as the last successful getAllCloudProjectBackup() listed them.
     QMap<QString, ShareProjectInfo> getAllCloudProjects() const;
     /// Other software's projects by source client and then by id.
@@ -139,6 +149,10 @@ public:
     /// which the platform refuses too.
     bool BackupCloudProFile(QString filePath);
 
+    /// The same as a job that runs beside everything else; for the caller to start, and to destroy unless
+    /// \a parent does. The jobs of the other transfers are alike.
+    CloudTransferJob* backupJob(QString filePath, QObject* parent = nullptr) const;
+
     /// Lists this software's projects; see getAllCloudProjects(). A failure keeps the projects listed before.
     bool getAllCloudProjectBackup();
 
@@ -150,6 +164,7 @@ public:
     /// where it ends (by length, chunks or a digest) is refused. Without a current project (not the
     /// argument's): false at once, nothing is sent, the last error keeps its text.
     bool DownloadCloudProFile(QString projectId, QString savePath);
+    CloudTransferJob* backupDownloadJob(QString projectId, QString savePath, QObject* parent = nullptr) const;
 
     /// @}
     /// \name Sharing and extraction
@@ -166,6 +181,9 @@ public:
     /// \param filePath       the file to share
     /// \param logicalId      receives the id to share the file by; 0 where the platform names none
     bool UploadCloudShareFile2(QString typeFlag, QString supportTypeId, QString filePath, int& logicalId);
+    /// The same as a job; see CloudTransferJob::logicalId().
+    CloudTransferJob* shareUploadJob(
+        QString typeFlag, QString supportTypeId, QString filePath, QObject* parent = nullptr) const;
     /// Shares files with whoever knows the code.
     /// \param logicalIds      one id, or several joined by commas
     /// \param extractionCode  receives the code
@@ -180,6 +198,7 @@ public:
     /// Downloads a shared file to \a savePath, in the manner of DownloadCloudProFile(), but without its
     /// guard.
     bool DownloadCloudShareFile(QString logicalId, QString savePath);
+    CloudTransferJob* shareDownloadJob(QString logicalId, QString savePath, QObject* parent = nullptr) const;
     /// Lists the projects that \a sourceClient shares to this software; see getForeignCloudProjects(). A
     /// failure keeps what was listed before, an empty list leaves an empty entry.
     bool getShareProjectFromPlatform(QString sourceClient);

@@ -4,6 +4,7 @@
 #include "cloud/CloudFileManger.h"
 #include "net/HttpRunner.h"
 #include "net/ReplyEnvelope.h"
+#include "net/TransferPlan.h"
 
 #include <QList>
 #include <QVariant>
@@ -23,12 +24,27 @@ struct TAV_CLOUD_PLATFORM_SDK_NO_EXPORT CloudFileManger::Private
     QStringList shareSourceSoft;
     QString projectName;
     CloudFailure lastFailure = CloudFailure::None;
+    CloudTransferOptions transferOptions;
 
     using Fields = QMap<QString, QVariant>;
 
     /// Whether there is a current project, for the operations that send nothing without.
     bool hasProject();
     Fields shareFields(const QString& logicalIds, int durationHours) const;
+    HeaderMap bearer() const;
+
+    /// \name What carries a file, before it is sent
+    /// @{
+    tav::TransferPlan upload(const QString& path, const Fields& fields, const QString& filePath) const;
+    tav::TransferPlan download(const QString& path, const QString& query, const QString& savePath) const;
+    tav::TransferPlan backup(const QString& filePath) const;
+    tav::TransferPlan backupDownload(const QString& wantedId, const QString& savePath) const;
+    tav::TransferPlan shareUpload(
+        const QString& typeFlag, const QString& supportTypeId, const QString& filePath) const;
+    tav::TransferPlan shareDownload(const QString& logicalId, const QString& savePath) const;
+    /// \a plan, which sends nothing without a current project.
+    tav::TransferPlan ofProject(tav::TransferPlan plan) const;
+    /// @}
 };
 
 /// One operation at work. It holds the members, so that the client may be destroyed while it waits, and has
@@ -52,17 +68,16 @@ public:
     bool get(const QString& path, const QString& query = QString());
     bool remove(const QString& path, const QString& query);
     bool postJson(const QString& path, const QVariantMap& object);
-    bool download(const QString& path, const QString& query, const QString& savePath);
-    /// Posts a form, with the file at \a filePath unless that is empty.
-    bool postForm(const QString& path, const Fields& fields, const QString& filePath = QString());
+    bool postForm(const QString& path, const Fields& fields);
     /// The same for the one reply that is judged by its code alone.
     bool postFormForCode(const QString& path, const Fields& fields);
+    bool transfer(tav::TransferPlan plan);
 
     ResultMap reply;
+    tav::TransferResult transferred;
 
 private:
     QString address(const QString& path, const QString& query = QString()) const;
-    HeaderMap bearer() const;
     template <class Judge>
     bool isAccepted(bool sent, Judge judge);
 

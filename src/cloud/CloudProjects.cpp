@@ -14,12 +14,20 @@ bool CloudFileManger::AddCloudProInfo(QString title, QString description)
     return true;
 }
 
+TransferPlan CloudFileManger::Private::backup(const QString& filePath) const
+{
+    return ofProject(upload("/project/cloudProjectBackup/upload",
+        {{"projectId", projectId}, {"sourceClient", softName}}, filePath));
+}
+
 bool CloudFileManger::BackupCloudProFile(QString filePath)
 {
-    if (!d->hasProject())
-        return false;
-    return Call(d).postForm("/project/cloudProjectBackup/upload",
-        {{"projectId", d->projectId}, {"sourceClient", d->softName}}, filePath);
+    return d->hasProject() && Call(d).transfer(d->backup(filePath));
+}
+
+CloudTransferJob* CloudFileManger::backupJob(QString filePath, QObject* parent) const
+{
+    return TransferJobs::make(d->backup(filePath), parent);
 }
 
 bool CloudFileManger::getAllCloudProjectBackup()
@@ -36,11 +44,20 @@ bool CloudFileManger::getAllCloudProjectBackup()
     return true;
 }
 
-bool CloudFileManger::DownloadCloudProFile(QString projectId, QString savePath)
+TransferPlan CloudFileManger::Private::backupDownload(const QString& wantedId, const QString& savePath) const
 {
     // The current project is what is tested, although another's backup may be asked for: hosts rely on it.
-    if (!d->hasProject())
-        return false;
-    return Call(d).download(
-        "/project/cloudProjectBackup/downloadProject", "projectId=" + projectId, savePath);
+    return ofProject(
+        download("/project/cloudProjectBackup/downloadProject", "projectId=" + wantedId, savePath));
+}
+
+bool CloudFileManger::DownloadCloudProFile(QString projectId, QString savePath)
+{
+    return d->hasProject() && Call(d).transfer(d->backupDownload(projectId, savePath));
+}
+
+CloudTransferJob* CloudFileManger::backupDownloadJob(
+    QString projectId, QString savePath, QObject* parent) const
+{
+    return TransferJobs::make(d->backupDownload(projectId, savePath), parent);
 }

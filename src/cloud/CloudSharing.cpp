@@ -11,19 +11,31 @@ CloudFileManger::Private::Fields CloudFileManger::Private::shareFields(
         {"durationHours", QString::number(durationHours)}, {"logicalIds", logicalIds}};
 }
 
+TransferPlan CloudFileManger::Private::shareUpload(
+    const QString& typeFlag, const QString& supportTypeId, const QString& filePath) const
+{
+    return ofProject(upload("/project/cloudProjectShare/upload",
+        {{"projectId", projectId}, {"sourceClient", softName}, {"supportTypeId", supportTypeId},
+            {"typeFlag", typeFlag}},
+        filePath));
+}
+
 bool CloudFileManger::UploadCloudShareFile2(
     QString typeFlag, QString supportTypeId, QString filePath, int& logicalId)
 {
     if (!d->hasProject())
         return false;
     Call call(d);
-    if (!call.postForm("/project/cloudProjectShare/upload",
-            {{"projectId", call->projectId}, {"sourceClient", call->softName},
-                {"supportTypeId", supportTypeId}, {"typeFlag", typeFlag}},
-            filePath))
+    if (!call.transfer(d->shareUpload(typeFlag, supportTypeId, filePath)))
         return false;
-    logicalId = call.reply.value(QStringLiteral("data")).toMap().value(QStringLiteral("logicalId")).toInt();
+    logicalId = call.transferred.logicalId;
     return true;
+}
+
+CloudTransferJob* CloudFileManger::shareUploadJob(
+    QString typeFlag, QString supportTypeId, QString filePath, QObject* parent) const
+{
+    return TransferJobs::make(d->shareUpload(typeFlag, supportTypeId, filePath), parent);
 }
 
 bool CloudFileManger::CloudShareAnonymous(QString logicalIds, QString& extractionCode, int durationHours)
@@ -63,9 +75,20 @@ bool CloudFileManger::ExtractByCode(QString extractionCode, QString)
         "extractionCode=" + extractionCode + "&sourceClient=" + d->softName);
 }
 
+TransferPlan CloudFileManger::Private::shareDownload(const QString& logicalId, const QString& savePath) const
+{
+    return download("/project/cloudProjectShare/download", "logicalId=" + logicalId, savePath);
+}
+
 bool CloudFileManger::DownloadCloudShareFile(QString logicalId, QString savePath)
 {
-    return Call(d).download("/project/cloudProjectShare/download", "logicalId=" + logicalId, savePath);
+    return Call(d).transfer(d->shareDownload(logicalId, savePath));
+}
+
+CloudTransferJob* CloudFileManger::shareDownloadJob(
+    QString logicalId, QString savePath, QObject* parent) const
+{
+    return TransferJobs::make(d->shareDownload(logicalId, savePath), parent);
 }
 
 bool CloudFileManger::getShareProjectFromPlatform(QString sourceClient)

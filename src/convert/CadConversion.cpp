@@ -6,9 +6,9 @@
 #include "net/HttpRunner.h"
 #include "net/ReplyEnvelope.h"
 #include "net/RequestLog.h"
+#include "net/TransferPlan.h"
 #include "net/WholeFile.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 using namespace tav;
@@ -19,39 +19,18 @@ constexpr double timeoutMs = 30000.0;
 
 thread_local CloudFailure lastFailure = CloudFailure::None;
 
-/// Appends the drawing at \a path to \a body, in Base64; nothing when it cannot be read.
-void appendDrawing(QByteArray& body, const QString& path)
-{
-    constexpr int block = 3 << 20; // of threes, so that the blocks' texts join to the whole file's
-    constexpr qint64 limit = 1 << 30; // its text must fit into one array
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > limit) {
-        qCWarning(cloudLog) << "the drawing cannot be read, or is larger than 1 GiB";
-        return;
-    }
-    const int before = body.size();
-    body.reserve(int(before + file.size() / 3 * 4 + 200));
-    qint64 done = 0;
-    for (QByteArray bytes = file.read(block); !bytes.isEmpty(); bytes = file.read(block)) {
-        done += bytes.size();
-        body += bytes.toBase64();
-    }
-    // Half a drawing might convert to half a result.
-    if (done != file.size())
-        body.truncate(before);
-}
-
 /// The request as the service expects it, its odd spaces included.
-QByteArray envelope(const QByteArray& operation, const QString& path)
+std::unique_ptr<RequestBody> envelope(const QByteArray& operation, const QString& path)
 {
-    QByteArray body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                      "<soap:Envelope xmlns:xsi= \"http://www.w3.org/2001/XMLSchema-instance\""
-                      " xmlns:xsd= \"http://www.w3.org/2001/XMLSchema\""
-                      " xmlns:soap = \"http://schemas.xmlsoap.org/soap/envelope/\">\n"
-                      "<soap:Body>\n<"
-        + operation + " xmlns=\"http://tempuri.org/\">\n<file>";
-    appendDrawing(body, path);
-    return body.append("</file>\n</" + operation + ">\n</soap:Body>\n</soap:Envelope>");
+    constexpr qint64 limit = 1 << 30; // a drawing that is no larger has a result that fits into memory
+    return std::make_unique<RequestBody>(
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+        "<soap:Envelope xmlns:xsi= \"http://www.w3.org/2001/XMLSchema-instance\""
+        " xmlns:xsd= \"http://www.w3.org/2001/XMLSchema\""
+        " xmlns:soap = \"http://schemas.xmlsoap.org/soap/envelope/\">\n"
+        "<soap:Body>\n<"
+            + operation + " xmlns=\"http://tempuri.org/\">\n<file>",
+        path, limit, "</file>\n</" + operation + ">\n</soap:Body>\n</soap:Envelope>");
 }
 
 /// \a text from Base64, which may be broken into lines; null when it is anything but Base64.
@@ -70,35 +49,70 @@ QByteArray decoded(QByteArray text)
     return result ? *result : QByteArray();
 }
 
-/// Has the service do \a operation on the drawing at \a inPath.
-bool converted(QByteArray& result, QString& error, const QByteArray& operation, const QString& inPath)
+/// The service's \a operation on the drawing at \a inPath, whose result goes to \a outPath.
+TransferPlan conversion(const QByteArray& operation, const QString& inPath, const QString& outPath,
+    const CloudTransferOptions& options)
 {
-    const HeaderMap headers{{"Content-Type", "text/xml; charset=utf-8"},
-        {"SOAPAction", QByteArray("http://tempuri.org/" + operation)}};
-    QByteArray text;
-    const bool answered = httpPostSoap(text, error, conversionAddress() + "/NrvConRnx.asmx", headers,
-        envelope(operation, inPath), timeoutMs);
-    lastFailure = lastTransportFailure();
-    if (answered)
-        result = decoded(std::move(text));
-    if (!result.isEmpty())
-        return true;
-    if (answered) { // an answer that is no drawing must not become one
-        qCWarning(cloudLog) << "the result of the conversion is not whole";
-        error = replyUnusable();
-    }
-    if (answered || lastFailure == CloudFailure::Unusable)
-        lastFailure = CloudFailure::NotConverted;
-    return false;
+    TransferPlan plan;
+    plan.result.filePath = inPath;
+    plan.request = [=] {
+        return HttpRequest{"POST", conversionAddress() + "/NrvConRnx.asmx",
+            {{"Content-Type", "text/xml; charset=utf-8"},
+                {"SOAPAction", QByteArray("http://tempuri.org/" + operation)}},
+            envelope(operation, inPath), std::make_unique<SoapReader>(), timeoutMs, inPath, options};
+    };
+    plan.judge = [outPath](ReplyReader& reader, TransferResult& result) {
+        if (result.failure == CloudFailure::Unusable)
+            result.failure = CloudFailure::NotConverted;
+        if (result.failure != CloudFailure::None)
+            return;
+        const QByteArray drawing = decoded(std::move(static_cast<SoapReader&>(reader).text));
+        if (drawing.isEmpty()) { // an answer that is no drawing must not become one
+            qCWarning(cloudLog) << "the result of the conversion is not whole";
+            result.failure = CloudFailure::NotConverted;
+            result.error = replyUnusable();
+        } else if (writeWholeFile(outPath, drawing)) {
+            result.filePath = outPath;
+        } else {
+            result.failure = CloudFailure::NotWritten;
+            qCWarning(cloudLog) << "the result of the conversion could not be written";
+        }
+    };
+    return plan;
 }
 
-/// To the caller, a result that cannot be written is no failure.
-void writeResult(const QString& path, const QByteArray& result)
+/// Where dgn2Dwg() puts the result of \a path.
+QString dwgPath(const QString& path, const QString& outLocation)
 {
-    if (writeWholeFile(path, result))
-        return;
-    lastFailure = CloudFailure::NotWritten;
-    qCWarning(cloudLog) << "the result of the conversion could not be written";
+    if (outLocation.isEmpty())
+        return QString(path).replace(".dgn", ".dwg");
+    return QFileInfo(outLocation).absolutePath() + "/" + QFileInfo(path).baseName() + ".dwg";
+}
+
+TransferPlan toDwg(const QString& path, const QString& outLocation, const CloudTransferOptions& options)
+{
+    return conversion("ConDgn2Dwg", path, dwgPath(path, outLocation), options);
+}
+
+TransferPlan toDgn(const QString& inPath, const QString& outPath, const CloudTransferOptions& options)
+{
+    return conversion("ConDwg2Dgn", inPath, outPath, options);
+}
+
+/// Runs \a plan to its end. To the caller, a result that cannot be written is no failure.
+bool converted(TransferPlan plan, QString& error)
+{
+    HttpRequest request = plan.request();
+    const BusyDialog busy = request.options.progress ? BusyDialog::Hidden : BusyDialog::Shown;
+    HttpExchange exchange(std::move(request));
+    QString ofExchange;
+    runToEnd(exchange, ofExchange, busy);
+    plan.conclude(exchange);
+    lastFailure = plan.result.failure;
+    if (lastFailure == CloudFailure::None || lastFailure == CloudFailure::NotWritten)
+        return true;
+    error = plan.result.error;
+    return false;
 }
 
 } // namespace
@@ -108,26 +122,40 @@ CloudFailure lastConversionFailure()
     return lastFailure;
 }
 
+bool dgn2Dwg(QString& path, QString& error, QString outLocation, const CloudTransferOptions& options)
+{
+    if (!converted(toDwg(path, outLocation, options), error))
+        return false;
+    path = dwgPath(path, outLocation);
+    return true;
+}
+
 bool dgn2Dwg(QString& path, QString& error, QString outLocation)
 {
-    QByteArray result;
-    if (!converted(result, error, "ConDgn2Dwg", path))
-        return false;
-    if (outLocation.isEmpty())
-        path.replace(".dgn", ".dwg");
-    else
-        path = QFileInfo(outLocation).absolutePath() + "/" + QFileInfo(path).baseName() + ".dwg";
-    writeResult(path, result);
-    return true;
+    return dgn2Dwg(path, error, outLocation, {});
+}
+
+bool dwg2Dgn(QString inPath, QString& error, QString outPath, const CloudTransferOptions& options)
+{
+    if (converted(toDgn(inPath, outPath, options), error))
+        return true;
+    SendLogInfo(error.toLocal8Bit().constData(), 0);
+    return false;
 }
 
 bool dwg2Dgn(QString inPath, QString& error, QString outPath)
 {
-    QByteArray result;
-    if (!converted(result, error, "ConDwg2Dgn", inPath)) {
-        SendLogInfo(error.toLocal8Bit().constData(), 0);
-        return false;
-    }
-    writeResult(outPath, result);
-    return true;
+    return dwg2Dgn(inPath, error, outPath, {});
+}
+
+CloudTransferJob* dgn2DwgJob(
+    QString path, QString outLocation, const CloudTransferOptions& options, QObject* parent)
+{
+    return TransferJobs::make(toDwg(path, outLocation, options), parent);
+}
+
+CloudTransferJob* dwg2DgnJob(
+    QString inPath, QString outPath, const CloudTransferOptions& options, QObject* parent)
+{
+    return TransferJobs::make(toDgn(inPath, outPath, options), parent);
 }

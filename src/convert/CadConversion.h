@@ -2,9 +2,13 @@
 #pragma once
 
 #include "net/CloudFailure.h"
+#include "net/CloudTransferOptions.h"
 #include "tav_cloud_platform_sdk_export.h"
 
 #include <QString>
+
+class CloudTransferJob;
+class QObject;
 
 /// \file
 /// Conversion of drawings by the conversion service. The whole drawing is sent and the whole result received;
@@ -41,3 +45,20 @@ TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QStri
 /// What kind of failure the last conversion on the calling thread ended in; CloudFailure::None when the
 /// result is in its file.
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFailure lastConversionFailure();
+
+/// \name Large drawings
+/// The same with a limit and a progress function of the caller's; see CloudTransferOptions. With a progress
+/// function they show no dialog. One that is given up by it returns false with an empty \a error.
+/// @{
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(
+    QString& path, QString& error, QString outLocation, const CloudTransferOptions& options);
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(
+    QString inPath, QString& error, QString outPath, const CloudTransferOptions& options);
+
+/// The same as jobs, which show no dialog; for the caller to start, and to destroy unless \a parent does. A
+/// result that cannot be written is a failure of theirs.
+TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob* dgn2DwgJob(
+    QString path, QString outLocation, const CloudTransferOptions& options = {}, QObject* parent = nullptr);
+TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob* dwg2DgnJob(
+    QString inPath, QString outPath, const CloudTransferOptions& options = {}, QObject* parent = nullptr);
+/// @}

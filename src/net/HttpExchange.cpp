@@ -217,8 +217,10 @@ void HttpExchange::tick()
     if (ticking || replyCame)
         return;
     ticking = true;
+    // Whatever happens in it, the end of this object included.
+    const auto progress = request.options.progress;
     const QPointer<HttpExchange> self(this);
-    const bool goesOn = request.options.progress(state);
+    const bool goesOn = progress(state);
     if (!self)
         return;
     ticking = false;
@@ -230,9 +232,8 @@ void HttpExchange::checkTime()
 {
     if (replyCame)
         return;
-    const qint64 left = request.options.limit == CloudTransferOptions::Limit::LastByte
-        ? limitMs() - sinceMove.elapsed()
-        : 0;
+    const qint64 left =
+        request.options.limit == CloudTransferOptions::Limit::LastByte ? limitMs() - sinceMove.elapsed() : 0;
     if (left > 0)
         limit.start(int(left));
     else
@@ -261,7 +262,7 @@ void HttpExchange::conclude()
 
 QString HttpExchange::errorText() const
 {
-    if (cancelled)
+    if (cancelled || failure() == CloudFailure::None || failure() == CloudFailure::NotWritten)
         return QString();
     return failure() == CloudFailure::TimedOut || failure() == CloudFailure::Cancelled ? connectionTimedOut()
                                                                                        : replyUnusable();
@@ -285,9 +286,9 @@ void HttpExchange::judgeReply()
 /// Whether the rest of a download that was cut is asked for. A platform that restarts is given time.
 bool HttpExchange::continuesAfter(CloudFailure failure)
 {
-    const bool cut = failure == CloudFailure::Unusable || failure == CloudFailure::NoConnection
-        || (failure == CloudFailure::Unavailable && isAway(*reply));
-    if (!cut || !request.options.continueDownloads || !request.reader->canContinue())
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const bool lost = reply->error() != QNetworkReply::NoError && status / 100 <= 2;
+    if (!request.options.continueDownloads || !request.reader->canContinue() || (!lost && !isAway(*reply)))
         return false;
     log->finish(*reply, 0, false, problemOf(*reply, failure));
     lastAttempt = failure;
@@ -315,8 +316,7 @@ void HttpExchange::end(CloudFailure failure)
     for (QTimer* timer : {&limit, &ticks, &nextAttempt})
         timer->stop();
     if (reply) {
-        log->finish(
-            *reply, request.body->size(), failure == CloudFailure::None, problemOf(*reply, failure));
+        log->finish(*reply, request.body->size(), failure == CloudFailure::None, problemOf(*reply, failure));
         dropReply();
     }
     manager.reset();

@@ -46,8 +46,8 @@ public:
     /// Gives up what still runs.
     ~HttpExchange() override;
 
-    /// Returns at once. Once only. False when the request cannot be sent: conclude() says why, which happens by
-    /// itself when the event loop runs.
+    /// Returns at once. Once only. False when the request cannot be sent: conclude() says why, which happens
+    /// by itself when the event loop runs.
     bool start();
     /// Ends it with CloudFailure::Cancelled, if it has not ended.
     void cancel();
@@ -57,7 +57,8 @@ public:
     bool isFinished() const { return ended.has_value(); }
     /// What it ended in.
     CloudFailure failure() const { return ended.value_or(CloudFailure::None); }
-    /// The text that an operation returns for a failure; empty when cancel() or the progress function ended it.
+    /// The text that an operation returns for a failure; empty when cancel() or the progress function ended
+    /// it.
     QString errorText() const;
     ReplyReader& reader() const { return *request.reader; }
     CloudTransferProgress progress() const { return state; }

@@ -14,6 +14,8 @@ namespace tav {
 
 namespace {
 
+constexpr int block = 48 << 10; // of threes, so that the blocks' texts join to the whole file's
+
 /// \a name within the quotes of a Content-Disposition header, escaped as browsers do it, so that no name can
 /// end its quotes or begin a header of its own.
 QByteArray quotable(const QString& name)
@@ -28,7 +30,7 @@ std::unique_ptr<QFile> openedFile(const QString& path)
 {
     auto file = std::make_unique<QFile>(path);
     if (!QFileInfo(path).isFile() || !file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        qCWarning(cloudLog) << "the file to upload cannot be read";
+        qCWarning(cloudLog) << "the file to send cannot be read";
         return nullptr;
     }
     return file;
@@ -59,8 +61,23 @@ RequestBody::RequestBody(const QMap<QString, QVariant>& fields, const QString& f
         head += quotable(QFileInfo(filePath).fileName()) + "\"\r\n\r\n";
         tail = "\r\n" + delimiter + "--\r\n";
         file = openedFile(filePath);
-        fileSize = file ? file->size() : 0;
+        fileSize = fileLength = file ? file->size() : 0;
     }
+    open(ReadOnly | Unbuffered);
+}
+
+RequestBody::RequestBody(
+    const QByteArray& before, const QString& filePath, qint64 limit, const QByteArray& after)
+    : head(before)
+    , file(openedFile(filePath))
+    , encodes(true)
+    , tail(after)
+{
+    if (file && file->size() <= limit)
+        fileSize = file->size();
+    else if (file)
+        qCWarning(cloudLog) << "the file to send is larger than" << limit << "bytes";
+    fileLength = (fileSize + 2) / 3 * 4;
     open(ReadOnly | Unbuffered);
 }
 
@@ -90,9 +107,9 @@ qint64 RequestBody::readData(char* data, qint64 maxSize)
 
     if (at < head.size())
         copy(head, at);
-    while (done < maxSize && at >= head.size() && at < head.size() + fileSize) {
-        const qint64 left = head.size() + fileSize - at;
-        const qint64 count = file->read(data + done, std::min(maxSize - done, left));
+    while (done < maxSize && at >= head.size() && at < head.size() + fileLength) {
+        const qint64 most = std::min(maxSize - done, head.size() + fileLength - at);
+        const qint64 count = encodes ? readEncoded(data + done, most) : file->read(data + done, most);
         if (count <= 0) {
             fileShort = true;
             return done > 0 ? done : -1;
@@ -100,9 +117,26 @@ qint64 RequestBody::readData(char* data, qint64 maxSize)
         at += count;
         done += count;
     }
-    if (at >= head.size() + fileSize)
-        copy(tail, at - head.size() - fileSize);
+    if (at >= head.size() + fileLength)
+        copy(tail, at - head.size() - fileLength);
     return done;
+}
+
+/// 0 once there is nothing more, and where the file is no longer as long as it was.
+qint64 RequestBody::readEncoded(char* data, qint64 maxSize)
+{
+    if (encodedAt == encoded.size()) {
+        const qint64 most = std::min<qint64>(block, fileSize - file->pos());
+        const QByteArray bytes = file->read(most);
+        if (bytes.size() != most)
+            return 0;
+        encoded = bytes.toBase64();
+        encodedAt = 0;
+    }
+    const int count = int(std::min<qint64>(maxSize, encoded.size() - encodedAt));
+    std::memcpy(data, encoded.constData() + encodedAt, size_t(count));
+    encodedAt += count;
+    return count;
 }
 
 } // namespace tav

@@ -12,8 +12,8 @@ class QNetworkRequest;
 
 namespace tav {
 
-/// The body of a request: bytes, and for an upload the bytes of a file between them, read from disk as
-/// they are needed. The length is fixed when the body is made.
+/// The body of a request: bytes, and for an upload a file between them, read from disk as it is needed. The
+/// length is fixed when the body is made.
 ///
 /// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when
 /// the peer closes without answering; a body that refuses makes it report an error instead. So every request
@@ -28,6 +28,10 @@ public:
     /// filePath is empty, the part "file". Only a regular file that can be opened has bytes in it.
     RequestBody(const QMap<QString, QVariant>& fields, const QString& filePath);
 
+    /// The file at \a filePath in Base64, between \a before and \a after. Nothing between them where the file
+    /// is none that can be opened, or has more than \a limit bytes.
+    RequestBody(const QByteArray& before, const QString& filePath, qint64 limit, const QByteArray& after);
+
     /// Says in \a request what this body is.
     void describeIn(QNetworkRequest& request) const;
 
@@ -36,7 +40,7 @@ public:
     bool cameUpShort() const { return fileShort; }
 
     bool isSequential() const override { return false; }
-    qint64 size() const override { return head.size() + fileSize + tail.size(); }
+    qint64 size() const override { return head.size() + fileLength + tail.size(); }
     bool seek(qint64 pos) override;
     bool reset() override { return false; }
 
@@ -45,10 +49,16 @@ protected:
     qint64 writeData(const char*, qint64) override { return -1; }
 
 private:
+    qint64 readEncoded(char* data, qint64 maxSize);
+
     QByteArray boundary; // of a multipart body
     QByteArray head;
     std::unique_ptr<QFile> file;
-    qint64 fileSize = 0;
+    qint64 fileSize = 0; // on the disk
+    qint64 fileLength = 0; // in the body
+    bool encodes = false;
+    QByteArray encoded; // of the block of the file that is being sent
+    int encodedAt = 0;
     QByteArray tail;
     qint64 at = 0;
     bool fileShort = false;
