@@ -553,6 +553,14 @@
         <source>Not downloaded: %1.</source>
         <translation>未下载：%1。</translation>
     </message>
+    <message>
+        <source>Cancelled. Files that were downloaded: %1</source>
+        <translation>已取消。已下载的文件：%1</translation>
+    </message>
+    <message>
+        <source>Not everything could be downloaded. Try the rest again?</source>
+        <translation>未能全部下载。是否重试其余文件？</translation>
+    </message>
 </context>
 <context>
     <name>CreateCloudProjectDlg</name>
@@ -1108,6 +1116,41 @@
     <message>
         <source>Password</source>
         <translation>密码</translation>
+    </message>
+</context>
+<context>
+    <name>tav::TransferDialog</name>
+    <message>
+        <source>Transfer</source>
+        <translation>传输</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished">取消</translation>
+    </message>
+    <message>
+        <source>%1 (%2 of %3)</source>
+        <translation>%1（第 %2 个，共 %3 个）</translation>
+    </message>
+    <message>
+        <source>Waiting for the platform...</source>
+        <translation>正在等待平台...</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <translation type="unfinished">第 %1 个，共 %2 个</translation>
+    </message>
+    <message>
+        <source>About %1 s left</source>
+        <translation>大约还需 %1 秒</translation>
+    </message>
+    <message>
+        <source>About %1 min left</source>
+        <translation>大约还需 %1 分钟</translation>
+    </message>
+    <message>
+        <source>About %1 h left</source>
+        <translation>大约还需 %1 小时</translation>
     </message>
 </context>
 <context>

@@ -133,7 +133,7 @@ Waiting::Waiting(QWidget* within, const QString& what)
         if (!part->isWindow())
             disabled.emplace_back(part);
     }
-    if (window->isVisible())
+    if (window->isVisible() && !what.isEmpty())
         note = new WindowNote(window, what);
     QApplication::setOverrideCursor(Qt::WaitCursor);
 }

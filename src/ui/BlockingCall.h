@@ -96,12 +96,13 @@ enum class Outcome
 {
     Done,
     Refused, ///< by the platform or on the way to it
+    Cancelled, ///< by the user, in the window of a transfer
     Abandoned ///< the window was closed or destroyed, or the application quits: nobody waits for an answer
 };
 
 /// Runs \a request, which blocks in an event loop of its own, with the window of \a within Waiting; not when
 /// nobody waits for it any more. After Outcome::Abandoned the caller may not exist any more.
-/// \param what what the window is doing, for the user
+/// \param what what the window is doing, for the user; empty where another window says it
 Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request);
 
 } // namespace tav

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ui/Steps.h"
 
+#include "net/CloudTransferJob.h"
+#include "ui/TransferDialog.h"
+
 #include <QCoreApplication>
 #include <QDialog>
 #include <QLineEdit>
@@ -40,6 +43,14 @@ QString helpOf(const Answer& answer)
     return answer.reason == answer.error ? QString() : answer.reason;
 }
 
+/// Whether it was done; else says \a complaint and why.
+bool told(const Answer& answer, QWidget* window, const QString& complaint, const QString& button)
+{
+    if (answer.outcome == Outcome::Refused)
+        fail(window, complaint, button, answer.reason);
+    return answer.outcome == Outcome::Done;
+}
+
 } // namespace
 
 Answer ask(QWidget* within, const QString& what, const SessionRequest& request)
@@ -52,13 +63,44 @@ Answer ask(QWidget* within, const CloudHandle& client, const QString& what, cons
     return askFor(within, what, client, request);
 }
 
+bool showsTransfers(const CloudHandle& client)
+{
+    return client->getTransferOptions().limit == CloudTransferOptions::Limit::LastByte;
+}
+
+Answer carry(QWidget* within, const CloudHandle& client, const QString& what, const Transfer& transfer,
+    TransferDialog* dialog)
+{
+    if (!dialog)
+        return ask(within, client, what, transfer.request);
+    const std::unique_ptr<CloudTransferJob> job(transfer.job(*client));
+    Answer answer{};
+    // The dialog says what the window is doing.
+    answer.outcome = callPlatform(within, QString(), [&] {
+        TransferDialog::run(dialog, *job, what);
+        return job->failure() == CloudFailure::None;
+    });
+    answer.error = job->errorText();
+    answer.reason = cloudFailureText(job->failure(), answer.error);
+    if (answer.outcome == Outcome::Refused && job->failure() == CloudFailure::Cancelled)
+        answer.outcome = Outcome::Cancelled;
+    return answer;
+}
+
 bool perform(QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request,
     const QString& complaint, const QString& button)
 {
-    const Answer answer = ask(window, client, what, request);
-    if (answer.outcome == Outcome::Refused)
-        fail(window, complaint, button, answer.reason);
-    return answer.outcome == Outcome::Done;
+    return told(ask(window, client, what, request), window, complaint, button);
+}
+
+bool perform(QWidget* window, const CloudHandle& client, const QString& what, const Transfer& transfer,
+    const QString& complaint, const QString& button)
+{
+    const QPointer<TransferDialog> dialog(
+        showsTransfers(client) ? new TransferDialog(window->window()) : nullptr);
+    const Answer answer = carry(window, client, what, transfer, dialog);
+    delete dialog;
+    return told(answer, window, complaint, button);
 }
 
 bool inform(QWidget* window, const QString& text, const QString& button, const QString& more)

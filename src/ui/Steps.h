@@ -6,6 +6,7 @@
 #include "ui/BlockingCall.h"
 #include "ui/MessageBoxes.h"
 
+class CloudTransferJob;
 class QDialog;
 class QLineEdit;
 
@@ -14,6 +15,8 @@ class QLineEdit;
 /// not touch its window, which may have been destroyed.
 
 namespace tav {
+
+class TransferDialog;
 
 /// How a request ended, and why it was refused. The reasons are copied as soon as it ends: a timer of the
 /// host may use the same session or client before the wait is over.
@@ -27,13 +30,29 @@ struct Answer
 using SessionRequest = std::function<bool(CloudAccountLogin&)>;
 using CloudRequest = std::function<bool(CloudFileManger&)>;
 
+/// What carries a file, in the two faces of the client.
+struct Transfer
+{
+    CloudRequest request;
+    std::function<CloudTransferJob*(const CloudFileManger&)> job;
+};
+
 /// Runs \a request with the window of \a within Waiting for \a what.
 Answer ask(QWidget* within, const QString& what, const SessionRequest& request);
 Answer ask(QWidget* within, const CloudHandle& client, const QString& what, const CloudRequest& request);
 
+/// Whether the transfers of \a client are shown in a window of their own.
+bool showsTransfers(const CloudHandle& client);
+/// Does \a transfer in \a dialog, or, without one, as ask() does its request.
+Answer carry(QWidget* within, const CloudHandle& client, const QString& what, const Transfer& transfer,
+    TransferDialog* dialog);
+
 /// Runs \a request and, when it was refused, shows \a complaint with the reason. True when it was done.
 /// \param button as for fail()
 bool perform(QWidget* window, const CloudHandle& client, const QString& what, const CloudRequest& request,
+    const QString& complaint, const QString& button = QString());
+/// The same of a transfer.
+bool perform(QWidget* window, const CloudHandle& client, const QString& what, const Transfer& transfer,
     const QString& complaint, const QString& button = QString());
 
 /// Shows guidance or a success.

@@ -17,6 +17,7 @@ target_sources(tav_cloud_platform_internals PRIVATE
     ui/FieldGrid.cpp
     ui/MessageBoxes.cpp
     ui/Steps.cpp
+    ui/TransferDialog.cpp
     ui/Translation.cpp
     ui/WindowNote.cpp
     ui/account/AccountFile.cpp

@@ -89,6 +89,7 @@ bool ChoiceCloudProjectDlg::load()
     case Outcome::Refused:
         table->setEmptyText(tr("The cloud projects could not be loaded.") + "\n" + answer.reason);
         return true;
+    case Outcome::Cancelled:
     case Outcome::Abandoned:
         break;
     }

@@ -2,6 +2,7 @@
 #include "ui/cloudspace/CloudShareTabWidget.h"
 
 #include "net/CloudQuery.h"
+#include "net/CloudTransferJob.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 #include "ui/FieldGrid.h"
@@ -401,9 +402,14 @@ bool CloudShareTabWidget::upload(const QString& path, QString& fileId, const QSt
         return false;
 
     int id = 0;
-    const bool uploaded = perform(
-        this, client, tr("Uploading %1...").arg(file.fileName()),
+    const Transfer transfer{
         [&](CloudFileManger& cloud) { return cloud.UploadCloudShareFile2(typeFlag, supportType, path, id); },
+        [&](const CloudFileManger& cloud) {
+            auto* job = cloud.shareUploadJob(typeFlag, supportType, path);
+            QObject::connect(job, &CloudTransferJob::finished, [&id, job] { id = job->logicalId(); });
+            return job;
+        }};
+    const bool uploaded = perform(this, client, tr("Uploading %1...").arg(file.fileName()), transfer,
         tr("File upload failed!"), button);
     fileId = QString::number(id);
     return uploaded;

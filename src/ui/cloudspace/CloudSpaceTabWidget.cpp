@@ -5,6 +5,7 @@
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
 #include "ui/Steps.h"
+#include "ui/TransferDialog.h"
 #include "ui/WindowNote.h"
 #include "ui/cloudspace/EnterKey.h"
 #include "ui/cloudspace/TavFileButton.h"
@@ -95,6 +96,17 @@ bool isPlainFileName(const QString& name)
     const bool hasDrive = name.size() >= 2 && name[0].isLetter() && name[1] == ':';
     return !name.isEmpty() && name != "." && name != ".." && !name.contains('/') && !name.contains('\\')
         && !hasDrive;
+}
+
+/// How many files there are in \a element; one that is a file itself counts.
+int filesIn(const ITreeElement* element)
+{
+    if (typeOf(element, "-1") != 0)
+        return 1;
+    int files = 0;
+    for (const ITreeElement* child = element->firstChild(); child; child = child->nextSibling())
+        files += filesIn(child);
+    return files;
 }
 
 /// Tells that a download runs, without an end in sight and without a button.
@@ -331,16 +343,55 @@ void CloudSpaceTabWidget::_onDownload()
         return;
 
     delete note;
+    const auto kept = tree; // should a refresh come in between
     missed.clear();
     reasons.clear();
-    const auto kept = tree; // should a refresh come in between
-    const QPointer<DownloadProgress> progress(new DownloadProgress(this));
-    const Outcome outcome = downloadTreeElement(selected->element, directory, selected->getDescription());
+    failed.clear();
+    downloaded = 0;
+    QPointer<QDialog> progress;
+    if (showsTransfers(client)) {
+        progress = transfers = new TransferDialog(window());
+        transfers->setCount(filesIn(selected->element));
+    } else {
+        progress = new DownloadProgress(this);
+    }
+    Outcome outcome = downloadTreeElement(selected->element, directory, selected->getDescription());
+    while (outcome == Outcome::Refused && transfers && !failed.isEmpty())
+        outcome = downloadAgain();
     delete progress;
     if (outcome == Outcome::Done)
         inform(this, tr("The download is complete!"), tr("OK"));
     if (outcome == Outcome::Refused)
-        tellMissed();
+        tell(missedText());
+    if (outcome == Outcome::Cancelled)
+        tell(tr("Cancelled. Files that were downloaded: %1").arg(downloaded));
+}
+
+/// Tries those that failed once more, if the user wants that. Outcome::Refused, with nothing to try, if not.
+Outcome CloudSpaceTabWidget::downloadAgain()
+{
+    const Attendance attendance(this);
+    const auto again = std::exchange(failed, {});
+    transfers->hide();
+    const bool wanted = confirm(transfers->parentWidget(),
+        tr("Not everything could be downloaded. Try the rest again?"), missedText());
+    if (!attendance.lasts())
+        return Outcome::Abandoned;
+    if (!wanted)
+        return Outcome::Refused;
+    for (const Failed& one : again)
+        missed.removeOne(one.description);
+    reasons.clear();
+    transfers->setCount(again.size());
+    Outcome outcome = missed.isEmpty() ? Outcome::Done : Outcome::Refused;
+    for (const Failed& one : again) {
+        const Outcome ofFile = downloadFile(one.file, one.target, one.description);
+        if (ofFile == Outcome::Abandoned || ofFile == Outcome::Cancelled)
+            return ofFile;
+        if (ofFile == Outcome::Refused)
+            outcome = ofFile;
+    }
+    return outcome;
 }
 
 /// After Outcome::Abandoned this may not exist any more.
@@ -359,7 +410,7 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(
     for (const Child& child : childrenOf(element)) {
         const Outcome ofChild = downloadTreeElement(
             child.element, directory + '/' + name, description + '/' + child.description());
-        if (ofChild == Outcome::Abandoned)
+        if (ofChild == Outcome::Abandoned || ofChild == Outcome::Cancelled)
             return ofChild;
         if (ofChild == Outcome::Refused)
             outcome = ofChild;
@@ -386,12 +437,21 @@ Outcome CloudSpaceTabWidget::downloadFile(
             return miss(description);
     }
 
-    const auto request = [&](CloudFileManger& cloud) {
-        return fileId.isEmpty() ? cloud.DownloadCloudProFile(projectId, target)
-                                : cloud.DownloadCloudShareFile(fileId, target);
-    };
-    const Answer answer = ask(this, client, tr("Downloading %1...").arg(description), request);
-    return answer.outcome == Outcome::Refused ? miss(description, answer.reason) : answer.outcome;
+    const Transfer transfer{[&](CloudFileManger& cloud) {
+                                return fileId.isEmpty() ? cloud.DownloadCloudProFile(projectId, target)
+                                                        : cloud.DownloadCloudShareFile(fileId, target);
+                            },
+        [&](const CloudFileManger& cloud) {
+            return fileId.isEmpty() ? cloud.backupDownloadJob(projectId, target)
+                                    : cloud.shareDownloadJob(fileId, target);
+        }};
+    const Answer answer = carry(this, client, tr("Downloading %1...").arg(description), transfer, transfers);
+    if (answer.outcome == Outcome::Done)
+        ++downloaded;
+    if (answer.outcome != Outcome::Refused)
+        return answer.outcome;
+    failed.append({file, target, description});
+    return miss(description, answer.reason);
 }
 
 Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
@@ -403,13 +463,13 @@ Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
 }
 
 /// What the last download left out, and why.
-void CloudSpaceTabWidget::tellMissed()
+QString CloudSpaceTabWidget::missedText() const
 {
     constexpr int most = 5;
     QString names = QStringList(missed.mid(0, most)).join(", ");
     if (missed.size() > most)
         names += QStringLiteral(", ... (%1)").arg(missed.size());
-    tell(tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' '));
+    return tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' ');
 }
 
 /// Shows a line on the tiles until the next step, for what is told without a message box.

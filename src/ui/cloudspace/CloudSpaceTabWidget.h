@@ -19,6 +19,7 @@ class TavFileButton;
 
 namespace tav {
 class TileArea;
+class TransferDialog;
 class WindowNote;
 } // namespace tav
 
@@ -57,9 +58,10 @@ private:
     tav::Outcome downloadTreeElement(
         const ITreeElement* element, const QString& directory, const QString& description);
     tav::Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
+    tav::Outcome downloadAgain();
     tav::Outcome miss(const QString& name, const QString& reason = QString());
     void tell(const QString& text);
-    void tellMissed();
+    QString missedText() const;
 
     // In the tab order, which is that of their making.
     QPushButton* backButton;
@@ -74,6 +76,16 @@ private:
     QList<TavFileButton*> tileList;
     QClipboard* clipboard; // not used here
     QPointer<tav::WindowNote> note;
-    QStringList missed; // by the last download
+    // Of the last download:
+    QPointer<tav::TransferDialog> transfers; // null where the note tells of them
+    int downloaded = 0;
+    QStringList missed;
     QStringList reasons; // for that
+    struct Failed
+    {
+        const ITreeElement* file;
+        QString target;
+        QString description;
+    };
+    QVector<Failed> failed; // of those that were missed: what another try may bring
 };
