@@ -6,6 +6,7 @@
 #include "convert/CadConversion.h"
 #include "core/ITreeElement.h"
 #include "net/CloudQuery.h"
+#include "net/CloudTransferJob.h"
 #include "ui/Translation.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
@@ -107,6 +108,23 @@ void projects(const QString& drawing, const QString& target)
     if (client.AddCloudProInfo("Survey", "North field"))
         say("Created as " + client.getProjectId()); // which is the current project now
     //! [AddCloudProInfo]
+    //! [CloudTransferJob]
+    CloudTransferOptions patient;
+    patient.limit = CloudTransferOptions::Limit::LastByte;
+    patient.limitMs = 30000;
+    client.setTransferOptions(patient);
+
+    CloudTransferJob* job = client.backupJob(drawing);
+    QObject::connect(job, &CloudTransferJob::progressed, [](const CloudTransferProgress& progress) {
+        say(QStringLiteral("%1 of %2 bytes").arg(progress.bytesDone).arg(progress.bytesTotal));
+    });
+    QObject::connect(job, &CloudTransferJob::finished, [job](bool done) {
+        say(done ? "Backed up." : cloudFailureText(job->failure(), job->errorText()));
+        job->deleteLater();
+    });
+    job->start();
+    //! [CloudTransferJob]
+
     //! [BackupCloudProFile]
     if (!client.BackupCloudProFile(drawing)) // replaces the backup that the current project has
         failed(client);

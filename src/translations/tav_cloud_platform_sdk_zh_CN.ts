@@ -1126,7 +1126,7 @@
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">取消</translation>
+        <translation>取消</translation>
     </message>
     <message>
         <source>%1 (%2 of %3)</source>
@@ -1138,7 +1138,7 @@
     </message>
     <message>
         <source>%1 of %2</source>
-        <translation type="unfinished">第 %1 个，共 %2 个</translation>
+        <translation>%1 / %2</translation>
     </message>
     <message>
         <source>About %1 s left</source>

@@ -21,7 +21,7 @@ int main(int argc, char* argv[])
     const QApplication application(argc, argv);
     qputenv("TAV_CLIENT_CREDENTIAL", clientCredential().toUtf8());
     qputenv("TAV_REFRESH_BEARER", refreshBearer().toUtf8());
-    qputenv("TAV_CIPHER_KEY", accountCipherKey().toUtf8());
+    qputenv("TAV_CIPHER_KEY", accountCipherKey());
     PlatformUnderTest platform;
     setPlatformAddress(QStringLiteral("http://127.0.0.1:%1").arg(platform.port()));
 
