@@ -37,7 +37,7 @@ QStringList fittingLines(const QString& text, const QFont& font, int width, int 
         return {metrics.elidedText(text, Qt::ElideMiddle, width)};
     const int step = qMax(metrics.averageCharWidth(), 1);
     for (int room = width * maximumLines; room > 0; room -= step) {
-        const QStringList lines = brokenLines(metrics.elidedText(text, Qt::ElideMiddle, room), font, width);
+        QStringList lines = brokenLines(metrics.elidedText(text, Qt::ElideMiddle, room), font, width);
         if (lines.size() <= maximumLines)
             return lines;
     }

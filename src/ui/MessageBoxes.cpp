@@ -54,7 +54,7 @@ QPushButton* addButton(QMessageBox* box, QMessageBox::StandardButton which, cons
 
 /// Runs and deletes \a box; \a answer becomes the button pressed. False when nobody waits for the answer any
 /// more, which includes that the application quits: that ends a box without closing it.
-bool isAnswered(QPointer<QMessageBox> box, const Attendance& attendance, int& answer)
+bool isAnswered(const QPointer<QMessageBox>& box, const Attendance& attendance, int& answer)
 {
     const PlainCursor cursor;
     answer = box->exec();
