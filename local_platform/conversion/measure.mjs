@@ -38,10 +38,9 @@ class Sum {
 
   count(kind, layer, color, size) {
     this.kinds.set(kind, (this.kinds.get(kind) ?? 0) + 1);
-    const key = `${layer}\u0000${color}`;
-    const group = this.groups.get(key);
-    if (group) group.length += size;
-    else this.groups.set(key, { layer, color, length: size });
+    let colors = this.groups.get(layer);
+    if (!colors) this.groups.set(layer, (colors = new Map()));
+    colors.set(color, (colors.get(color) ?? 0) + size);
     this.length += size;
   }
 
@@ -135,11 +134,13 @@ export function differences(expected, actual, resolution) {
     }
   }
   const lengthTolerance = (whole, share) => SAME_LENGTH * whole + share + 4 * near;
-  for (const key of new Set([...expected.groups.keys(), ...actual.groups.keys()])) {
-    const [a, b] = [expected.groups.get(key)?.length ?? 0, actual.groups.get(key)?.length ?? 0];
-    const { layer, color } = expected.groups.get(key) ?? actual.groups.get(key);
-    const slack = lengthTolerance(expected.length, SAME_CURVE * (expected.curved + actual.curved));
-    if (!(Math.abs(a - b) <= slack)) say(`length on layer "${layer}" in colour ${color}`, a, b);
+  const slack = lengthTolerance(expected.length, SAME_CURVE * (expected.curved + actual.curved));
+  const keys = (sum, layer) => [...(sum.groups.get(layer)?.keys() ?? [])];
+  for (const layer of new Set([...expected.groups.keys(), ...actual.groups.keys()])) {
+    for (const color of new Set([...keys(expected, layer), ...keys(actual, layer)])) {
+      const [a, b] = [expected, actual].map((sum) => sum.groups.get(layer)?.get(color) ?? 0);
+      if (!(Math.abs(a - b) <= slack)) say(`length on layer "${layer}" in colour ${color}`, a, b);
+    }
   }
   const count = (sum, kind) => sum.kinds.get(kind) ?? 0;
   if (count(expected, 'fills') !== count(actual, 'fills')) say('fills', count(expected, 'fills'), count(actual, 'fills'));

@@ -89,7 +89,10 @@ function axesOfQuaternion([w, x, y, z]) {
 
 class ElementReader {
   constructor(raw, settings, codec) {
-    Object.assign(this, { raw, settings, codec, at: HEADER });
+    this.raw = raw;
+    this.settings = settings;
+    this.codec = codec;
+    this.at = HEADER;
   }
 
   u8() { return this.raw.readUInt8(this.at++); }
@@ -99,17 +102,17 @@ class ElementReader {
   size() { return this.f64() / this.settings.uorPerMaster; }
   angle() { return this.i32() / ANGLE_UNIT; }
 
-  toMaster([x, y, z]) {
+  toMaster(x, y, z) {
     const { origin, uorPerMaster, is3d } = this.settings;
     return [(x - origin[0]) / uorPerMaster, (y - origin[1]) / uorPerMaster, is3d ? (z - origin[2]) / uorPerMaster : 0];
   }
 
-  point() { return this.toMaster([this.i32(), this.i32(), this.settings.is3d ? this.i32() : 0]); }
-  precisePoint() { return this.toMaster([this.f64(), this.f64(), this.settings.is3d ? this.f64() : 0]); }
+  point() { return this.toMaster(this.i32(), this.i32(), this.settings.is3d ? this.i32() : 0); }
+  precisePoint() { return this.toMaster(this.f64(), this.f64(), this.settings.is3d ? this.f64() : 0); }
 
   /** Lowest and highest corner, as the head of every element has them. */
   range() {
-    const corner = (from) => this.toMaster([0, 4, 8].map((i) => readInt32(this.raw, from + i) ^ 0x80000000));
+    const corner = (from) => this.toMaster(...[0, 4, 8].map((i) => readInt32(this.raw, from + i) ^ 0x80000000));
     return { low: corner(4), high: corner(16) };
   }
 
@@ -122,7 +125,9 @@ class ElementReader {
   points(count = this.u16()) {
     const each = this.settings.is3d ? 12 : 8;
     if (this.at + count * each > this.raw.length) throw new RangeError('points');
-    return Array.from({ length: count }, () => this.point());
+    const result = new Array(count);
+    for (let i = 0; i < count; i++) result[i] = this.point();
+    return result;
   }
 
   get properties() { return this.raw.readUInt16LE(32); }
@@ -142,6 +147,7 @@ class ElementReader {
   /** Whether it is filled and in which colour, whether it is a hole, and what is noted of it. */
   extras() {
     const result = {};
+    if ((this.properties & (IS_HOLE | HAS_ATTRIBUTES)) === 0) return result;
     if (this.properties & IS_HOLE) result.isHole = true;
     this.linkages((at, size) => {
       if (size < 4) return;

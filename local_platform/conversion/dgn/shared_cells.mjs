@@ -46,7 +46,7 @@ export function placeInstance(reader, definition) {
       const origin = placed.map((u) => u / uorPerMaster);
       const local = { x: axes[0], y: axes[1], z: axes[2], origin: [0, 0, 0] };
       // Definitions lie around the origin of the file's coordinates, in its own units.
-      const shift = reader.toMaster([0, 0, 0]).map((u) => -u);
+      const shift = reader.toMaster(0, 0, 0).map((u) => -u);
       const map = { ...local, origin: add(add(mapVector(local, shift), origin), shift.map((u) => -u)) };
       if (fits(map, extent, range, is3d)) return { origin: map.origin, axes };
     }

@@ -28,6 +28,7 @@ class DwgDocument {
   reader;
   #classes;
   #entityHandles = [];
+  #refused = new Set();
   damaged = [];
 
   constructor(bytes, codePage) {
@@ -77,9 +78,8 @@ class DwgDocument {
       return read();
     } catch (error) {
       if (!(error instanceof Damage)) throw error;
-      if (!this.damaged.some((one) => one.handle === handle)) {
-        this.damaged.push({ handle, what: this.kindNow ?? 'object', reason: error.message });
-      }
+      if (!this.#refused.has(handle)) this.damaged.push({ handle, what: this.kindNow ?? 'object', reason: error.message });
+      this.#refused.add(handle);
       return null;
     } finally {
       this.kindNow = null;
@@ -95,9 +95,9 @@ class DwgDocument {
   /** The entity with this handle; null if there is none or it is damaged. */
   entity(handle) {
     const offset = this.#offsets.get(handle);
-    if (offset === undefined) return null;
+    if (offset === undefined || this.#refused.has(handle)) return null;
     return this.#attempt(handle, () => {
-      const kind = this.#kindOf(this.reader.open(offset));
+      const kind = this.#kindOf(this.reader.open(offset, true));
       this.kindNow = kind;
       return kind && readEntity(this.reader, kind);
     });

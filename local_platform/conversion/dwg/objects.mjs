@@ -78,8 +78,8 @@ export class ObjectReader extends BitReader {
     this.strings = year >= 2007 ? new BitReader(bytes) : null;
   }
 
-  /** Goes to the object at a byte, proves its checksum and returns the number of its type. */
-  open(offset) {
+  /** Goes to the object at a byte, proves its checksum unless that was done, and returns the number of its type. */
+  open(offset, isProved = false) {
     const { bytes, year } = this;
     if (!(offset >= 0 && offset < bytes.length)) throw new Damage('an object lies outside of the file');
     const place = { at: offset, end: bytes.length };
@@ -87,7 +87,7 @@ export class ObjectReader extends BitReader {
     const handleBits = year >= 2010 ? unsignedModular(bytes, place) : 0;
     const end = place.at + size;
     if (end + 2 > bytes.length) throw new Damage('an object is cut short');
-    if (crc16(bytes, offset, end) !== (bytes[end] | (bytes[end + 1] << 8))) {
+    if (!isProved && crc16(bytes, offset, end) !== (bytes[end] | (bytes[end + 1] << 8))) {
       throw new Damage('the checksum of an object is wrong');
     }
     this.begin = 8 * place.at;
