@@ -11,8 +11,13 @@ const CURVE_STEPS = 64;
 
 function polygonLength(points, closed) {
   let sum = 0;
-  for (let i = 1; i < points.length; i++) sum += length(subtract(points[i], points[i - 1]));
-  return closed && points.length > 1 ? sum + length(subtract(points[0], points[points.length - 1])) : sum;
+  const last = points.length - 1;
+  for (let i = closed ? 0 : 1; i <= last; i++) {
+    const [p, q] = [points[i === 0 ? last : i - 1], points[i]];
+    const [x, y, z] = [q[0] - p[0], q[1] - p[1], q[2] - p[2]];
+    sum += Math.sqrt(x * x + y * y + z * z);
+  }
+  return sum;
 }
 
 function arcLength(arc) {
