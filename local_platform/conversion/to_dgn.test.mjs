@@ -38,6 +38,18 @@ test('inserts become cells, with what they pass on', () => {
   assert.deepEqual(row.map((e) => e.members[0].points[0]), [[0, 0, 0], [5, 0, 0]]);
 });
 
+test('inserts of one block, turned, scaled and mirrored, are inserts of one block on the way back', () => {
+  const places = [[0, 1, 1], [1, 2, 2], [2, 5, 5], [0, -2, 1], [4, 3, -3]];
+  const { result } = convert((document, add) => {
+    const window = block(document, 'Window-double-1200', segment(0, 0, 1, 0), at(new acad.Circle(), { center: new XYZ(0.5, 0.5, 0), radius: 0.3 }));
+    places.forEach(([rotation, xScale, yScale], i) => add(at(new acad.Insert(window), { insertPoint: new XYZ(9 * i, 7, 0), rotation, xScale, yScale })));
+  });
+  const back = readDwg(dgnToDwg(result.bytes).bytes);
+  assert.deepEqual([...back.blocks.values()].map((one) => one.name).slice(2), ['Window-double-1200']);
+  const axes = (turn, x, y) => [[x * Math.cos(turn), x * Math.sin(turn)], [-y * Math.sin(turn), y * Math.cos(turn)]];
+  assertClose([...back.parts(back.model)].map((e) => axes(e.rotation, e.scale[0], e.scale[1])), places.map((p) => axes(...p)), 1e-9);
+});
+
 test('attributes lie where they lie, whatever the scale of their insert', () => {
   const { elements } = convert((document, add) => {
     const insert = at(new acad.Insert(block(document, 'door', segment(0, 0, 1, 0))), { xScale: 10, yScale: 10, zScale: 10 });

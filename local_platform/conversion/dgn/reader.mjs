@@ -159,9 +159,16 @@ class ElementReader {
         const [kind, value] = [this.raw.readUInt16LE(at + 4), this.raw.readUInt16LE(at + 6)];
         if (kind === NOTE.layer) result.layerNote = value;
         if (kind === NOTE.block) result.blockNote = value;
+        if (kind === NOTE.axes && size >= 80) result.axesNote = this.#noted(at + 8);
       }
     });
     return result;
+  }
+
+  /** Three vectors. */
+  #noted(at) {
+    const row = (from) => [0, 8, 16].map((i) => this.raw.readDoubleLE(from + i));
+    return [row(at), row(at + 24), row(at + 48)];
   }
 
   shape() {
@@ -217,7 +224,10 @@ class ElementReader {
     const m = Array.from({ length: is3d ? 9 : 4 }, () => this.i32() / MATRIX_UNIT);
     const axes = is3d ? [[m[0], m[3], m[6]], [m[1], m[4], m[7]], [m[2], m[5], m[8]]]
       : [[m[0], m[2], 0], [m[1], m[3], 0], [0, 0, 1]];
-    return { name, axes, origin: this.point(), members: [], ...this.extras(), resolution: 1 / uorPerMaster };
+    const { axesNote, ...extras } = this.extras();
+    // The exact axes count as long as nobody has turned the cell since.
+    const isSame = axesNote?.every((axis, i) => (i === 2 && !is3d) || axis.every((v, k) => Math.abs(v - axes[i][k]) <= 2 / MATRIX_UNIT));
+    return { name, axes: isSame ? axesNote : axes, origin: this.point(), members: [], ...extras, resolution: 1 / uorPerMaster };
   }
 }
 

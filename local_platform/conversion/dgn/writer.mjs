@@ -85,7 +85,7 @@ class ElementWriter {
   }
 
   /** Fill and notes; returns what the properties must say of them. */
-  attributes({ filled, fillColor, color, isHole, layerNote, blockNote }) {
+  attributes({ filled, fillColor, color, isHole, layerNote, blockNote, axes }) {
     if (!filled && !isHole && layerNote === undefined && blockNote === undefined) return 0;
     const notes = [[NOTE.layer, layerNote], [NOTE.block, blockNote]].filter(([, value]) => value !== undefined);
     if (filled) {
@@ -94,6 +94,11 @@ class ElementWriter {
       this.zeros(6);
     }
     for (const [kind, value] of notes) for (const word of [0x1003, NOTE_LINKAGE, kind, value]) this.u16(word);
+    if (blockNote !== undefined) {
+      // A cell's own matrix has but five digits.
+      for (const word of [0x1027, NOTE_LINKAGE, NOTE.axes, 0]) this.u16(word);
+      this.raw(new Uint8Array(Float64Array.from(axes.flat()).buffer));
+    }
     return (filled || notes.length > 0 ? HAS_ATTRIBUTES : 0) | (isHole ? IS_HOLE : 0);
   }
 

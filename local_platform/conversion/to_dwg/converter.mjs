@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The elements of a DGN drawing as entities of a DWG one: each with its symbology, cells as blocks and inserts.
 
-import { cross, dot, length, mapVector, ocs, scale, unit } from '../geometry.mjs';
+import { FULL_TURN, cross, dot, isCircular, length, mapVector, ocs, scale, unit } from '../geometry.mjs';
 import { Tally } from '../outcome.mjs';
 import { indexedColors, lineWeightNumber } from '../symbology.mjs';
 import { mapElement } from '../to_dgn/converter.mjs';
@@ -33,6 +33,20 @@ function insertOf(axes, origin) {
   const at = [dot(origin, system.x), dot(origin, system.y), dot(origin, system.z)];
   return { kind: 'INSERT', insert: at, rotation, normal: system.z, scale: [sizes[0], isMirrored ? -sizes[1] : sizes[1], sizes[2]] };
 }
+
+/** Level circles and arcs as they would be if nothing had turned or mirrored them. */
+function plainRound(element) {
+  const { axis1, axis2 } = element;
+  if (!axis1 || axis1[2] !== 0 || axis2[2] !== 0 || !isCircular({ axis1, axis2 })) return element;
+  const radius = length(axis1);
+  const axes = { axis1: [radius, 0, 0], axis2: [0, radius, 0] };
+  if (element.kind === 'ellipse') return { ...element, ...axes };
+  const isLeft = cross(axis1, axis2)[2] > 0;
+  const start = Math.atan2(axis1[1], axis1[0]) + (isLeft ? element.start : -element.start);
+  return { ...element, ...axes, start: positive(start), sweep: isLeft ? element.sweep : -element.sweep };
+}
+
+const positive = (angle) => ((angle % FULL_TURN) + FULL_TURN) % FULL_TURN;
 
 /** Whether two lists of elements show the same, give or take `tolerance`. */
 function alike(a, b, tolerance) {
@@ -124,7 +138,7 @@ export class Converter {
     const placed = insertOf(cell.axes, cell.origin);
     const back = placed && inverse({ x, y, z, origin: cell.origin });
     if (!back || cell.members.length === 0) return this.#loose(cell, into);
-    const members = cell.members.map((member) => mapElement(back, member));
+    const members = cell.members.map((member) => plainRound(mapElement(back, member)));
     const block = this.#blockOf(name, members, (4 * this.resolution) / Math.min(...cell.axes.map(length), 1));
     return into.push({ ...placed, block, ...this.#symbology(cell) });
   }
