@@ -161,6 +161,15 @@ test('a long text is split between its characters', () => {
   assert.deepEqual(elements.map((e) => e.text.length), [127, 73]);
 });
 
+test('files that a DGN refers to are named', () => {
+  const bytes = writeDgn({ elements: [FLAT.line] });
+  const attachment = Buffer.alloc(100);
+  attachment.set([9, 5, 48, 0]);
+  attachment.write('C:\\plans\\ground floor.dgn', 60, 'latin1');
+  const { references } = readDgn(Buffer.concat([bytes.subarray(0, -2), attachment, bytes.subarray(-2)]));
+  assert.deepEqual(references, ['drawing: C:\\plans\\ground floor.dgn']);
+});
+
 test('the code page is that of the whole file, unless it is told', () => {
   const texts = ['Matériel', 'Größe', 'plain'].map((text) => ({ ...FLAT.text, text }));
   const western = writeDgn({ elements: texts, codePage: 'windows-1252' });

@@ -37,7 +37,7 @@ export function dgnToDwg(bytes, { codePage } = {}) {
     lineTypeScale: Math.max(high[0] - low[0], high[1] - low[1], 1e-6) / SHEET,
     isOn: (name) => converter.layers.get(name)?.isOn ?? true });
   const { source, leftOut, drawn, layers } = converter;
-  return { bytes: result, leftOut, drawn, source, references: [],
+  return { bytes: result, leftOut, drawn, source, references: drawing.references,
     check: certifyDwg(result, { expected: measure, codePage: writer.codePage }),
     layers: Object.fromEntries([...layers.keys()].map((name) => [name, name])), from: 'DGN V7', damaged: [],
     codePage: writer.codePage, sourceCodePage: drawing.codePage, sharedLevels: 0, resolution: 0 };

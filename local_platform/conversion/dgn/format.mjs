@@ -19,7 +19,7 @@ export const TYPE = {
   library: 1, cell: 2, line: 3, lineString: 4, group: 5, shape: 6, textNode: 7, digitizer: 8, settings: 9,
   levels: 10, curve: 11, chain: 12, closedChain: 14, ellipse: 15, arc: 16, text: 17, surface: 18, solid: 19,
   poles: 21, points: 22, splineSurface: 24, surfaceBoundary: 25, knots: 26, spline: 27, weights: 28,
-  dimension: 33, definition: 34, instance: 35, tag: 37, application: 66,
+  dimension: 33, definition: 34, instance: 35, tag: 37, application: 66, raster: 87,
 };
 
 export const HEADER = 36;

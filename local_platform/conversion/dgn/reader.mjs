@@ -25,6 +25,7 @@ const SURFACES = new Map([[TYPE.surface, 'SURFACE'], [TYPE.solid, 'SOLID'], [TYP
 const LINKS = new Set(['line', 'lineString', 'arc', 'spline', 'chain']);
 
 const MAX_DEPTH = 16;
+const REFERENCE_LEVEL = 9;
 
 /** Walks the elements; every step checks that the element lies within the file. */
 function rawElements(buffer) {
@@ -273,6 +274,7 @@ class DrawingReader {
   drawn = new Tally();
   colors = DEFAULT_COLORS;
   notes = null;
+  references = [];
 
   constructor(buffer, codePage, elements) {
     this.buffer = buffer;
@@ -321,8 +323,8 @@ class DrawingReader {
 
   /** All but the elements, which come later. */
   drawing() {
-    const { settings, definitions, colors, codePage, notes, leftOut, drawn } = this;
-    return { ...settings, definitions, colors, codePage, notes, leftOut, drawn, foreignTexts: () => this.#foreignTexts() };
+    const { settings, definitions, colors, codePage, notes, references, leftOut, drawn } = this;
+    return { ...settings, definitions, colors, codePage, notes, references, leftOut, drawn, foreignTexts: () => this.#foreignTexts() };
   }
 
   #guard(raw, read) {
@@ -342,6 +344,8 @@ class DrawingReader {
     const kind = KIND_OF.get(type);
     if (raw.deleted) return this.#end(i, raw, this.#wordsOf(raw, bytes), 0);
     if (LEFT_OUT.has(type)) this.leftOut.add(LEFT_OUT.get(type));
+    if (type === TYPE.group && raw.level === REFERENCE_LEVEL) this.#reference('drawing', bytes);
+    if (type === TYPE.raster) this.#reference('image', bytes);
     if (type === TYPE.definition) return this.#definition(i, raw, bytes, depth);
     if (type === TYPE.instance) return this.#instance(i, raw, bytes, into);
     if (type === TYPE.spline) return this.#spline(i, raw, bytes, into);
@@ -371,6 +375,13 @@ class DrawingReader {
     into.push(element);
     for (const stranger of strangers) into.push(stranger);
     return end;
+  }
+
+  /** The path of a file that is shown with the drawing, where its element has one. */
+  #reference(kind, bytes) {
+    const path = /[\x20-\x7e]{2,}\.[a-z0-9]{2,4}(?![\x21-\x7e])/i.exec(bytes.toString('latin1', HEADER))?.[0].trim();
+    const what = `${kind}: ${path ?? 'without a path'}`;
+    if (!this.references.includes(what)) this.references.push(what);
   }
 
   #symbology(raw, bytes) {
@@ -498,7 +509,7 @@ function splineOf({ degree, isClosed, isWeighted, poles, knots, weights }) {
 }
 
 /** Throws Refusal. { is3d, uorPerMaster, unitName, origin, hiddenLevels, colors, elements, definitions, codePage, notes,
-    leftOut, drawn }. Elements go into `into`, by its push(), once all that is inside of them is read; its begin(), if it has one,
+    references, leftOut, drawn }. Elements go into `into`, by its push(), once all that is inside of them is read; its begin(), if it has one,
     gets the rest before. */
 export function readDgn(buffer, codePage, into = []) {
   return { ...new DrawingReader(buffer, codePage, into).drawing(), elements: into };
