@@ -184,7 +184,7 @@ describe('damage', () => {
   });
 
   const fill = (document, add) => Array.from({ length: 40 }, (_, i) => add(segment(i, 0, i, 5)));
-  for (const version of ['AC1014', 'AC1015', 'AC1018', 'AC1032']) {
+  for (const version of ['AC1014', 'AC1015', 'AC1018', 'AC1021', 'AC1027', 'AC1032']) {
     test(`a bit that has changed in ${version} is seen`, () => {
       const good = dwgOf(fill, version);
       const lines = convert(fill, version).elements.length;

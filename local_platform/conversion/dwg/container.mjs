@@ -5,7 +5,7 @@
 
 import { Refusal } from '../outcome.mjs';
 import { Damage } from './damage.mjs';
-import { readPages } from './pages.mjs';
+import { hasPages, readPages } from './pages.mjs';
 import { readPages2007 } from './pages_2007.mjs';
 import { readSections } from './sections.mjs';
 
@@ -40,7 +40,8 @@ export function openDwg(bytes) {
   const { mark, year } = release(bytes);
   if (bytes.length < 0x100) throw new Damage('the file is cut short');
   const codePage = CODE_PAGES[bytes.readUInt16LE(0x13)] ?? null;
-  const read = year <= 2000 ? readSections : year === 2007 ? readPages2007 : readPages;
+  // Some programs write R2007 with the pages of the releases around it.
+  const read = year <= 2000 ? readSections : year === 2007 && !hasPages(bytes) ? readPages2007 : readPages;
   const sections = read(bytes);
   for (const name of ['handles', 'objects']) {
     if (!sections[name]) throw new Damage(`the file has no section of ${name}`);

@@ -16,7 +16,7 @@ const SECTION_NAMES = { 'AcDb:Header': 'header', 'AcDb:Classes': 'classes', 'AcD
 const MAX_SECTION = 1 << 30;
 
 /** The head is combined with the numbers of a generator, so that it does not look like one. */
-function plainHead(bytes) {
+function unmasked(bytes) {
   const head = Buffer.from(bytes.subarray(HEAD.at, HEAD.at + HEAD.size));
   if (head.length < HEAD.size) throw new Damage('the file is cut short');
   let seed = 1;
@@ -24,9 +24,17 @@ function plainHead(bytes) {
     seed = (Math.imul(seed, 0x343fd) + 0x269ec3) | 0;
     head[i] ^= (seed >> 16) & 0xff;
   }
+  return head;
+}
+
+const isMarked = (head) => head.toString('latin1', 0, HEAD.mark.length) === HEAD.mark;
+export const hasPages = (bytes) => isMarked(unmasked(bytes));
+
+function plainHead(bytes) {
+  const head = unmasked(bytes);
   const sum = head.readUInt32LE(0x68);
   head.writeUInt32LE(0, 0x68);
-  if (head.toString('latin1', 0, HEAD.mark.length) !== HEAD.mark || crc32(head) !== sum) {
+  if (!isMarked(head) || crc32(head) !== sum) {
     throw new Damage('the checksum of the head of the file is wrong');
   }
   return head;
