@@ -371,7 +371,7 @@ void CloudShareTabWidget::_onOpenGroupManageDlg()
 /// The path of the file to share; empty when there is none, after saying so.
 QString CloudShareTabWidget::fileToShare(const QString& button)
 {
-    const QString path = pathEdit->text();
+    QString path = pathEdit->text();
     if (path.isEmpty()) {
         inform(this, tr("Please select the file to share first."));
         return QString();

@@ -48,7 +48,7 @@ int typeOf(const ITreeElement* element, const char* whenMissing = "")
 /// The id that the platform has for an element: its own, or its project's.
 QString idOf(const ITreeElement* element)
 {
-    const QString fileId = textOf(element, "fileId");
+    QString fileId = textOf(element, "fileId");
     if (!fileId.isEmpty())
         return fileId;
     const QString projectId = textOf(element, "projectId");

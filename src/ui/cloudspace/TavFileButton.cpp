@@ -52,9 +52,10 @@ struct Icons : QObject
 
 const QIcon& iconOf(int type)
 {
-    static QPointer<Icons> icons;
+    static QPointer<Icons> kept;
+    Icons* icons = kept;
     if (!icons)
-        icons = new Icons;
+        kept = icons = new Icons;
     return type == 0 ? icons->folder : icons->file;
 }
 

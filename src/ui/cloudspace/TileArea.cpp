@@ -119,7 +119,7 @@ void TileArea::keyPressEvent(QKeyEvent* event)
 {
     const int last = grid->count() - 1;
     const int index = indexOf(QApplication::focusWidget());
-    int wanted = index;
+    int wanted = 0;
     switch (event->key()) {
     case Qt::Key_Left:
         wanted = index - 1;
