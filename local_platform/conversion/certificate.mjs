@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The proof of a result: it is read back by the reader of its format, which shares no code with the writer,
+// The proof of a result: it is read back by the reader of its format, which shares but tables with the writer,
 // and compared with what was read from the source.
 
 import { readDgn } from './dgn/reader.mjs';

@@ -120,6 +120,7 @@ export class Converter {
   #lastLayer = null;
   #group = 0;
   #contents = new Map();
+  #blockNotes = new Map();
   note = (what) => this.drawn.add(what);
 
   /** Elements of the model go into `elements`, by its push(). */
@@ -269,8 +270,8 @@ export class Converter {
   }
 
   #blockNote(name) {
-    const index = this.blockNames.indexOf(name);
-    return index >= 0 ? index : this.blockNames.push(name) - 1;
+    if (!this.#blockNotes.has(name)) this.#blockNotes.set(name, this.blockNames.push(name) - 1);
+    return this.#blockNotes.get(name);
   }
 
   #insert(insert, outer, symbology) {

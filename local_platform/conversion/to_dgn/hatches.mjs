@@ -8,6 +8,7 @@ import { path } from './curves.mjs';
 
 /** A pattern of more pieces than this is given by its outline. */
 const MAX_PIECES = 20000;
+const MAX_CUTS = 5e7;
 
 function arcOf({ center, axis, ratio, start, end, isLeft }, z) {
   const axis1 = [axis[0], axis[1], 0];
@@ -148,7 +149,7 @@ function patternLines(lines, loops) {
     if (!(Math.abs(rise) > 0)) return null;
     const ranks = points.map((p) => ((p[0] - base[0]) * -along[1] + (p[1] - base[1]) * along[0]) / rise);
     const [low, high] = [Math.ceil(ranks.reduce((a, b) => Math.min(a, b))), Math.floor(ranks.reduce((a, b) => Math.max(a, b)))];
-    if (!(high - low < MAX_PIECES)) return null;
+    if (!(high - low < MAX_PIECES) || (high - low) * points.length > MAX_CUTS) return null;
     for (let rank = low; rank <= high; rank++) {
       const start = [base[0] + offset[0] * rank, base[1] + offset[1] * rank];
       const cuts = inside(start, along, loops);
