@@ -188,7 +188,3 @@ class Parser {
 export function parseParagraphs(value, height) {
   return new Parser(value, height > 0 ? height : 1).parse();
 }
-
-/** All that can be read, without formats. */
-export const plainParagraphs = (value) => parseParagraphs(value, 1).map(({ runs }) =>
-  runs.map((run) => run.text || `${run.stack.upper}${run.stack.lower ? `/${run.stack.lower}` : ''}`).join('')).join('\n');

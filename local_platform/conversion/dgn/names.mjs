@@ -8,7 +8,7 @@ function word(three) {
 }
 
 /** What of a name can stand there. */
-export const shortName = (name) => [...name.toUpperCase()].map((c) => (LETTERS.includes(c) ? c : '$')).join('').slice(0, 6).trim();
+const shortName = (name) => [...name.toUpperCase()].map((c) => (LETTERS.includes(c) ? c : '$')).join('').slice(0, 6).trim();
 
 export function encodeName(name) {
   const short = shortName(name).padEnd(6);

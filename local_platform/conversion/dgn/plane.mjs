@@ -8,7 +8,7 @@ import { extentOf, isFlat, outline } from './extent.mjs';
 import { MAX_INT, TEXT_UNIT } from './format.mjs';
 
 /** The largest step between positions, as a share of what most of the drawing spans. */
-export const PRECISION = 1e-6;
+const PRECISION = 1e-6;
 
 const MAX_DIGITS = 6;
 const FAR = 1000;

@@ -7,7 +7,7 @@ import { decodeEscapes, encodeEscapes } from '../text_codes.mjs';
 
 /** The pages that a text may be written in, in this order. */
 const WRITTEN_PAGES = ['gbk', 'windows-1252', 'windows-1250', 'windows-1251', 'shift_jis', 'euc-kr', 'big5'];
-export const DEFAULT_CODE_PAGE = WRITTEN_PAGES[0];
+const DEFAULT_CODE_PAGE = WRITTEN_PAGES[0];
 const WESTERN_PAGE = 'windows-1252';
 
 /** Lead bytes of a text that holds its codes as 16-bit words. */

@@ -11,7 +11,7 @@ const TABLE_16 = table(0xa001);
 const TABLE_32 = table(0xedb88320);
 
 /** What objects and sections start from. */
-export const CRC_SEED = 0xc0c1;
+const CRC_SEED = 0xc0c1;
 
 export function crc16(bytes, from, to, seed = CRC_SEED) {
   let crc = seed;

@@ -4,7 +4,6 @@
 // what the whole drawing hangs on is thrown.
 
 import { Refusal } from '../outcome.mjs';
-import { BitReader } from './bits.mjs';
 import { openDwg } from './container.mjs';
 import { Damage } from './damage.mjs';
 import { ENTITY_TYPES, readEntity } from './entities.mjs';

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What each kind of entity consists of, as it stands in the file. Points are arrays, angles radians.
 
+import { DIMENSIONS, leader, multiLeader, tolerance } from './annotations.mjs';
+import { hatch } from './hatch.mjs';
+
 /** Names of the types that every release numbers alike. */
 export const ENTITY_TYPES = new Map([
   [1, 'TEXT'], [2, 'ATTRIB'], [3, 'ATTDEF'], [4, 'BLOCK'], [5, 'ENDBLK'], [6, 'SEQEND'], [7, 'INSERT'],
@@ -240,253 +243,6 @@ function spline(r) {
   return { degree, isClosed, isPeriodic, knots, points, weights, fitPoints: [] };
 }
 
-function hatchEdge(r) {
-  switch (r.u8()) {
-    case 1: return { kind: 'line', start: r.rd2(), end: r.rd2() };
-    case 2: {
-      const [center, radius, start, end] = [r.rd2(), r.bd(), r.bd(), r.bd()];
-      return { kind: 'arc', center, axis: [radius, 0], ratio: 1, start, end, isLeft: r.bit() === 1 };
-    }
-    case 3: {
-      const [center, axis, ratio, start, end] = [r.rd2(), r.rd2(), r.bd(), r.bd(), r.bd()];
-      return { kind: 'arc', center, axis, ratio, start, end, isLeft: r.bit() === 1 };
-    }
-    default: {
-      const degree = r.bl();
-      const isWeighted = r.bit();
-      r.bit();
-      const [knotCount, pointCount] = [r.counted(2), r.counted(128)];
-      const knots = Array.from({ length: knotCount }, () => r.bd());
-      const [points, weights] = [[], []];
-      for (let i = 0; i < pointCount; i++) {
-        points.push(r.rd2());
-        if (isWeighted) weights.push(r.bd());
-      }
-      if (r.year >= 2010) {
-        const fit = r.list(128, () => r.rd2());
-        if (fit.length > 0) for (let i = 0; i < 2; i++) r.rd2();
-      }
-      return { kind: 'spline', degree, knots, points, weights };
-    }
-  }
-}
-
-const POLYLINE_PATH = 2;
-const DERIVED_PATH = 4;
-
-function hatchPath(r) {
-  const flags = r.bl();
-  const result = { flags, edges: null, points: null, bulges: [] };
-  if (flags & POLYLINE_PATH) {
-    const hasBulges = r.bit();
-    r.bit();
-    result.points = r.list(128, () => {
-      const point = r.rd2();
-      result.bulges.push(hasBulges ? r.bd() : 0);
-      return point;
-    });
-  } else {
-    result.edges = r.list(8, () => hatchEdge(r));
-  }
-  r.refs(r.bl());
-  return result;
-}
-
-function hatch(r) {
-  let gradient = null;
-  if (r.year >= 2004) {
-    const isGradient = r.bl() !== 0;
-    r.bl();
-    r.bd();
-    r.bd();
-    r.bl();
-    r.bd();
-    const colors = r.list(4, () => {
-      r.bd();
-      return r.color();
-    });
-    const name = r.text();
-    if (isGradient) gradient = { name, colors };
-  }
-  const [elevation, normal, pattern, isSolid] = [r.bd(), r.bd3(), r.text(), r.bit() === 1];
-  r.bit();
-  const paths = r.list(4, () => hatchPath(r));
-  const style = r.bs();
-  r.bs();
-  const lines = [];
-  if (!isSolid) {
-    r.bd();
-    r.bd();
-    r.bit();
-    for (let left = r.count(r.bs(), 12); left > 0; left--) {
-      const [angle, base, offset] = [r.bd(), r.bd2(), r.bd2()];
-      lines.push({ angle, base, offset, dashes: Array.from({ length: r.count(r.bs(), 2) }, () => r.bd()) });
-    }
-  }
-  return { gradient, elevation, normal, pattern, isSolid, paths, style, lines };
-}
-
-function dimension(r, entity, shape) {
-  if (r.year >= 2010) r.u8();
-  const normal = r.bd3();
-  const middle = r.rd2();
-  const z = r.bd();
-  const flags = r.u8();
-  const [value, textRotation, horizontal] = [r.text(), r.bd(), r.bd()];
-  for (let i = 0; i < 4; i++) r.bd();
-  let measurement = null;
-  if (r.isNew) {
-    r.bs();
-    r.bs();
-    r.bd();
-    measurement = r.bd();
-  }
-  if (r.year >= 2007) r.skip(3);
-  r.rd2();
-  const result = { normal, textMiddle: at(middle, z), flags, value, textRotation, horizontal, measurement,
-    ...shape(r) };
-  const [style, block] = [r.ref(), r.ref()];
-  return { ...result, style, block };
-}
-
-const DIMENSIONS = {
-  DIM_ORDINATE: (r) => ({ definition: r.bd3(), feature: r.bd3(), leaderEnd: r.bd3(), isX: (r.u8() & 1) !== 0 }),
-  DIM_ALIGNED: (r) => ({ first: r.bd3(), second: r.bd3(), definition: r.bd3(), oblique: r.bd() }),
-  DIM_LINEAR: (r) => ({ ...DIMENSIONS.DIM_ALIGNED(r), rotation: r.bd() }),
-  DIM_ANGULAR_3: (r) => ({ definition: r.bd3(), first: r.bd3(), second: r.bd3(), vertex: r.bd3() }),
-  DIM_ANGULAR_2: (r) => ({ arc: r.rd2(), first: r.bd3(), second: r.bd3(), vertex: r.bd3(), definition: r.bd3() }),
-  DIM_RADIUS: (r) => ({ definition: r.bd3(), vertex: r.bd3(), leaderLength: r.bd() }),
-  DIM_DIAMETER: (r) => ({ vertex: r.bd3(), definition: r.bd3(), leaderLength: r.bd() }),
-};
-
-function leader(r) {
-  r.bit();
-  const [creation, path] = [r.bs(), r.bs()];
-  const points = r.list(6, () => r.bd3());
-  r.bd3();
-  const normal = r.bd3();
-  for (let i = 0; i < (r.year >= 14 ? 3 : 2); i++) r.bd3();
-  if (!r.isNew) r.bd();
-  if (r.year <= 2007) {
-    r.bd();
-    r.bd();
-  }
-  r.bit();
-  const hasArrow = r.bit() === 1;
-  let arrowSize = null;
-  if (!r.isNew) {
-    r.bs();
-    arrowSize = r.bd();
-    r.skip(2);
-    r.bs();
-    r.bs();
-    r.skip(2);
-  } else {
-    r.bs();
-    r.skip(2);
-  }
-  r.ref();
-  return { creation, isSpline: path === 1, points, normal, hasArrow, arrowSize, style: r.ref() };
-}
-
-const breaks = (r) => { r.list(12, () => [r.bd3(), r.bd3()]); };
-
-function leaderLine(r) {
-  const points = r.list(6, () => r.bd3());
-  if (r.bl() > 0) {
-    r.bl();
-    breaks(r);
-  }
-  r.bl();
-  if (r.year >= 2010) {
-    r.bs();
-    r.color();
-    r.ref();
-    r.bl();
-    r.bd();
-    r.ref();
-    r.bl();
-  }
-  return points;
-}
-
-function leaderRoot(r) {
-  r.skip(2);
-  const [connection, direction] = [r.bd3(), r.bd3()];
-  breaks(r);
-  r.bl();
-  const landing = r.bd();
-  const lines = r.list(8, () => leaderLine(r));
-  if (r.year >= 2010) r.bs();
-  return { connection, direction, landing, lines };
-}
-
-function multiLeader(r) {
-  if (r.year >= 2010) r.bs();
-  let rootCount = r.bl();
-  if (rootCount === 0) {
-    r.skip(5);
-    rootCount = r.bit() ? 2 : 1;
-    r.skip(1);
-  }
-  const roots = Array.from({ length: r.count(rootCount, 16) }, () => leaderRoot(r));
-  const result = { roots, text: null, block: null };
-  r.bd();
-  r.bd3();
-  const [height, arrowSize] = [r.bd(), r.bd()];
-  result.arrowSize = arrowSize;
-  r.bd();
-  for (let i = 0; i < 4; i++) r.bs();
-  if (r.bit()) {
-    const [value, normal, style, insert, direction] = [r.text(), r.bd3(), r.ref(), r.bd3(), r.bd3()];
-    r.bd();
-    const width = r.bd();
-    r.bd();
-    const spacing = r.bd();
-    r.bs();
-    r.color();
-    const attachment = r.bs();
-    r.bs();
-    r.color();
-    r.bd();
-    r.bl();
-    r.skip(2);
-    r.bs();
-    r.bit();
-    r.bd();
-    r.bd();
-    r.bit();
-    r.list(2, () => r.bd());
-    r.skip(2);
-    // Three ways to stand: to the right of its point, centred, to the left.
-    result.text = { value, normal, style, insert, direction, width, height, spacing: spacing || 1,
-      attachment: { 1: 1, 2: 2, 3: 3 }[attachment] ?? 1 };
-  } else if (r.bit()) {
-    const block = r.ref();
-    const [normal, insert, scale, rotation] = [r.bd3(), r.bd3(), r.bd3(), r.bd()];
-    result.block = { block, normal, insert, scale, rotation };
-    r.color();
-    for (let i = 0; i < 16; i++) r.bd();
-  }
-  for (let i = 0; i < 3; i++) r.bd3();
-  r.bit();
-  if (r.year >= 2010) for (let i = 0; i < 2; i++) r.bs();
-  r.ref();
-  r.bl();
-  const path = r.bs();
-  result.isDrawn = path !== 0;
-  result.isSpline = path === 2;
-  r.color();
-  r.ref();
-  r.bl();
-  const [hasLanding, hasDogleg] = [r.bit(), r.bit()];
-  result.hasDogleg = hasLanding === 1 && hasDogleg === 1;
-  r.bd();
-  result.arrow = r.ref();
-  result.arrowSize = r.bd() || arrowSize;
-  return result;
-}
-
 function mline(r) {
   const [scale, justification, start, normal] = [r.bd(), r.u8(), r.bd3(), r.bd3()];
   const flags = r.bs();
@@ -544,16 +300,6 @@ const circle = (r) => ({ center: r.bd3(), radius: r.bd(), thickness: r.thickness
 
 const vertex3d = (r) => ({ flags: r.u8(), point: r.bd3() });
 
-function tolerance(r) {
-  if (!r.isNew) {
-    r.bs();
-    r.bd();
-    r.bd();
-  }
-  const [insert, direction, normal] = [r.bd3(), r.bd3(), r.bd3()];
-  return { insert, direction, normal, value: r.text(), style: r.ref() };
-}
-
 const READ = {
   TEXT: text,
   ATTRIB: attribute,
@@ -596,7 +342,7 @@ const READ = {
   WIPEOUT: image,
   MULTILEADER: multiLeader,
   MESH: faces,
-  ...Object.fromEntries(Object.entries(DIMENSIONS).map(([name, shape]) => [name, (r, e) => dimension(r, e, shape)])),
+  ...DIMENSIONS,
 };
 
 /** The entity that the reader has been opened at; of kinds that are not known only what all share. */

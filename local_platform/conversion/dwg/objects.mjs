@@ -9,12 +9,12 @@ import { Damage } from './damage.mjs';
 /** Colours are numbers: 0 by block, 1 to 255 of the index, 256 by layer, or TRUE_COLOR + 0xrrggbb. */
 export const BY_BLOCK = 0;
 export const BY_LAYER = 256;
-export const TRUE_COLOR = 1 << 24;
+const TRUE_COLOR = 1 << 24;
 
 /** Line weights in hundredths of a millimetre by their numbers; -1 is by layer, -2 by block, -3 the usual. */
 const LINE_WEIGHTS = [0, 5, 9, 13, 15, 18, 20, 25, 30, 35, 40, 50, 53, 60, 70, 80, 90, 100, 106, 120, 140, 158,
   200, 211];
-export const lineWeightOf = (number) => LINE_WEIGHTS[number] ?? (number === 29 ? -1 : number === 30 ? -2 : -3);
+const lineWeightOf = (number) => LINE_WEIGHTS[number] ?? (number === 29 ? -1 : number === 30 ? -2 : -3);
 
 const ENTITY_CLASS = 0x1f2;
 

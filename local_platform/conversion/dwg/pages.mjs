@@ -41,7 +41,7 @@ function plainHead(bytes) {
 }
 
 /** Fills `target`, which says how much there must be. */
-export function decompress(source, target) {
+function decompress(source, target) {
   let at = 0;
   let to = 0;
   const byte = () => {

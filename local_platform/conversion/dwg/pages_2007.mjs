@@ -29,7 +29,7 @@ const RUNS = [[], [[0, 1]], [[1, 1], [0, 1]], [[2, 1], [1, 1], [0, 1]], [[0, 4]]
   [[30, 1], [26, 4], [18, 8], [10, 8], [2, 8], [1, 1], [0, 1]]];
 const LONG_RUN = [[24, 8], [16, 8], [8, 8], [0, 8]];
 
-export function unpack(source, target) {
+function unpack(source, target) {
   let at = 0;
   let to = 0;
   const byte = () => {

@@ -56,7 +56,7 @@ function area(points) {
   }, 0)) / 2;
 }
 
-export function isInside([x, y], points) {
+function isInside([x, y], points) {
   let inside = false;
   for (let i = 0, j = points.length - 1; i < points.length; j = i++) {
     const [a, b] = [points[i], points[j]];

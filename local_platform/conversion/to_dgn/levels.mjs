@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A level for each layer that is used.
 
-export const LEVELS = 63;
+const LEVELS = 63;
 
 const numberIn = (name) => {
   const number = Number(/^(?:level )?(\d{1,2})$/i.exec(name)?.[1] ?? 0);
