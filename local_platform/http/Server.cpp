@@ -67,6 +67,7 @@ httplib::Ranges fitted(const httplib::Ranges& wanted, std::uint64_t fileSize)
 struct ReplyWriter
 {
     const httplib::Ranges& wanted;
+    const std::string condition; ///< of the wanted part: which file it was of; empty for none
     httplib::Ranges& ranges; ///< what the library sends of the body
     httplib::Response& response;
 
@@ -82,14 +83,19 @@ struct ReplyWriter
 
     void operator()(Download& download) const
     {
-        ranges = fitted(wanted, download.file.size());
+        const std::string tag = '"' + download.sha256 + '"';
+        const bool isSameFile = condition.empty() || (!download.sha256.empty() && condition == tag);
+        ranges = isSameFile ? fitted(wanted, download.file.size()) : httplib::Ranges();
         // One is of the bytes that come, the other of the whole file, whatever part of it was asked for.
         if (!ranges.empty())
             response.status = 206;
         else if (!download.sha256.empty())
             response.set_header("Content-Digest", "sha-256=:" + download.sha256 + ":");
-        if (!download.sha256.empty())
+        if (!download.sha256.empty()) {
             response.set_header("Digest", "sha-256=" + download.sha256);
+            response.set_header("ETag", tag);
+            response.set_header("Accept-Ranges", "bytes");
+        }
         const auto shared = std::make_shared<OpenFile>(std::move(download.file));
         const auto provider = [shared](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
             std::array<char, 64u << 10> buffer;
@@ -199,7 +205,7 @@ void Server::handle(
         Reply reply = answer_(call);
         call.finish();
         response.status = 200;
-        std::visit(ReplyWriter{wanted, ranges, response}, reply);
+        std::visit(ReplyWriter{wanted, request.get_header_value("If-Range"), ranges, response}, reply);
     } catch (const Refusal& refusal) {
         call.finish();
         writeFailure(response, refusal.status(), refusal.code(), refusal.what());

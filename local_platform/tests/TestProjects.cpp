@@ -148,6 +148,11 @@ private slots:
                 QCOMPARE(owner.get(path, {{"Range", beyond}}).status, 416);
                 const QByteArray over = "bytes=1-" + QByteArray::number(2 * body.size());
                 QCOMPARE(owner.get(path, {{"Range", over}}).body, body.mid(1));
+                const auto partIf = [&](const QByteArray& tag) {
+                    return owner.get(path, {{"Range", "bytes=1-2"}, {"If-Range", tag}}).status;
+                };
+                QCOMPARE(partIf('"' + sha256 + '"'), 206);
+                QCOMPARE(partIf("\"another\""), 200);
             }
         };
         check(first, first);

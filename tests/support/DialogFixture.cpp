@@ -71,7 +71,10 @@ void DialogFixture::expect(const QByteArray& method, const QByteArray& target, c
             },
             Qt::QueuedConnection);
         while (!*released && connection.pause(1)) { }
-        connection.send(behaviour::response(json));
+        if (json.isNull())
+            connection.waitForClient();
+        else
+            connection.send(behaviour::response(json));
     });
 }
 

@@ -36,8 +36,8 @@ public:
     /// Ends a test without failing it: returns what was missing or not as expected.
     virtual QStringList finish();
 
-    /// The platform is to answer the next request with \a json. Before it does, \a meanwhile runs in the GUI
-    /// thread.
+    /// The platform is to answer the next request with \a json, or, if that is null, never. Before it does,
+    /// \a meanwhile runs in the GUI thread.
     void expect(
         const QByteArray& method, const QByteArray& target, const QByteArray& json,
         const std::function<void()>& meanwhile = [] {});

@@ -345,8 +345,6 @@ void CloudSpaceTabWidget::_onDownload()
     delete note;
     const auto kept = tree; // should a refresh come in between
     missed.clear();
-    reasons.clear();
-    failed.clear();
     downloaded = 0;
     QPointer<QDialog> progress;
     if (showsTransfers(client)) {
@@ -356,9 +354,11 @@ void CloudSpaceTabWidget::_onDownload()
         progress = new DownloadProgress(this);
     }
     Outcome outcome = downloadTreeElement(selected->element, directory, selected->getDescription());
-    while (outcome == Outcome::Refused && transfers && !failed.isEmpty())
+    while (outcome == Outcome::Refused && transfers && wantsToTryAgain())
         outcome = downloadAgain();
     delete progress;
+    if (!attendance.lasts())
+        return;
     if (outcome == Outcome::Done)
         inform(this, tr("The download is complete!"), tr("OK"));
     if (outcome == Outcome::Refused)
@@ -367,31 +367,28 @@ void CloudSpaceTabWidget::_onDownload()
         tell(tr("Cancelled. Files that were downloaded: %1").arg(downloaded));
 }
 
-/// Tries those that failed once more, if the user wants that. Outcome::Refused, with nothing to try, if not.
+/// False as well when nobody is there any more.
+bool CloudSpaceTabWidget::wantsToTryAgain()
+{
+    if (std::none_of(missed.cbegin(), missed.cend(), [](const Missed& one) { return one.file; }))
+        return false;
+    transfers->hide();
+    return confirm(transfers->parentWidget(), tr("Not everything could be downloaded. Try the rest again?"),
+        missedText());
+}
+
+/// After Outcome::Abandoned this may not exist any more.
 Outcome CloudSpaceTabWidget::downloadAgain()
 {
-    const Attendance attendance(this);
-    const auto again = std::exchange(failed, {});
-    transfers->hide();
-    const bool wanted = confirm(transfers->parentWidget(),
-        tr("Not everything could be downloaded. Try the rest again?"), missedText());
-    if (!attendance.lasts())
-        return Outcome::Abandoned;
-    if (!wanted)
-        return Outcome::Refused;
-    for (const Failed& one : again)
-        missed.removeOne(one.description);
-    reasons.clear();
-    transfers->setCount(again.size());
-    Outcome outcome = missed.isEmpty() ? Outcome::Done : Outcome::Refused;
-    for (const Failed& one : again) {
-        const Outcome ofFile = downloadFile(one.file, one.target, one.description);
-        if (ofFile == Outcome::Abandoned || ofFile == Outcome::Cancelled)
-            return ofFile;
-        if (ofFile == Outcome::Refused)
-            outcome = ofFile;
+    const auto before = std::exchange(missed, {});
+    transfers->setCount(
+        int(std::count_if(before.cbegin(), before.cend(), [](const Missed& one) { return one.file; })));
+    for (const Missed& one : before) {
+        const Outcome outcome = one.file ? downloadFile(one.file, one.target, one.description) : miss(one);
+        if (outcome == Outcome::Abandoned || outcome == Outcome::Cancelled)
+            return outcome;
     }
-    return outcome;
+    return missed.isEmpty() ? Outcome::Done : Outcome::Refused;
 }
 
 /// After Outcome::Abandoned this may not exist any more.
@@ -402,7 +399,7 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(
         QDir().mkdir(directory);
     const QString name = nameOf(element);
     if (!isPlainFileName(name))
-        return miss(description, tr("Its name in the cloud cannot be the name of a file."));
+        return miss({description, tr("Its name in the cloud cannot be the name of a file."), nullptr, {}});
     // Other than its tile, an element without a type is a file here.
     if (typeOf(element, "-1") != 0)
         return downloadFile(element, directory + '/' + name, description);
@@ -424,7 +421,7 @@ Outcome CloudSpaceTabWidget::downloadFile(
     const QString projectId = textOf(file, "projectId");
     const QString fileId = textOf(file, "fileId");
     if (projectId.isEmpty() && fileId.isEmpty())
-        return miss(description);
+        return miss({description, {}, nullptr, {}});
 
     // The download takes the old file's place only once it is whole: a transfer that fails leaves that file.
     if (QFile::exists(target)) {
@@ -434,7 +431,7 @@ Outcome CloudSpaceTabWidget::downloadFile(
         if (!attendance.lasts())
             return Outcome::Abandoned;
         if (!covered)
-            return miss(description);
+            return miss({description, {}, nullptr, {}});
     }
 
     const Transfer transfer{[&](CloudFileManger& cloud) {
@@ -450,15 +447,12 @@ Outcome CloudSpaceTabWidget::downloadFile(
         ++downloaded;
     if (answer.outcome != Outcome::Refused)
         return answer.outcome;
-    failed.append({file, target, description});
-    return miss(description, answer.reason);
+    return miss({description, answer.reason, file, target});
 }
 
-Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
+Outcome CloudSpaceTabWidget::miss(const Missed& one)
 {
-    missed.append(name);
-    if (!reason.isEmpty() && !reasons.contains(reason))
-        reasons.append(reason);
+    missed.append(one);
     return Outcome::Refused;
 }
 
@@ -466,7 +460,14 @@ Outcome CloudSpaceTabWidget::miss(const QString& name, const QString& reason)
 QString CloudSpaceTabWidget::missedText() const
 {
     constexpr int most = 5;
-    QString names = QStringList(missed.mid(0, most)).join(", ");
+    QStringList some, reasons;
+    for (const Missed& one : missed) {
+        if (some.size() < most)
+            some.append(one.description);
+        if (!one.reason.isEmpty() && !reasons.contains(one.reason))
+            reasons.append(one.reason);
+    }
+    QString names = some.join(", ");
     if (missed.size() > most)
         names += QStringLiteral(", ... (%1)").arg(missed.size());
     return tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' ');

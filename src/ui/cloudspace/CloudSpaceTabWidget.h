@@ -47,6 +47,14 @@ private slots:
     void _onRefresh();
 
 private:
+    struct Missed
+    {
+        QString description;
+        QString reason; ///< empty where the user knows it
+        const ITreeElement* file; ///< to try again; null where that is of no use
+        QString target;
+    };
+
     void showFolder(ITreeElement* element);
     void updateButtons();
     bool hasFocusInTiles() const;
@@ -58,8 +66,9 @@ private:
     tav::Outcome downloadTreeElement(
         const ITreeElement* element, const QString& directory, const QString& description);
     tav::Outcome downloadFile(const ITreeElement* file, const QString& target, const QString& description);
+    bool wantsToTryAgain();
     tav::Outcome downloadAgain();
-    tav::Outcome miss(const QString& name, const QString& reason = QString());
+    tav::Outcome miss(const Missed& one);
     void tell(const QString& text);
     QString missedText() const;
 
@@ -77,15 +86,7 @@ private:
     QClipboard* clipboard; // not used here
     QPointer<tav::WindowNote> note;
     // Of the last download:
-    QPointer<tav::TransferDialog> transfers; // null where the note tells of them
+    QPointer<tav::TransferDialog> transfers; ///< null where the note tells of them
     int downloaded = 0;
-    QStringList missed;
-    QStringList reasons; // for that
-    struct Failed
-    {
-        const ITreeElement* file;
-        QString target;
-        QString description;
-    };
-    QVector<Failed> failed; // of those that were missed: what another try may bring
+    QVector<Missed> missed;
 };

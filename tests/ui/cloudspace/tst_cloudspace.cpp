@@ -9,6 +9,7 @@
 #include <QDirIterator>
 #include <QGridLayout>
 #include <QLabel>
+#include <QProgressBar>
 #include <QProgressDialog>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -283,6 +284,59 @@ private slots:
         press(*dialog, "Download");
     }
 
+    void aTransferOfAPatientClientCanBeCancelled()
+    {
+        enum
+        {
+            ByButton,
+            WindowClosed,
+            WindowDestroyed
+        };
+        for (const int how : {ByButton, WindowClosed, WindowDestroyed}) {
+            bePatient();
+            auto dialog = open({{"1=P|11=a.dwg|12=b.dwg"}}, "Soft/P");
+            QVERIFY(QDir().mkpath("out"));
+            const auto look = [&](QDialog& window) {
+                QCOMPARE(window.findChild<QLabel*>()->text(), QString("Downloading P/b.dwg... (2 of 2)"));
+                QCOMPARE(window.findChild<QProgressBar*>()->maximum(), 0); // nothing has come yet
+                QVERIFY(!button(*dialog, "Refresh")->isEnabled() && noteOn(*dialog).isEmpty());
+                if (how == ByButton)
+                    press(window, "Cancel");
+                else if (how == WindowClosed)
+                    dialog->close();
+                else
+                    dialog.reset();
+            };
+            fixture->expect(opens("Save path", {chooses("out")}) + brings("11", "one")
+                + brings("12", QByteArray()) + opens("Transfer", {look}));
+            press(*dialog, "Download");
+            QCOMPARE(filesHere(), Contents({{"out/P/a.dwg", "one"}}));
+            if (how == ByButton)
+                QCOMPARE(noteOn(*dialog), QString("Cancelled. Files that were downloaded: 1"));
+            QVERIFY(QDir("out").removeRecursively());
+        }
+    }
+
+    void aPatientClientTriesAgainWhatFailed()
+    {
+        bePatient();
+        const auto dialog = open({{"1=P|11=a.dwg|12=b.dwg|13=.."}}, "Soft/P");
+        dialog->resize(4000, dialog->height());
+        QVERIFY(QDir().mkdir("out"));
+        const QString reasons = unusable + " Its name in the cloud cannot be the name of a file.";
+        const auto again = [&](const QString& names) {
+            Steps steps = question("Not everything could be downloaded. Try the rest again?", yes);
+            steps[0].box.more = "Not downloaded: " + names + ". " + reasons;
+            return steps;
+        };
+        fixture->expect(opens("Save path", {chooses("out")}) + brings("11", "") + brings("12", "two")
+            + again("P/a.dwg, P/..") + brings("11", "") + again("P/a.dwg, P/..") + brings("11", "one"));
+        press(*dialog, "Download");
+        QCOMPARE(filesHere(), Contents({{"out/P/a.dwg", "one"}, {"out/P/b.dwg", "two"}}));
+        QCOMPARE(noteOn(*dialog),
+            QString("Not downloaded: P/... Its name in the cloud cannot be the name of a file."));
+    }
+
     void tilesStandInRowsOfFiveAndAreHiddenOutOfView()
     {
         const auto dialog = open(wide(301), "Soft/P/");
@@ -361,6 +415,15 @@ private slots:
     }
 
 private:
+    /// Has the client count from the last byte.
+    void bePatient()
+    {
+        CloudTransferOptions options;
+        options.limit = CloudTransferOptions::Limit::LastByte;
+        options.limitMs = 100000;
+        fixture->client().setTransferOptions(options);
+    }
+
     /// The dialog at \a path.
     std::unique_ptr<QDialog> open(const Cloud& cloud, const QString& path = {})
     {
