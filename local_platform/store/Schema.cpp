@@ -141,18 +141,36 @@ void runScript(soci::session& sql, std::string script)
     }
 }
 
+std::string quoted(const std::string& text)
+{
+    std::string literal = "'";
+    for (const char c : text)
+        literal += c == '\'' ? std::string("''") : std::string(1, c);
+    return literal + '\'';
+}
+
+/// The first column of all rows, as text. (With <<, the undefined-behaviour sanitizer wants what the library
+/// hides.)
+std::vector<std::string> textsOf(soci::session& sql, const std::string& query)
+{
+    std::string value;
+    soci::statement statement(sql);
+    statement.exchange(soci::into(value));
+    statement.alloc();
+    statement.prepare(query);
+    statement.define_and_bind();
+    statement.execute();
+    std::vector<std::string> values;
+    while (statement.fetch())
+        values.push_back(value);
+    return values;
+}
+
 void fillNameKeys(soci::session& sql)
 {
-    const soci::rowset<soci::row> users = (sql.prepare << "select id, username from users");
-    std::vector<std::pair<int, std::string>> names;
-    for (const soci::row& user : users)
-        names.emplace_back(user.get<int>(0), user.get<std::string>(1));
-    for (const auto& [id, name] : names) {
-        const std::string compared = comparable(name);
-        const std::string skeleton = skeletonOf(name);
-        sql << "update users set name_key = :key, skeleton = :skeleton where id = :id", soci::use(compared),
-            soci::use(skeleton), soci::use(id);
-    }
+    for (const std::string& name : textsOf(sql, "select username from users"))
+        sql << "update users set name_key = " + quoted(comparable(name))
+                + ", skeleton = " + quoted(skeletonOf(name)) + " where username = " + quoted(name);
 }
 
 /// SQLite's own interface, for what is asked of a file before it is known to be a database of ours.
@@ -325,10 +343,7 @@ std::string damageOf(const fs::path& file, Reading reading, bool thorough)
 
 void takeSnapshot(const fs::path& file, const fs::path& target)
 {
-    std::string quoted;
-    for (const char c : target.string())
-        quoted += c == '\'' ? std::string("''") : std::string(1, c);
-    Look(uriOf(file, "")).texts("vacuum into '" + quoted + "'");
+    Look(uriOf(file, "")).texts("vacuum into " + quoted(target.string()));
 }
 
 void bringUpToDate(const fs::path& file, const std::string& id)
@@ -343,10 +358,8 @@ void bringUpToDate(const fs::path& file, const std::string& id)
         [](soci::session& to) {
             // Its program added them one by one, and may have been stopped between.
             for (const std::string table : {"backups", "shared_files"}) {
-                int has = 0;
-                to << "select count(*) from pragma_table_info('" + table + "') where name = 'sha256'",
-                    soci::into(has);
-                if (has == 0)
+                if (textsOf(to, "select name from pragma_table_info('" + table + "') where name = 'sha256'")
+                        .empty())
                     to << "alter table " + table + " add column sha256 text";
             }
         },
@@ -361,7 +374,7 @@ void bringUpToDate(const fs::path& file, const std::string& id)
         soci::transaction transaction(sql);
         steps[static_cast<std::size_t>(version)](sql);
         if (version + 1 == 3)
-            sql << "insert into about (name, value) values ('id', :id)", soci::use(id);
+            sql << "insert into about (name, value) values ('id', " + quoted(id) + ')';
         if (version + 1 == 3)
             sql << "insert into about (name, value) values ('schema', '3')";
         else if (version + 1 > 3)

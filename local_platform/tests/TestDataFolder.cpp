@@ -64,8 +64,16 @@ void runSql(const QString& folder, const std::vector<std::string>& statements)
 std::vector<std::string> schemaOf(const QString& folder)
 {
     soci::session sql(soci::sqlite3, "db=" + folder.toStdString() + "/platform.sqlite");
-    std::vector<std::string> schema(100);
-    sql << "select coalesce(sql, name) from sqlite_master order by name", soci::into(schema);
+    std::string text;
+    soci::statement statement(sql);
+    statement.exchange(soci::into(text));
+    statement.alloc();
+    statement.prepare("select coalesce(sql, name) from sqlite_master order by name");
+    statement.define_and_bind();
+    statement.execute();
+    std::vector<std::string> schema;
+    while (statement.fetch())
+        schema.push_back(text);
     return schema;
 }
 
