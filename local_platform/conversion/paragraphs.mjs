@@ -93,7 +93,7 @@ export function layOut({ value, insert, normal, direction, height, width, attach
     const size = height * run.height * factor;
     const lead = estimatedWidth(text.slice(0, text.length - text.trimStart().length)) * run.height * run.width * factor;
     pieces.push({ kind: 'text', origin: at(across + lead, up), xAxis: x, yAxis: y, height: size, width: size * run.width,
-      text: text.trim().replace(/\u00a0/g, ' '), color: run.color });
+      text: text.trim().replace(/[\0-\x1f\x7f\u00a0]/g, ' '), color: run.color });
   };
   const stroke = (from, to, up, run) =>
     pieces.push({ kind: 'line', points: [at(from, up), at(to, up)], color: run.color });

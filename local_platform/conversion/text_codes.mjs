@@ -33,6 +33,7 @@ export function decodeLine(value) {
       return PERCENT[code.toLowerCase()] ?? '';
     })
     // Control characters are written with a caret, and the caret with a blank after it.
-    .replace(/\^(.)/g, (_, code) => (code === ' ' ? '^' : code === 'I' ? ' ' : ''));
+    .replace(/\^(.)/g, (_, code) => (code === ' ' ? '^' : code === 'I' ? ' ' : ''))
+    .replace(/[\0-\x1f\x7f]/g, ' ');
   return { text, isUnder, isOver };
 }
