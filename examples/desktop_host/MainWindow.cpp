@@ -279,6 +279,12 @@ void MainWindow::openCloudSpace()
 {
     const QPointer<MainWindow> self(this);
     CloudFileManger client = newClient();
+    // Over any line: a transfer may last as long as something moves, and the user sees it and can cancel it.
+    CloudTransferOptions options;
+    options.limit = CloudTransferOptions::Limit::LastByte;
+    options.limitMs = 30000;
+    options.continueDownloads = true;
+    client.setTransferOptions(options);
     QPointer<DlgMyCloudSpace> dialog;
     const auto build = [&] {
         if (!client.getAllCloudProjectBackup() || !self)
