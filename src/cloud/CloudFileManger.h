@@ -130,6 +130,7 @@ public:
     /// The cloud-space dialog shows transfers in a window of their own, with a button to cancel, when the
     /// client that it is made with has a limit of CloudTransferOptions::Limit::LastByte.
     void setTransferOptions(const CloudTransferOptions& options);
+    /// What setTransferOptions() was given last.
     CloudTransferOptions getTransferOptions() const;
 
     /// This software's own projects by id, as the last successful getAllCloudProjectBackup() listed them.
@@ -164,6 +165,7 @@ public:
     /// where it ends (by length, chunks or a digest) is refused. Without a current project (not the
     /// argument's): false at once, nothing is sent, the last error keeps its text.
     bool DownloadCloudProFile(QString projectId, QString savePath);
+    /// The same as a job.
     CloudTransferJob* backupDownloadJob(QString projectId, QString savePath, QObject* parent = nullptr) const;
 
     /// @}
@@ -198,6 +200,7 @@ public:
     /// Downloads a shared file to \a savePath, in the manner of DownloadCloudProFile(), but without its
     /// guard.
     bool DownloadCloudShareFile(QString logicalId, QString savePath);
+    /// The same as a job.
     CloudTransferJob* shareDownloadJob(QString logicalId, QString savePath, QObject* parent = nullptr) const;
     /// Lists the projects that \a sourceClient shares to this software; see getForeignCloudProjects(). A
     /// failure keeps what was listed before, an empty list leaves an empty entry.

@@ -47,18 +47,22 @@ TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QStri
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFailure lastConversionFailure();
 
 /// \name Large drawings
-/// The same with a limit and a progress function of the caller's; see CloudTransferOptions. With a progress
-/// function they show no dialog. One that is given up by it returns false with an empty \a error.
 /// @{
+
+/// dgn2Dwg() with a limit and a progress function of the caller's; see CloudTransferOptions. With a progress
+/// function it shows no dialog; one that gives the conversion up makes it false with an empty \a error.
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(
     QString& path, QString& error, QString outLocation, const CloudTransferOptions& options);
+/// dwg2Dgn() in the same manner.
 TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(
     QString inPath, QString& error, QString outPath, const CloudTransferOptions& options);
 
-/// The same as jobs, which show no dialog; for the caller to start, and to destroy unless \a parent does. A
-/// result that cannot be written is a failure of theirs.
+/// dgn2Dwg() as a job, which shows no dialog; for the caller to start, and to destroy unless \a parent does.
+/// A result that cannot be written is a failure of it.
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob* dgn2DwgJob(
     QString path, QString outLocation, const CloudTransferOptions& options = {}, QObject* parent = nullptr);
+/// dwg2Dgn() as a job in the same manner.
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob* dwg2DgnJob(
     QString inPath, QString outPath, const CloudTransferOptions& options = {}, QObject* parent = nullptr);
+
 /// @}

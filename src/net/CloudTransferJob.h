@@ -40,6 +40,7 @@ public:
     /// start() and after the end.
     void cancel();
 
+    /// Whether it has begun, and not ended.
     bool isRunning() const;
     /// What it ended in; CloudFailure::None before the end too.
     CloudFailure failure() const;

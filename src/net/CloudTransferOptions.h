@@ -8,6 +8,7 @@
 /// How far a transfer is: a backup or a share on its way up, a file on its way down, a conversion.
 struct CloudTransferProgress
 {
+    /// What the transfer is at.
     enum class Stage
     {
         Sending,
@@ -15,7 +16,7 @@ struct CloudTransferProgress
         Receiving
     };
 
-    Stage stage = Stage::Sending;
+    Stage stage = Stage::Sending; ///< what it is at now
     QString filePath; ///< the local file that is read, or written
     /// Of what is sent or received in this stage, in bytes. A conversion carries its drawings as text, four
     /// bytes for three.
@@ -33,7 +34,7 @@ struct CloudTransferOptions
         LastByte ///< the last byte that moved, either way: as long as something moves, a transfer may last
     };
 
-    Limit limit = Limit::WholeExchange;
+    Limit limit = Limit::WholeExchange; ///< what limitMs counts from
 
     /// In milliseconds; 0 for the operation's own: 5000, and 30000 for a conversion. With Limit::LastByte it
     /// must be enough for what the platform does without a word, like putting a large file in its place.
