@@ -54,14 +54,12 @@ public:
     /// As it is now: good when the reply is there, if untold yet, else given up.
     void conclude();
 
-    bool isFinished() const { return ended.has_value(); }
     /// What it ended in.
     CloudFailure failure() const { return ended.value_or(CloudFailure::None); }
     /// The text that an operation returns for a failure; empty when cancel() or the progress function ended
     /// it.
     QString errorText() const;
     ReplyReader& reader() const { return *request.reader; }
-    CloudTransferProgress progress() const { return state; }
 
 signals:
     /// Once, and never from within start().
