@@ -20,9 +20,19 @@ public:
     int status() const { return status_; } ///< HTTP status
     int code() const { return code_; } ///< "code" of the envelope
 
+    /// The same, and after how many seconds it is worth another try.
+    Refusal retriedAfter(int seconds) const
+    {
+        Refusal refusal = *this;
+        refusal.retryAfter_ = seconds;
+        return refusal;
+    }
+    int retryAfter() const { return retryAfter_; } ///< seconds; 0 where nothing is known
+
 private:
     int status_;
     int code_;
+    int retryAfter_ = 0;
 };
 
 } // namespace local_platform

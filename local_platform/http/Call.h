@@ -54,6 +54,8 @@ public:
     Fields form();
     /// The body as a multipart form with the part "file", streamed to disk.
     Upload upload(const FileStore& files);
+    /// Whether nobody waits for the answer any longer: long work may end then. Cheap, and for any thread.
+    bool clientIsGone() const { return false; } // the HTTP library keeps the connection to itself
     /// Reads off what the endpoint left unread, so that the connection can go on.
     void finish() noexcept;
 

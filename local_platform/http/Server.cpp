@@ -209,6 +209,8 @@ void Server::handle(
     } catch (const Refusal& refusal) {
         call.finish();
         writeFailure(response, refusal.status(), refusal.code(), refusal.what());
+        if (refusal.retryAfter() > 0)
+            response.set_header("Retry-After", std::to_string(refusal.retryAfter()));
     } catch (const std::exception& error) {
         call.finish();
         spdlog::error("{} {}: {}", request.method, request.path, error.what());
