@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "features/Cage.h"
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -12,8 +14,11 @@ namespace local_platform {
 struct ChildLimits
 {
     std::chrono::steady_clock::time_point deadline;
+    std::chrono::seconds processorTime;
     std::uint64_t memory; ///< bytes of data
-    std::uint64_t fileSize; ///< bytes of any one file that it writes
+    std::uint64_t space; ///< bytes of any one file that it writes, and of all together
+    unsigned threads;
+    unsigned files; ///< open ones, and names in its directory
 };
 
 enum class ChildOutcome
@@ -24,11 +29,12 @@ enum class ChildOutcome
     OutOfTime
 };
 
-/// Runs a program, found by PATH, in a process group of its own and waits for its end. It inherits neither
-/// files nor environment, works in the directory given, and is killed with all its children when its time is
-/// up.
+/// Runs a program in a cage around the directory given, where it works, and in a process group of its own,
+/// and waits for its end. It inherits neither files nor environment. When it ends, when its time is up and
+/// when this process ends, all ends that it may have started.
+/// @param command the program's path and its arguments
 /// @param errors file that takes its standard error
 ChildOutcome runChild(const std::vector<std::string>& command, const std::filesystem::path& directory,
-    const std::filesystem::path& errors, const ChildLimits& limits);
+    const std::filesystem::path& errors, const ChildLimits& limits, const Cage& cage);
 
 } // namespace local_platform

@@ -9,12 +9,15 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <spdlog/spdlog.h>
+#include <sstream>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace local_platform {
@@ -22,7 +25,10 @@ namespace local_platform {
 namespace {
 
 constexpr std::uint64_t converterMemory = 4ull << 30;
-constexpr std::uint64_t largestResult = 1ull << 30;
+constexpr std::uint64_t converterSpace = 2ull << 30;
+constexpr unsigned converterThreads = 64;
+constexpr unsigned converterFiles = 256;
+constexpr int processorsAtOnce = 2; ///< that it may keep busy all its time: it computes in one thread
 constexpr std::size_t longestReason = 500;
 constexpr std::size_t longestReportHeader = 6000;
 
@@ -48,6 +54,28 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+/// Where this program is, by PATH; empty when it is nowhere.
+std::filesystem::path program(const std::string& name)
+{
+    const char* const path = std::getenv("PATH");
+    std::istringstream folders(path ? path : "/usr/local/bin:/usr/bin:/bin");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        const auto file = std::filesystem::path(folder) / name;
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(file, ignored) && ::access(file.c_str(), X_OK) == 0)
+            return std::filesystem::canonical(file);
+    }
+    return {};
+}
+
+/// What node needs to start and to run this script. Debian's has part of itself in /usr/share/nodejs.
+std::vector<std::filesystem::path> neededBy(
+    const std::filesystem::path& node, const std::filesystem::path& script)
+{
+    return {node, std::filesystem::weakly_canonical(script).parent_path(), "/lib", "/lib64", "/usr/lib",
+        "/usr/lib64", "/usr/share/nodejs", "/etc/ld.so.cache", "/etc/ssl/openssl.cnf", "/dev/urandom"};
+}
 
 std::string contentOf(const std::filesystem::path& path)
 {
@@ -135,9 +163,15 @@ Xml fault(const std::string& who, const std::string& reason)
 Conversion::Conversion(const Options& options, const std::filesystem::path& scratch)
     : options_(options)
     , converter_(std::filesystem::absolute(options.converter))
+    , node_(program("node"))
+    , cage_(neededBy(node_, converter_))
     , scratch_(std::filesystem::absolute(scratch))
     , places_(std::max(1u, std::thread::hardware_concurrency()))
 {
+    if (node_.empty())
+        spdlog::warn("Drawings cannot be converted: there is no node in PATH");
+    for (const std::string& gap : cage_.gaps())
+        spdlog::warn("The converter of drawings is not kept from {}", gap);
 }
 
 void Conversion::addTo(Routes& routes)
@@ -208,11 +242,13 @@ void Conversion::runConverter(const std::string& input, const std::string& outpu
     if (!std::filesystem::exists(converter_))
         throw std::runtime_error("There is no converter at " + converter_.string());
     const std::filesystem::path reasons = folder / "reason";
-    std::vector<std::string> command{"node", converter_.string(), input, output, "--report", "report.json"};
+    std::vector<std::string> command{
+        node_.string(), converter_.string(), input, output, "--report", "report.json"};
     if (!codePage.empty())
         command.insert(command.end(), {"--codepage", codePage});
-    const ChildOutcome outcome =
-        runChild(command, folder, reasons, {arrival + patience, converterMemory, largestResult});
+    const ChildLimits limits = {arrival + patience, patience * processorsAtOnce, converterMemory,
+        converterSpace, converterThreads, converterFiles};
+    const ChildOutcome outcome = runChild(command, folder, reasons, limits, cage_);
     // The client's patience counts from the beginning, so one that waited long had less time to be converted.
     if (outcome == ChildOutcome::OutOfTime && waited * 5 > patience)
         throw Refusal("The drawing waited " + std::to_string(waited.count())

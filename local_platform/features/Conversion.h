@@ -3,6 +3,7 @@
 
 #include "base/Options.h"
 #include "base/Places.h"
+#include "features/Cage.h"
 #include "http/Routes.h"
 
 #include <filesystem>
@@ -27,6 +28,8 @@ private:
 
     const Options& options_;
     std::filesystem::path converter_;
+    std::filesystem::path node_;
+    Cage cage_;
     std::filesystem::path scratch_;
     Places places_;
 };
