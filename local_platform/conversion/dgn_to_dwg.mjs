@@ -12,10 +12,14 @@ const SHEET = 400;
 
 /** Takes elements as they are read and has them measured, converted and written, so that none is kept. */
 class Conversion {
+  constructor(size) {
+    this.size = size;
+  }
+
   begin(drawing) {
     const { notes, foreignTexts } = drawing;
     const names = [...Object.values(notes?.layers ?? {}), ...(notes?.sharing ?? []), ...(notes?.blocks ?? [])];
-    this.writer = new DwgWriter(LINE_STYLES, [...foreignTexts(), ...names]);
+    this.writer = new DwgWriter(LINE_STYLES, [...foreignTexts(), ...names], 1.25 * this.size);
     this.converter = new Converter(drawing, this.writer);
     this.measure = measureForDwg(drawing, this.converter);
   }
@@ -28,7 +32,7 @@ class Conversion {
 
 /** Throws Refusal. { bytes, leftOut, ... } as report.mjs describes it. */
 export function dgnToDwg(bytes, { codePage } = {}) {
-  const conversion = new Conversion();
+  const conversion = new Conversion(bytes.length);
   const drawing = readDgn(bytes, codePage, conversion);
   const { writer, converter, measure } = conversion;
   if (writer.count === 0) throw new Refusal('the DGN file holds nothing that can be converted', 'empty');

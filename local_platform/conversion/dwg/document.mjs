@@ -8,13 +8,16 @@ import { openDwg } from './container.mjs';
 import { Damage } from './damage.mjs';
 import { ENTITY_TYPES, readEntity } from './entities.mjs';
 import { readHeader } from './header.mjs';
-import { ObjectReader, readClasses, readObjectMap } from './objects.mjs';
+import { readObjectMap } from './object_map.mjs';
+import { ObjectReader, readClasses } from './objects.mjs';
 import { isSectionWhole, sectionBody } from './sections.mjs';
 import { TABLES, tableOf } from './tables.mjs';
 
 const FIRST_CLASS = 500;
 const CLASS_NAMES = new Map([['ACDBMLEADER', 'MULTILEADER'], ['MLEADER', 'MULTILEADER'], ['ACAD_TABLE', 'TABLE']]);
 const IN_MODEL = 2;
+/** Stands for the owner of what lies in the model. */
+const MODEL = -1;
 
 /** A decoder of texts in a code page. */
 function decoderOf(codePage) {
@@ -22,12 +25,31 @@ function decoderOf(codePage) {
   return (bytes) => decoder.decode(bytes);
 }
 
+/** Which objects have been seen, of those that a file has. */
+class Marks {
+  #map;
+  #bits;
+
+  constructor(map) {
+    this.#map = map;
+    this.#bits = new Uint8Array(map.count);
+  }
+
+  has(handle) { return this.#bits[this.#map.indexOf(handle)] === 1; }
+
+  add(handle) {
+    const index = this.#map.indexOf(handle);
+    if (index >= 0) this.#bits[index] = 1;
+  }
+}
+
 class DwgDocument {
-  #offsets;
+  #map;
   reader;
   #classes;
-  #entityHandles = [];
-  #refused = new Set();
+  /** The type of each object; 0 where it is damaged. */
+  #types;
+  #owned = null;
   damaged = [];
 
   constructor(bytes, codePage) {
@@ -43,7 +65,8 @@ class DwgDocument {
     this.settings = readHeader(body('header'));
     const classes = body('classes');
     this.#classes = readClasses(classes, year, classes.strings ? classes.strings.at : classes.end);
-    this.#offsets = readObjectMap(sections.handles);
+    this.#map = readObjectMap(sections.handles);
+    this.#types = new Uint16Array(this.#map.count);
     this.reader = new ObjectReader(sections.objects, year, decode);
     this.#readTables();
   }
@@ -59,30 +82,24 @@ class DwgDocument {
   }
 
   #readTables() {
-    for (const [handle, offset] of this.#offsets) {
-      const found = this.#attempt(handle, () => {
-        const type = this.reader.open(offset);
+    for (let i = 0; i < this.#map.count; i++) {
+      try {
+        const type = this.reader.open(this.#map.offsetAt(i)) & 0xffff;
+        this.#types[i] = type;
         const table = tableOf(type, this.#classes.get(type)?.name);
-        if (table) this[table[0]].set(handle, Object.assign(this.reader.object(), table[1](this.reader)));
-        return type;
-      });
-      if (found !== null && this.#kindOf(found)) this.#entityHandles.push(handle);
+        if (table) this[table[0]].set(this.#map.handleAt(i), Object.assign(this.reader.object(), table[1](this.reader)));
+      } catch (error) {
+        this.#refuse(i, 'object', error);
+      }
     }
     for (const block of this.blocks.values()) if (block.isModel) this.model = block;
     if (!this.model) throw new Damage('the file has no model space');
   }
 
-  #attempt(handle, read) {
-    try {
-      return read();
-    } catch (error) {
-      if (!(error instanceof Damage)) throw error;
-      if (!this.#refused.has(handle)) this.damaged.push({ handle, what: this.kindNow ?? 'object', reason: error.message });
-      this.#refused.add(handle);
-      return null;
-    } finally {
-      this.kindNow = null;
-    }
+  #refuse(index, what, error) {
+    if (!(error instanceof Damage)) throw error;
+    this.damaged.push({ handle: this.#map.handleAt(index), what, reason: error.message });
+    this.#types[index] = 0;
   }
 
   #kindOf(type) {
@@ -91,49 +108,74 @@ class DwgDocument {
     return known?.isEntity ? CLASS_NAMES.get(known.name) ?? known.name : null;
   }
 
-  /** The entity with this handle; null if there is none or it is damaged. */
-  entity(handle) {
-    const offset = this.#offsets.get(handle);
-    if (offset === undefined || this.#refused.has(handle)) return null;
-    return this.#attempt(handle, () => {
-      const kind = this.#kindOf(this.reader.open(offset, true));
-      this.kindNow = kind;
-      return kind && readEntity(this.reader, kind);
-    });
+  #entityAt(index) {
+    const kind = this.#kindOf(this.#types[index]);
+    if (!kind) return null;
+    try {
+      this.reader.open(this.#map.offsetAt(index), true);
+      return readEntity(this.reader, kind);
+    } catch (error) {
+      this.#refuse(index, kind, error);
+      return null;
+    }
   }
 
-  /** The parts of a block, or of an entity such as a polyline, in their order. */
-  * parts(whole) {
+  /** The entity with this handle; null if there is none or it is damaged. */
+  entity(handle) {
+    const index = this.#map.indexOf(handle);
+    return index < 0 ? null : this.#entityAt(index);
+  }
+
+  /** Calls `visit` with the parts of a block, or of an entity such as a polyline, in their order. */
+  eachPart(whole, visit) {
     if (whole.parts) {
       for (const handle of whole.parts) {
         const part = this.entity(handle);
-        if (part) yield part;
+        if (part) visit(part);
       }
       return;
     }
     const { first, last } = whole.chain ?? {};
     if (!first) return;
-    const seen = new Set();
+    const seen = whole.isModel ? new Marks(this.#map) : new Set();
     for (let handle = first; ;) {
       const part = seen.has(handle) ? null : this.entity(handle);
       seen.add(handle);
       if (!part) break;
-      yield part;
+      visit(part);
       if (handle === last) return;
       // The parts of a part stand between it and the next in files that number them in one go.
       handle = part.next;
     }
-    yield* this.#strays(whole, seen);
+    this.#eachStray(whole, seen, visit);
+  }
+
+  parts(whole) {
+    const all = [];
+    this.eachPart(whole, (part) => all.push(part));
+    return all;
   }
 
   /** Where a chain is broken, what still says that it belongs to the whole. */
-  * #strays(whole, seen) {
-    for (const handle of this.#entityHandles) {
-      if (seen.has(handle)) continue;
-      const entity = this.entity(handle);
-      const isOurs = entity && (whole.isModel ? entity.space === IN_MODEL : entity.owner === whole.handle);
-      if (isOurs && entity.kind !== 'BLOCK' && entity.kind !== 'ENDBLK') yield entity;
+  #eachStray(whole, seen, visit) {
+    this.#owned ??= this.#byOwner();
+    for (const index of this.#owned.get(whole.isModel ? MODEL : whole.handle) ?? []) {
+      const entity = seen.has(this.#map.handleAt(index)) ? null : this.#entityAt(index);
+      if (entity) visit(entity);
     }
+  }
+
+  /** The numbers of the entities of each owner, in the order of their handles. */
+  #byOwner() {
+    const owned = new Map();
+    for (let i = 0; i < this.#map.count; i++) {
+      const entity = this.#entityAt(i);
+      if (!entity || entity.kind === 'BLOCK' || entity.kind === 'ENDBLK') continue;
+      const owner = entity.space === IN_MODEL ? MODEL : entity.owner;
+      if (!owned.has(owner)) owned.set(owner, []);
+      owned.get(owner).push(i);
+    }
+    return owned;
   }
 }
 
@@ -146,4 +188,3 @@ export function readDwg(bytes, codePage) {
     throw error;
   }
 }
-

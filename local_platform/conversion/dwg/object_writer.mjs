@@ -10,12 +10,19 @@ export const POINTER = { soft: 4, hard: 5 };
 
 /** The bytes of one file as they grow. */
 export class Bytes {
-  #buffer = Buffer.alloc(1 << 20);
+  #buffer;
   length = 0;
+
+  /** What is not used of the room costs no memory. */
+  constructor(room = 0) {
+    this.#buffer = Buffer.alloc(Math.max(room, 1 << 20));
+  }
 
   #room(count) {
     if (this.length + count > this.#buffer.length) {
-      this.#buffer = Buffer.concat([this.#buffer.subarray(0, this.length)], 2 * this.#buffer.length + count);
+      const larger = Buffer.alloc(Math.ceil(1.5 * this.#buffer.length) + count);
+      larger.set(this.#buffer.subarray(0, this.length));
+      this.#buffer = larger;
     }
     this.length += count;
     return this.length - count;
@@ -30,12 +37,22 @@ export class Bytes {
 }
 
 export class ObjectWriter extends BitWriter {
-  /** Where each object lies, by its handle. */
-  offsets = new Map();
+  /** Where each object lies, at its handle. */
+  offsets = new Uint32Array(1 << 12);
 
   constructor(file, encode) {
     super(encode);
     this.file = file;
+  }
+
+  /** The object comes next in the file. */
+  place(handle) {
+    if (handle >= this.offsets.length) {
+      const larger = new Uint32Array(2 * handle);
+      larger.set(this.offsets);
+      this.offsets = larger;
+    }
+    this.offsets[handle] = this.file.length;
   }
 
   #begin(type, handle) {
@@ -55,7 +72,7 @@ export class ObjectWriter extends BitWriter {
     const size = (this.at + 7) >> 3;
     const { file } = this;
     const from = file.length;
-    this.offsets.set(this.own, from);
+    this.place(this.own);
     // The size stands in words of 15 bits, least first.
     let rest = size;
     while (rest > 0x7fff) {

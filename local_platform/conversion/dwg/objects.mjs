@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Objects of a DWG file: where each lies, and what all of them begin with. An object is a run of bits
-// followed by the handles it refers to, and since R2007 by its texts.
+// What all objects of a DWG file begin with. An object is a run of bits followed by the handles it refers
+// to, and since R2007 by its texts.
 
-import { BitReader, modularShort, signedModular, unsignedModular } from './bits.mjs';
+import { BitReader, modularShort, unsignedModular } from './bits.mjs';
 import { crc16 } from './checksums.mjs';
 import { Damage } from './damage.mjs';
 
@@ -17,30 +17,6 @@ const LINE_WEIGHTS = [0, 5, 9, 13, 15, 18, 20, 25, 30, 35, 40, 50, 53, 60, 70, 8
 const lineWeightOf = (number) => LINE_WEIGHTS[number] ?? (number === 29 ? -1 : number === 30 ? -2 : -3);
 
 const ENTITY_CLASS = 0x1f2;
-
-/** Offsets of objects by their handles. */
-export function readObjectMap(section) {
-  const offsets = new Map();
-  for (let at = 0;;) {
-    if (at + 2 > section.length) throw new Damage('the map of objects is cut short');
-    const size = section.readUInt16BE(at);
-    if (size <= 2) return offsets;
-    const end = at + size;
-    if (end + 2 > section.length) throw new Damage('the map of objects is cut short');
-    if (crc16(section, at, end) !== section.readUInt16BE(end)) {
-      throw new Damage('the checksum of the map of objects is wrong');
-    }
-    const place = { at: at + 2, end };
-    let handle = 0;
-    let offset = 0;
-    while (place.at < end) {
-      handle += unsignedModular(section, place);
-      offset += signedModular(section, place);
-      offsets.set(handle, offset);
-    }
-    at = end + 2;
-  }
-}
 
 /** The types of objects that a file brings itself: { name, isEntity } by number. */
 export function readClasses(reader, year, sectionEnd) {

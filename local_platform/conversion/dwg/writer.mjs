@@ -6,7 +6,8 @@ import { crc16 } from './checksums.mjs';
 import { readDwg } from './document.mjs';
 import { handlesOf, writeEntity } from './entity_writer.mjs';
 import { copyHeader } from './header.mjs';
-import { readObjectMap, ObjectReader } from './objects.mjs';
+import { readObjectMap, writeObjectMap } from './object_map.mjs';
+import { ObjectReader } from './objects.mjs';
 import { BitWriter } from './bit_writer.mjs';
 import { Bytes, ObjectWriter, writeBlockEnds, writeBlockHeader, writeControl, writeLayer, writeLineType } from './object_writer.mjs';
 import { sectionBody } from './sections.mjs';
@@ -18,43 +19,6 @@ const SENTINEL = 16;
 
 /** Numbers of code pages, in the order in which they are tried. */
 const CODE_PAGES = { 'windows-1252': 30, gbk: 39, 'windows-1250': 28, 'windows-1251': 29, shift_jis: 38, 'euc-kr': 40, big5: 41 };
-
-const MAP_PART = 2030;
-
-function modular(value, isSigned) {
-  const bytes = [];
-  let rest = Math.abs(value);
-  for (const last = isSigned ? 64 : 128; rest >= last; rest = Math.floor(rest / 128)) bytes.push((rest % 128) | 0x80);
-  bytes.push(rest | (isSigned && value < 0 ? 0x40 : 0));
-  return bytes;
-}
-
-/** The map of objects: steps from handle to handle and from place to place, in parts with a checksum each. */
-function writeObjectMap(file, offsets) {
-  const handles = [...offsets.keys()].sort((a, b) => a - b);
-  let part = [];
-  let [lastHandle, lastOffset] = [0, 0];
-  const flush = () => {
-    const from = file.length;
-    file.u16be(part.length + 2);
-    file.add(part);
-    file.u16be(file.crc(from));
-    part = [];
-    [lastHandle, lastOffset] = [0, 0];
-  };
-  for (const handle of handles) {
-    const offset = offsets.get(handle);
-    const pair = [...modular(handle - lastHandle, false), ...modular(offset - lastOffset, true)];
-    if (part.length + pair.length > MAP_PART) {
-      flush();
-      pair.splice(0, pair.length, ...modular(handle, false), ...modular(offset, true));
-    }
-    part.push(...pair);
-    [lastHandle, lastOffset] = [handle, offset];
-  }
-  if (part.length > 0) flush();
-  flush();
-}
 
 /** The settings, between the marks that stand around them. */
 function headerSection(section, changes) {
@@ -83,16 +47,17 @@ export class DwgWriter {
   #first = 0;
   #last = 0;
 
-  /** `texts` are those that are not plain ASCII; the code page is one that has their characters. */
-  constructor(lineTypes, texts) {
+  /** `texts` are those that are not plain ASCII; the code page is one that has their characters. `room` is how many bytes
+      the file is likely to take. */
+  constructor(lineTypes, texts, room) {
     this.empty = emptyDrawing();
     this.template = readDwg(this.empty);
     this.codePage = fittingCodePage(texts, Object.keys(CODE_PAGES));
     const codec = new TextCodec(this.codePage);
-    this.file = new Bytes();
+    this.file = new Bytes(room);
     this.writer = new ObjectWriter(this.file, (text) => codec.encode(text));
     this.places = readObjectMap(this.#section(RECORDS.handles));
-    this.next = Math.max(...this.places.keys()) + 1;
+    this.next = this.places.handleAt(this.places.count - 1) + 1;
     [this.zero] = this.template.layers.values();
     [this.textStyle] = [...this.template.textStyles.values()].map((style) => style.handle);
     this.#head();
@@ -196,10 +161,11 @@ export class DwgWriter {
   /** Objects of the empty drawing that were not written anew. */
   #rest() {
     const { places, empty, file, writer } = this;
-    for (const [handle, offset] of places) {
-      if (writer.offsets.has(handle)) continue;
+    for (let i = 0; i < places.count; i++) {
+      const [handle, offset] = [places.handleAt(i), places.offsetAt(i)];
+      if (writer.offsets[handle] > 0) continue;
       const size = empty.readUInt16LE(offset) + 4;
-      writer.offsets.set(handle, file.length);
+      writer.place(handle);
       file.add(empty.subarray(offset, offset + size));
     }
   }

@@ -52,11 +52,11 @@ const CONVERT = {
   ARC: (e) => round(e, false),
   ELLIPSE: ellipse,
   LWPOLYLINE: (e, c) => lightPolyline(e, c.note),
-  POLYLINE_2D: (e, c) => heavyPolyline(e, [...c.document.parts(e)], c.note),
-  POLYLINE_3D: (e, c) => heavyPolyline(e, [...c.document.parts(e)], c.note),
-  POLYFACE: (e, c) => polyface([...c.document.parts(e)]),
+  POLYLINE_2D: (e, c) => heavyPolyline(e, c.document.parts(e), c.note),
+  POLYLINE_3D: (e, c) => heavyPolyline(e, c.document.parts(e), c.note),
+  POLYFACE: (e, c) => polyface(c.document.parts(e)),
   MESH: (e) => e.faces.flatMap(faceOf),
-  POLYMESH: (e, c) => polymesh(e, [...c.document.parts(e)]),
+  POLYMESH: (e, c) => polymesh(e, c.document.parts(e)),
   SPLINE: spline,
   HELIX: spline,
   TEXT: text,
@@ -135,10 +135,10 @@ export class Converter {
 
   model() {
     const outer = { map: IDENTITY, depth: 0, into: this.elements, group: 0 };
-    for (const entity of this.document.parts(this.document.model)) {
+    this.document.eachPart(this.document.model, (entity) => {
       this.source.add(nameOf(entity.kind));
       this.#entity(entity, outer);
-    }
+    });
   }
 
   /** Paper space has no place in a DGN; what lies there is counted. */
@@ -146,14 +146,14 @@ export class Converter {
     for (const block of this.document.blocks.values()) {
       if (!block.isPaper) continue;
       let count = 0;
-      for (const entity of this.document.parts(block)) if (entity.kind !== 'VIEWPORT') count++;
+      this.document.eachPart(block, ({ kind }) => { if (kind !== 'VIEWPORT') count++; });
       this.leftOut.add('entities in paper space', count);
     }
   }
 
   /** A block's entities are read once, however often it is inserted. */
   #entitiesOf(block) {
-    if (!this.#contents.has(block)) this.#contents.set(block, [...this.document.parts(block)]);
+    if (!this.#contents.has(block)) this.#contents.set(block, this.document.parts(block));
     return this.#contents.get(block);
   }
 
@@ -287,7 +287,7 @@ export class Converter {
     const [rows, columns] = [Math.max(1, insert.rows), Math.max(1, insert.columns)];
     if (entities.length > 0 && rows * columns > MAX_ELEMENTS) throw new Refusal('an array of blocks in the drawing is too large', 'tooLarge');
     const name = block.isAnonymous || block.name.startsWith('*') ? '' : block.name;
-    const attributes = insert.parts || insert.chain ? [...this.document.parts(insert)] : [];
+    const attributes = insert.parts || insert.chain ? this.document.parts(insert) : [];
     for (let i = 0; i < rows * columns; i++) {
       const [row, column] = [Math.floor(i / columns), i % columns];
       const at = combine(insert.insert, x, column * insert.columnSpacing, y, row * insert.rowSpacing);
