@@ -21,7 +21,7 @@ export function unit(a) {
 }
 
 export const combine = (origin, a, s, b, t) =>
-  [0, 1, 2].map((i) => origin[i] + a[i] * s + b[i] * t);
+  [origin[0] + a[0] * s + b[0] * t, origin[1] + a[1] * s + b[1] * t, origin[2] + a[2] * s + b[2] * t];
 
 export const arcPoint = (arc, t) => combine(arc.center, arc.axis1, Math.cos(t), arc.axis2, Math.sin(t));
 export const arcEnds = (arc) => [arcPoint(arc, arc.start), arcPoint(arc, arc.start + arc.sweep)];
@@ -33,8 +33,10 @@ export function arcExtremes(arc) {
   const points = arcEnds(arc);
   const from = Math.min(arc.start, arc.start + arc.sweep);
   for (let i = 0; i < 3; i++) {
+    if (arc.axis1[i] === 0 && arc.axis2[i] === 0) continue;
     const t = Math.atan2(arc.axis2[i], arc.axis1[i]);
-    for (const candidate of [t, t + Math.PI]) {
+    for (let half = 0; half < 2; half++) {
+      const candidate = t + half * Math.PI;
       const turned = (((candidate - from) % FULL_TURN) + FULL_TURN) % FULL_TURN;
       if (turned <= Math.abs(arc.sweep)) points.push(arcPoint(arc, candidate));
     }
@@ -62,8 +64,8 @@ export function bulgeArc(a, b, bulge) {
 /** Affine maps: { x, y, z, origin } are the images of the unit vectors and of the origin. */
 export const IDENTITY = { x: [1, 0, 0], y: [0, 1, 0], z: [0, 0, 1], origin: [0, 0, 0] };
 
-export const mapVector = (m, v) =>
-  [0, 1, 2].map((i) => m.x[i] * v[0] + m.y[i] * v[1] + m.z[i] * v[2]);
+const mapped = (m, v, i) => m.x[i] * v[0] + m.y[i] * v[1] + m.z[i] * v[2];
+export const mapVector = (m, v) => [mapped(m, v, 0), mapped(m, v, 1), mapped(m, v, 2)];
 export const mapPoint = (m, p) => (m === IDENTITY ? p : add(mapVector(m, p), m.origin));
 
 /** The map that does `inner` first, then `outer`. */

@@ -8,6 +8,8 @@ import { FULL_TURN, arcExtremes, arcPoint, dot, length, subtract } from './geome
 import { strokeSpline } from './spline.mjs';
 
 const CURVE_STEPS = 64;
+/** As many as there are numbers of colours. */
+const COLORS = 257;
 
 function polygonLength(points, closed) {
   let sum = 0;
@@ -30,7 +32,10 @@ function arcLength(arc) {
 
 class Sum {
   kinds = new Map();
+  /** The length in each colour, by layers. */
   groups = new Map();
+  #lastLayer = null;
+  #lengths = null;
   texts = new Map();
   low = [Infinity, Infinity, Infinity];
   high = [-Infinity, -Infinity, -Infinity];
@@ -43,9 +48,12 @@ class Sum {
 
   count(kind, layer, color, size) {
     this.kinds.set(kind, (this.kinds.get(kind) ?? 0) + 1);
-    let colors = this.groups.get(layer);
-    if (!colors) this.groups.set(layer, (colors = new Map()));
-    colors.set(color, (colors.get(color) ?? 0) + size);
+    if (layer !== this.#lastLayer) {
+      if (!this.groups.has(layer)) this.groups.set(layer, new Float64Array(COLORS));
+      this.#lastLayer = layer;
+      this.#lengths = this.groups.get(layer);
+    }
+    this.#lengths[color] += size;
     this.length += size;
   }
 
@@ -140,10 +148,9 @@ export function differences(expected, actual, resolution) {
   }
   const lengthTolerance = (whole, share) => SAME_LENGTH * whole + share + 4 * near;
   const slack = lengthTolerance(expected.length, SAME_CURVE * (expected.curved + actual.curved));
-  const keys = (sum, layer) => [...(sum.groups.get(layer)?.keys() ?? [])];
   for (const layer of new Set([...expected.groups.keys(), ...actual.groups.keys()])) {
-    for (const color of new Set([...keys(expected, layer), ...keys(actual, layer)])) {
-      const [a, b] = [expected, actual].map((sum) => sum.groups.get(layer)?.get(color) ?? 0);
+    for (let color = 0; color < COLORS; color++) {
+      const [a, b] = [expected, actual].map((sum) => sum.groups.get(layer)?.[color] ?? 0);
       if (!(Math.abs(a - b) <= slack)) say(`length on layer "${layer}" in colour ${color}`, a, b);
     }
   }

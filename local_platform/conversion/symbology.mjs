@@ -36,8 +36,8 @@ function findStyle(name) {
 const WEIGHTS = [0, 5, 9, 13, 15, 18, 20, 25, 30, 35, 40, 50, 53, 60, 70, 80, 90, 100, 106, 120, 140, 158, 200, 211];
 
 export const lineWeightNumber = (weight) => Math.min(weight, WEIGHTS.length - 1);
-export const weightOfLineWeight = (lineWeight) =>
-  (lineWeight <= 0 ? 0 : WEIGHTS.findLastIndex((weight) => weight <= lineWeight));
+const WEIGHT_OF = Array.from({ length: WEIGHTS.at(-1) + 1 }, (_, lineWeight) => WEIGHTS.findLastIndex((weight) => weight <= lineWeight));
+export const weightOfLineWeight = (lineWeight) => WEIGHT_OF[lineWeight] ?? 0;
 
 const BACKGROUND = 255;
 

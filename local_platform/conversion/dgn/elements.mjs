@@ -74,25 +74,26 @@ export class ElementReader {
     }
   }
 
-  /** Whether it is filled and in which colour, whether it is a hole, and what is noted of it. */
-  extras() {
-    const result = {};
-    if ((this.properties & (IS_HOLE | HAS_ATTRIBUTES)) === 0) return result;
-    if (this.properties & IS_HOLE) result.isHole = true;
+  /** Adds to an element whether it is filled and in which colour, whether it is a hole, and what is noted of it. */
+  extras(element) {
+    const { properties, raw } = this;
+    if ((properties & (IS_HOLE | HAS_ATTRIBUTES)) === 0) return element;
+    if (properties & IS_HOLE) element.isHole = true;
     this.linkages((at, size) => {
       if (size < 4) return;
-      const id = this.raw.readUInt16LE(at + 2);
-      if (this.raw.readUInt16LE(at) === FILL_LINKAGE[0] && id === FILL_LINKAGE[1] && size >= 10) {
-        Object.assign(result, { filled: true, fillColor: this.raw[at + 8] });
+      const id = raw.readUInt16LE(at + 2);
+      if (raw.readUInt16LE(at) === FILL_LINKAGE[0] && id === FILL_LINKAGE[1] && size >= 10) {
+        element.filled = true;
+        element.fillColor = raw[at + 8];
       }
       if (id === NOTE_LINKAGE && size >= 8) {
-        const [kind, value] = [this.raw.readUInt16LE(at + 4), this.raw.readUInt16LE(at + 6)];
-        if (kind === NOTE.layer) result.layerNote = value;
-        if (kind === NOTE.block) result.blockNote = value;
-        if (kind === NOTE.axes && size >= 80) result.axesNote = this.#noted(at + 8);
+        const [kind, value] = [raw.readUInt16LE(at + 4), raw.readUInt16LE(at + 6)];
+        if (kind === NOTE.layer) element.layerNote = value;
+        if (kind === NOTE.block) element.blockNote = value;
+        if (kind === NOTE.axes && size >= 80) element.axesNote = this.#noted(at + 8);
       }
     });
-    return result;
+    return element;
   }
 
   /** Three vectors. */
@@ -101,27 +102,33 @@ export class ElementReader {
     return [row(at), row(at + 24), row(at + 48)];
   }
 
-  shape() {
+  shape(element) {
     const points = this.points();
     if (points.length > 1 && samePoint(points[0], points[points.length - 1])) points.pop();
-    return { points, filled: false, ...this.extras() };
+    element.points = points;
+    element.filled = false;
+    this.extras(element);
   }
 
-  round(start, sweep) {
+  round(element, start, sweep) {
     const [primary, secondary] = [this.size(), this.size()];
     const [xAxis, yAxis] = this.axes();
-    const center = this.precisePoint();
-    return { center, axis1: scale(xAxis, primary), axis2: scale(yAxis, secondary), start, sweep };
+    element.center = this.precisePoint();
+    element.axis1 = scale(xAxis, primary);
+    element.axis2 = scale(yAxis, secondary);
+    element.start = start;
+    element.sweep = sweep;
+    this.extras(element);
   }
 
-  ellipse() { return { ...this.round(0, FULL_TURN), ...this.extras() }; }
+  ellipse(element) { this.round(element, 0, FULL_TURN); }
 
-  arc() {
+  arc(element) {
     const start = this.angle();
     const sweep = this.i32();
     // The sweep has a sign bit of its own; 0 means all the way round.
     const size = (sweep & MAX_INT) / ANGLE_UNIT || FULL_TURN;
-    return this.round(start, sweep < 0 ? -size : size);
+    this.round(element, start, sweep < 0 ? -size : size);
   }
 
   textBytes() {
@@ -132,7 +139,7 @@ export class ElementReader {
     return this.raw.subarray(start + 2, start + 2 + count);
   }
 
-  text() {
+  text(element) {
     this.at++;
     const justification = this.u8() & 0xf;
     const unitSize = TEXT_UNIT / this.settings.uorPerMaster;
@@ -142,11 +149,12 @@ export class ElementReader {
     // Sizes below zero are those of a text that runs backwards or stands on its head.
     if (width < 0) xAxis = scale(xAxis, -1);
     if (height < 0) yAxis = scale(yAxis, -1);
-    return { origin, xAxis, yAxis, width: Math.abs(width), height: Math.abs(height),
-      text: this.codec.decode(this.textBytes()), justification: Math.min(justification, 14), range: this.range() };
+    Object.assign(element, { origin, xAxis, yAxis, width: Math.abs(width), height: Math.abs(height),
+      text: this.codec.decode(this.textBytes()), justification: Math.min(justification, 14), range: this.range() });
+    this.extras(element);
   }
 
-  cell() {
+  cell(element) {
     const { is3d, uorPerMaster } = this.settings;
     this.at += 2;
     const name = decodeName([this.u16(), this.u16()]);
@@ -154,26 +162,36 @@ export class ElementReader {
     const m = Array.from({ length: is3d ? 9 : 4 }, () => this.i32() / MATRIX_UNIT);
     const axes = is3d ? [[m[0], m[3], m[6]], [m[1], m[4], m[7]], [m[2], m[5], m[8]]]
       : [[m[0], m[2], 0], [m[1], m[3], 0], [0, 0, 1]];
-    const { axesNote, ...extras } = this.extras();
+    const { axesNote, ...extras } = this.extras({});
     // The exact axes count as long as nobody has turned the cell since.
     const isSame = axesNote?.every((axis, i) => (i === 2 && !is3d) || axis.every((v, k) => Math.abs(v - axes[i][k]) <= 2 / MATRIX_UNIT));
-    return { name, axes: isSame ? axesNote : axes, origin: this.point(), members: [], ...extras, resolution: 1 / uorPerMaster };
+    Object.assign(element, { name, axes: isSame ? axesNote : axes, origin: this.point(), members: [], ...extras,
+      resolution: 1 / uorPerMaster });
   }
 }
 
-/** Readers of what one element has, by its kind. */
+const path = (r, element, points) => {
+  element.points = points;
+  r.extras(element);
+};
+const chain = (r, element, closed) => {
+  Object.assign(element, { kind: 'chain', closed, members: [] });
+  r.extras(element);
+};
+
+/** By kinds, what adds to a begun element all that its kind has. */
 export const READ = {
-  line: (r) => ({ points: r.points(2), ...r.extras() }),
-  lineString: (r) => ({ points: r.points(), ...r.extras() }),
-  shape: (r) => r.shape(),
-  points: (r) => ({ points: r.points() }),
-  ellipse: (r) => r.ellipse(),
-  arc: (r) => ({ ...r.arc(), ...r.extras() }),
-  text: (r) => ({ ...r.text(), ...r.extras() }),
-  curve: (r) => curve(r.points()),
-  cell: (r) => r.cell(),
-  chain: (r) => ({ closed: false, members: [], ...r.extras() }),
-  closedChain: (r) => ({ kind: 'chain', closed: true, members: [], ...r.extras() }),
+  line: (r, e) => path(r, e, r.points(2)),
+  lineString: (r, e) => path(r, e, r.points()),
+  shape: (r, e) => r.shape(e),
+  points: (r, e) => { e.points = r.points(); },
+  ellipse: (r, e) => r.ellipse(e),
+  arc: (r, e) => r.arc(e),
+  text: (r, e) => r.text(e),
+  curve: (r, e) => { Object.assign(e, curve(r.points())); },
+  cell: (r, e) => r.cell(e),
+  chain: (r, e) => chain(r, e, false),
+  closedChain: (r, e) => chain(r, e, true),
 };
 export const KIND_OF = new Map(Object.entries(TYPE).map(([name, type]) => [type, name]));
 

@@ -2,6 +2,7 @@
 // Reads DGN V7. The elements of a complex one become its members; what has no kind of its own is counted
 // in `leftOut`.
 
+import { Growing } from '../growing.mjs';
 import { Refusal, Tally } from '../outcome.mjs';
 import { ElementReader, KIND_OF, READ, splineOf, tagValue } from './elements.mjs';
 import {
@@ -24,20 +25,40 @@ const LINKS = new Set(['line', 'lineString', 'arc', 'spline', 'chain']);
 const MAX_DEPTH = 16;
 const REFERENCE_LEVEL = 9;
 
-/** Walks the elements; every step checks that the element lies within the file. */
-function rawElements(buffer) {
-  const result = [];
-  for (let at = 0; ;) {
-    if (at + 2 > buffer.length) throw new Refusal('the DGN file is cut short: it has no end mark', 'damaged');
-    if (buffer.readUInt16LE(at) === END_MARK) return result;
-    const end = at + 4 <= buffer.length ? at + 4 + 2 * buffer.readUInt16LE(at + 2) : Infinity;
-    if (end > buffer.length) {
-      throw new Refusal(`the DGN file is cut short: the element at byte ${at} is incomplete`, 'damaged');
+/** Where the elements lie: every step of the walk checks that the element lies within the file. */
+class RawElements {
+  #buffer;
+
+  constructor(buffer) {
+    this.#buffer = buffer;
+    const starts = new Growing(Uint32Array);
+    for (let at = 0; ;) {
+      if (at + 2 > buffer.length) throw new Refusal('the DGN file is cut short: it has no end mark', 'damaged');
+      starts.push(at);
+      if (buffer.readUInt16LE(at) === END_MARK) break;
+      const end = at + 4 <= buffer.length ? at + 4 + 2 * buffer.readUInt16LE(at + 2) : Infinity;
+      if (end > buffer.length) {
+        throw new Refusal(`the DGN file is cut short: the element at byte ${at} is incomplete`, 'damaged');
+      }
+      at = end;
     }
-    const [low, high] = [buffer[at], buffer[at + 1]];
-    result.push({ at, end, type: high & 0x7f, level: low & 0x3f, complex: (low & COMPLEX) !== 0,
-      deleted: (high & 0x80) !== 0 });
-    at = end;
+    this.starts = starts.values;
+    this.length = this.starts.length - 1;
+  }
+
+  typeOf(i) { return this.#buffer[this.starts[i] + 1] & 0x7f; }
+  levelOf(i) { return this.#buffer[this.starts[i]] & 0x3f; }
+  isPart(i) { return (this.#buffer[this.starts[i]] & COMPLEX) !== 0; }
+  isDeleted(i) { return (this.#buffer[this.starts[i] + 1] & 0x80) !== 0; }
+
+  at(i) {
+    const [at, end] = [this.starts[i], this.starts[i + 1]];
+    return { at, end, type: this.typeOf(i), level: this.levelOf(i), deleted: this.isDeleted(i), bytes: this.#buffer.subarray(at, end) };
+  }
+
+  /** Those of a type that are not deleted. */
+  * ofType(type) {
+    for (let i = 0; i < this.length; i++) if (this.typeOf(i) === type && !this.isDeleted(i)) yield this.at(i);
   }
 }
 
@@ -86,10 +107,9 @@ class DrawingReader {
   references = [];
 
   constructor(buffer, codePage, elements) {
-    this.buffer = buffer;
     this.elements = elements;
     this.settings = readSettings(buffer);
-    this.raws = rawElements(buffer);
+    this.raws = new RawElements(buffer);
     this.#readNotes();
     this.codePage = codePage ?? this.notes?.codePage ?? guessCodePage(this.#textBytes());
     this.codec = new TextCodec(this.codePage);
@@ -98,18 +118,16 @@ class DrawingReader {
     for (let i = 0; i < this.raws.length;) i = this.#read(i, this.elements, 0);
   }
 
-  #bytes({ at, end }) { return this.buffer.subarray(at, end); }
-
   * #textBytes() {
-    for (const raw of this.raws) {
-      if (raw.type === TYPE.text && !raw.deleted) yield this.#guard(raw, () => new ElementReader(this.#bytes(raw), this.settings).textBytes());
-    }
+    for (const raw of this.raws.ofType(TYPE.text)) yield this.#guard(raw, () => new ElementReader(raw.bytes, this.settings).textBytes());
   }
 
   #readNotes() {
-    const chunks = this.raws.filter((raw) => raw.type === TYPE.application && raw.level === NOTES.level && !raw.deleted
-      && raw.end - raw.at > HEADER + 6 && this.buffer.readUInt16LE(raw.at + HEADER) === NOTES.mark)
-      .map((raw) => this.#bytes(raw)).map((bytes) => bytes.subarray(HEADER + 6, HEADER + 6 + bytes.readUInt16LE(HEADER + 4)));
+    const chunks = [];
+    for (const { level, bytes } of this.raws.ofType(TYPE.application)) {
+      if (level !== NOTES.level || bytes.length <= HEADER + 6 || bytes.readUInt16LE(HEADER) !== NOTES.mark) continue;
+      chunks.push(bytes.subarray(HEADER + 6, HEADER + 6 + bytes.readUInt16LE(HEADER + 4)));
+    }
     if (chunks.length === 0) return;
     try {
       this.notes = JSON.parse(Buffer.concat(chunks).toString('utf8'));
@@ -119,9 +137,8 @@ class DrawingReader {
   }
 
   #readColors() {
-    for (const raw of this.raws) {
-      const isTable = raw.type === TYPE.group && raw.level === COLOR_TABLE_LEVEL && !raw.deleted;
-      if (isTable && raw.end - raw.at >= 806) this.colors = readColorTable(this.#bytes(raw));
+    for (const { level, bytes } of this.raws.ofType(TYPE.group)) {
+      if (level === COLOR_TABLE_LEVEL && bytes.length >= 806) this.colors = readColorTable(bytes);
     }
   }
 
@@ -147,9 +164,8 @@ class DrawingReader {
 
   /** Reads the element at `i` and its members into `into`; returns the index of the next. */
   #read(i, into, depth) {
-    const raw = this.raws[i];
-    const { type } = raw;
-    const bytes = this.#bytes(raw);
+    const raw = this.raws.at(i);
+    const { type, bytes } = raw;
     const kind = KIND_OF.get(type);
     if (raw.deleted) return this.#end(i, raw, this.#wordsOf(raw, bytes), 0);
     if (LEFT_OUT.has(type)) this.leftOut.add(LEFT_OUT.get(type));
@@ -168,8 +184,11 @@ class DrawingReader {
     }
     if (type === TYPE.tag) return this.#tag(i, raw, bytes, into);
     if (!(kind in READ)) return i + 1;
-    const element = this.#guard(raw, () => ({ kind, ...this.#symbology(raw, bytes),
-      ...READ[kind](new ElementReader(bytes, this.settings, this.codec)) }));
+    const element = this.#guard(raw, () => {
+      const begun = this.#begun(kind, raw);
+      READ[kind](new ElementReader(bytes, this.settings, this.codec), begun);
+      return begun;
+    });
     if (!element.members || depth >= MAX_DEPTH) {
       into.push(element);
       return i + 1;
@@ -193,9 +212,10 @@ class DrawingReader {
     if (!this.references.includes(what)) this.references.push(what);
   }
 
-  #symbology(raw, bytes) {
-    return { level: raw.level, color: bytes.readUInt8(35), weight: bytes.readUInt8(34) >> 3, style: bytes.readUInt8(34) & 7,
-      group: bytes.readUInt16LE(28) };
+  /** What elements of all kinds have. */
+  #begun(kind, { level, bytes }) {
+    const [group, weightAndStyle, color] = [bytes.readUInt16LE(28), bytes.readUInt8(34), bytes.readUInt8(35)];
+    return { kind, level, color, weight: weightAndStyle >> 3, style: weightAndStyle & 7, group };
   }
 
   /** The bytes that the members of a complex element fill, by its own account. */
@@ -211,9 +231,9 @@ class DrawingReader {
       that counts its members is believed where the length is not. */
   #end(i, raw, until, count) {
     let next = i + 1;
-    while (next < this.raws.length && this.raws[next].complex && this.raws[next].at < until) next++;
+    while (next < this.raws.length && this.raws.isPart(next) && this.raws.starts[next] < until) next++;
     if (next > i + 1 || count === 0) return next;
-    while (next < this.raws.length && this.raws[next].complex && next - i <= count) next++;
+    while (next < this.raws.length && this.raws.isPart(next) && next - i <= count) next++;
     return next;
   }
 
@@ -223,16 +243,17 @@ class DrawingReader {
       const [flags, poleCount, knotCount] = [bytes.readUInt8(40), bytes.readUInt16LE(42), bytes.readUInt16LE(44)];
       const degree = (flags & 0xf) + 1;
       const parts = { poles: [], knots: [], weights: [] };
-      for (const part of this.raws.slice(i + 1, end)) {
+      for (let next = i + 1; next < end; next++) {
+        const part = this.raws.at(next);
         const name = KIND_OF.get(part.type);
         if (!(name in parts)) continue;
-        const reader = new ElementReader(this.#bytes(part), this.settings, this.codec);
+        const reader = new ElementReader(part.bytes, this.settings, this.codec);
         if (name === 'poles') parts.poles.push(...reader.points());
         else parts[name].push(...this.#fractions(reader));
       }
       const curve = splineOf({ degree, isClosed: (flags & IS_CLOSED) !== 0, isWeighted: (flags & IS_RATIONAL) !== 0,
         poles: parts.poles.slice(0, poleCount), knots: parts.knots.slice(0, knotCount), weights: parts.weights });
-      if (curve) into.push({ kind: 'spline', ...this.#symbology(raw, bytes), ...curve, ...new ElementReader(bytes, this.settings).extras() });
+      if (curve) into.push(new ElementReader(bytes, this.settings).extras({ ...this.#begun('spline', raw), ...curve }));
       else this.leftOut.add('B-SPLINE CURVE without sense');
     });
     return end;
@@ -254,8 +275,8 @@ class DrawingReader {
     const [reach, height] = [high[0] - low[0], high[1] - low[1]];
     if (!text.trim() || !(reach > 0 && height > 0)) return i + 1;
     this.drawn.add('tags as texts');
-    into.push({ kind: 'text', ...this.#symbology(raw, bytes), origin: [low[0], low[1], low[2]], xAxis: [1, 0, 0], yAxis: [0, 1, 0],
-      height, width: reach / text.length, text, justification: LEFT_BOTTOM });
+    into.push({ ...this.#begun('text', raw), origin: low, xAxis: [1, 0, 0], yAxis: [0, 1, 0], height, width: reach / text.length,
+      text, justification: LEFT_BOTTOM });
     return i + 1;
   }
 
@@ -273,7 +294,7 @@ class DrawingReader {
     const reader = new ElementReader(bytes, this.settings, this.codec);
     const name = nameIn(bytes);
     const placed = this.#guard(raw, () => placeInstance(reader, this.definitions.get(name)));
-    if (placed) into.push({ kind: 'instance', name, ...this.#symbology(raw, bytes), ...placed });
+    if (placed) into.push({ ...this.#begun('instance', raw), name, ...placed });
     else this.leftOut.add('SHARED CELL');
     return this.#end(i, raw, 0, 0);
   }

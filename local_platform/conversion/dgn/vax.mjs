@@ -5,12 +5,15 @@
 const scratch = new DataView(new ArrayBuffer(8));
 
 export function readInt32(buffer, at) {
-  return (buffer.readUInt16LE(at) << 16) | buffer.readUInt16LE(at + 2);
+  if (!(at >= 0 && at + 4 <= buffer.length)) throw new RangeError('a number beyond the end');
+  return (buffer[at + 1] << 24) | (buffer[at] << 16) | (buffer[at + 3] << 8) | buffer[at + 2];
 }
 
 export function writeInt32(buffer, at, value) {
-  buffer.writeUInt16LE((value >>> 16) & 0xffff, at);
-  buffer.writeUInt16LE(value & 0xffff, at + 2);
+  buffer[at] = value >>> 16;
+  buffer[at + 1] = value >>> 24;
+  buffer[at + 2] = value;
+  buffer[at + 3] = value >>> 8;
 }
 
 /** D_floating: sign, 8 bits of exponent biased by 128, then 55 bits of a fraction 0.1fff... */
