@@ -49,10 +49,9 @@ function readInput(path) {
 
 /** In a thread of its own, so that no drawing, however damaged, takes more time or memory than this. */
 function convert({ direction, input, seconds, codePage }) {
-  const bytes = readInput(input);
   return new Promise((resolve, reject) => {
     const worker = new Worker(fileURLToPath(import.meta.url), {
-      workerData: { direction, bytes, codePage }, stdout: true, stderr: true,
+      workerData: { direction, input, codePage }, stdout: true, stderr: true,
       resourceLimits: { maxOldGenerationSizeMb: MEMORY_MIB },
     });
     const timer = setTimeout(() => {
@@ -71,15 +70,17 @@ function convert({ direction, input, seconds, codePage }) {
   });
 }
 
-async function work({ direction, bytes, codePage }) {
+async function work({ direction, input, codePage }) {
   const start = performance.now();
   try {
-    const source = Buffer.from(bytes.buffer, bytes.byteOffset, bytes.length);
+    const source = readInput(input);
     const result = direction === 'dgn2dwg'
       ? (await import('./dgn_to_dwg.mjs')).dgnToDwg(source, { codePage })
       : (await import('./dwg_to_dgn.mjs')).dwgToDgn(source, { codePage });
     const report = reportOf(direction, source, result, (performance.now() - start) / 1000);
-    parentPort.postMessage({ bytes: result.bytes, leftOut: `${result.leftOut}`, report: JSON.stringify({ summary: lineOf(report), ...report }) });
+    const { bytes } = result;
+    // Handed over and not copied.
+    parentPort.postMessage({ bytes, leftOut: `${result.leftOut}`, report: JSON.stringify({ summary: lineOf(report), ...report }) }, [bytes.buffer]);
   } catch (error) {
     if (!(error instanceof Refusal)) return parentPort.postMessage({ reason: `the drawing cannot be converted: ${error.message}`, kind: 'other' });
     return parentPort.postMessage({ reason: error.message, kind: error.kind });
