@@ -9,15 +9,19 @@ import { Measure, differences } from './measure.mjs';
 import { DWG_COLOR_NUMBERS } from './symbology.mjs';
 import { Converter as ToDgn } from './to_dgn/converter.mjs';
 
+/** What every code page has, and no notation of a character begins with. */
+const PLAIN = /^[\x20-\x5b\x5d-\x7e]*$/;
+
 /** Texts as their code page can say them. */
 function asWritten(sum, codePage) {
   const codec = new TextCodec(codePage);
-  const texts = new Map();
-  for (const [text, count] of sum.texts) {
+  const others = [...sum.texts].filter(([text]) => !PLAIN.test(text));
+  for (const [text] of others) sum.texts.delete(text);
+  for (const [text, count] of others) {
     const written = codec.decode(codec.encode(text));
-    texts.set(written, (texts.get(written) ?? 0) + count);
+    sum.texts.set(written, (sum.texts.get(written) ?? 0) + count);
   }
-  return Object.assign(sum, { texts });
+  return sum;
 }
 
 function verdict(expected, actual, resolution, readBackBy) {
@@ -27,14 +31,19 @@ function verdict(expected, actual, resolution, readBackBy) {
     extent: { low: actual.low, high: actual.high } };
 }
 
-/** `elements` are what was to be written, each with its layer. */
-export function certifyDgn(bytes, { elements, codePage, resolution }) {
-  const colorOf = (element, isFill) => (isFill ? element.fillColor : undefined) ?? element.color;
-  const expected = asWritten(new Measure({ layerOf: (e) => e.layer.name, colorOf, resolution }).of(elements), codePage);
+const dgnColor = (element, isFill) => (isFill ? element.fillColor : undefined) ?? element.color;
+
+/** What elements that are to be written as DGN amount to: they are pushed into it, each with its layer. */
+export const measureForDgn = (resolution) => new Measure({ layerOf: (e) => e.layer.name, colorOf: dgnColor, resolution });
+
+/** `expected` is what measureForDgn() makes of what was to be written. */
+export function certifyDgn(bytes, { expected, codePage }) {
+  const { resolution } = expected;
   // The names of layers stand in the notes, which are read before any element.
-  const actual = new Measure({ layerOf: (e) => actual.notes.sharing[e.layerNote] ?? actual.notes.layers[e.level], colorOf, resolution });
+  const layerOf = (e) => actual.notes.sharing[e.layerNote] ?? actual.notes.layers[e.level];
+  const actual = new Measure({ layerOf, colorOf: dgnColor, resolution });
   readDgn(bytes, codePage, actual);
-  return verdict(expected, actual, resolution, 'the DGN reader');
+  return verdict(asWritten(expected, codePage), actual, resolution, 'the DGN reader');
 }
 
 /** What the elements of a DGN amount to, in the names that `converter` gives them: they are pushed into it. */

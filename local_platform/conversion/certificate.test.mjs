@@ -2,7 +2,7 @@
 
 import assert from 'node:assert/strict';
 import { describe, test } from 'node:test';
-import { certifyDgn } from './certificate.mjs';
+import { certifyDgn, measureForDgn } from './certificate.mjs';
 import { writeDgn } from './dgn/writer.mjs';
 import { dgnToDwg } from './dgn_to_dwg.mjs';
 import { dwgToDgn } from './dwg_to_dgn.mjs';
@@ -69,7 +69,7 @@ describe('a result that is not what was to be written', () => {
     test(name, () => {
       const wrong = changed.kind === 'text' ? [line, changed] : [changed, text];
       const { bytes } = writeDgn({ elements: wrong, notes });
-      const { agrees, differences } = certifyDgn(bytes, { elements: [line, text], codePage: 'gbk', resolution: 1e-6 });
+      const { agrees, differences } = certifyDgn(bytes, { expected: measureForDgn(1e-6).of([line, text]), codePage: 'gbk' });
       assert.equal(agrees, false);
       assert.ok(differences.some((one) => expected.test(one)), `${differences}`);
     });

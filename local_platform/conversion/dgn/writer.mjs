@@ -11,6 +11,7 @@ import {
 } from './format.mjs';
 import { encodeName } from './names.mjs';
 import { planDesignPlane } from './plane.mjs';
+import { Survey } from './survey.mjs';
 import { TextCodec, fittingCodePage } from './text.mjs';
 import { writeDouble, writeInt32 } from './vax.mjs';
 
@@ -54,7 +55,9 @@ class ElementWriter {
     const at = this.#at;
     this.#at += count;
     if (this.#at > this.#bytes.length) {
-      this.#bytes = Buffer.concat([this.#bytes], Math.max(this.#at, 2 * this.#bytes.length));
+      const larger = Buffer.alloc(Math.max(this.#at, Math.ceil(1.5 * this.#bytes.length)));
+      larger.set(this.#bytes);
+      this.#bytes = larger;
     }
     return at;
   }
@@ -383,20 +386,16 @@ function writeNotes(writer, notes) {
   }
 }
 
-function* textsOf(elements) {
-  for (const element of elements) {
-    if (element.kind === 'text') yield element.text;
-    else if (element.members) yield* textsOf(element.members);
-  }
-}
-
-/** Throws Refusal. `elements` must not be empty. Returns { bytes, plane, elements, outliers, codePage }; the page is the one
+/** Throws Refusal. `elements` are an array or a Spool, not empty. `begin` is told { plane } before anything is written, and returns
+    what is called with each element that is. Returns { bytes, outliers: how many were left out, codePage }; the page is the one
     asked for, or the one that has the characters of the texts. What is drawn otherwise than it was is counted in `drawn`. */
-export function writeDgn({ elements: all, colors = DEFAULT_COLORS, unitName = 'mu', hiddenLevels = [], codePage, notes,
-  drawn = { add() {} } }) {
-  const { plane, elements, outliers } = planDesignPlane(all);
-  const page = codePage ?? fittingCodePage(textsOf(elements));
+export function writeDgn({ elements, colors = DEFAULT_COLORS, unitName = 'mu', hiddenLevels = [], codePage, notes,
+  drawn = { add() {} }, begin = () => () => {} }) {
+  const survey = elements.survey ?? Survey.of(elements);
+  const { plane, outliers } = planDesignPlane(elements, survey);
+  const page = codePage ?? fittingCodePage(survey.characters);
   const writer = new ElementWriter(plane, new TextCodec(page));
+  const each = begin(plane);
   writer.raw(settingsElement(plane, unitName, hiddenLevels));
   for (const [type, size] of [[TYPE.digitizer, 356], [TYPE.levels, 156]]) {
     writer.begin(type, 0);
@@ -409,7 +408,11 @@ export function writeDgn({ elements: all, colors = DEFAULT_COLORS, unitName = 'm
   writer.endGeometry();
   writer.end();
   if (notes) writeNotes(writer, { ...notes, codePage: page });
-  for (const element of elements) writeElement(writer, element, false, drawn);
+  elements.forEach((element, i) => {
+    if (outliers.has(i)) return;
+    each(element);
+    writeElement(writer, element, false, drawn);
+  });
   writer.u16(END_MARK);
-  return { bytes: writer.bytes(), plane, elements, outliers, codePage: page };
+  return { bytes: writer.bytes(), outliers: outliers.size, codePage: page };
 }
