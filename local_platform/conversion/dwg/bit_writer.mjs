@@ -35,37 +35,49 @@ export class BitWriter {
     this.at++;
   }
 
+  /** Two bits. */
   bb(value) {
-    this.bit(value & 2);
-    this.bit(value & 1);
+    this.#room(2);
+    const shift = 14 - (this.at & 7);
+    const byte = this.at >> 3;
+    this.bytes[byte] |= (value << shift) >> 8;
+    this.bytes[byte + 1] |= (value << shift) & 0xff;
+    this.at += 2;
   }
 
   u8(value) {
     this.#room(8);
+    this.#byte(value & 0xff);
+  }
+
+  /** What lies behind is still all zeros. */
+  #byte(value) {
     const byte = this.at >> 3;
     const shift = this.at & 7;
     if (shift === 0) {
       this.bytes[byte] = value;
     } else {
-      this.bytes[byte] |= (value & 0xff) >> shift;
-      this.bytes[byte + 1] = (value << (8 - shift)) & 0xff;
+      this.bytes[byte] |= value >> shift;
+      this.bytes[byte + 1] = value << (8 - shift);
     }
     this.at += 8;
   }
 
   u16(value) {
-    this.u8(value & 0xff);
-    this.u8((value >> 8) & 0xff);
+    this.#room(16);
+    this.#byte(value & 0xff);
+    this.#byte((value >> 8) & 0xff);
   }
 
   u32(value) {
-    this.u16(value & 0xffff);
-    this.u16((value >>> 16) & 0xffff);
+    this.#room(32);
+    for (let i = 0; i < 32; i += 8) this.#byte((value >>> i) & 0xff);
   }
 
   f64(value) {
+    this.#room(64);
     scratchDouble[0] = value;
-    for (let i = 0; i < 8; i++) this.u8(scratch[i]);
+    for (let i = 0; i < 8; i++) this.#byte(scratch[i]);
   }
 
   bs(value) {
@@ -93,16 +105,17 @@ export class BitWriter {
     if (value === other) return this.bb(0);
     scratchDouble[0] = value;
     usualDouble[0] = other;
-    const isSame = (from) => [from, from + 1, 6, 7].every((i) => scratch[i] === usual[i]);
-    if (isSame(4)) {
-      this.bb(1);
-      for (let i = 0; i < 4; i++) this.u8(scratch[i]);
-    } else if (scratch[6] === usual[6] && scratch[7] === usual[7]) {
-      this.bb(2);
-      for (const i of [4, 5, 0, 1, 2, 3]) this.u8(scratch[i]);
-    } else {
+    if (scratch[6] !== usual[6] || scratch[7] !== usual[7]) {
       this.bb(3);
       this.f64(value);
+    } else if (scratch[4] === usual[4] && scratch[5] === usual[5]) {
+      this.bb(1);
+      for (let i = 0; i < 4; i++) this.u8(scratch[i]);
+    } else {
+      this.bb(2);
+      this.u8(scratch[4]);
+      this.u8(scratch[5]);
+      for (let i = 0; i < 4; i++) this.u8(scratch[i]);
     }
     return undefined;
   }
@@ -141,15 +154,11 @@ export class BitWriter {
 
   /** Overwrites 32 bits that were written as zeros. */
   patch32(at, value) {
-    const end = this.at;
-    this.at = at;
+    const shift = at & 7;
     for (let i = 0; i < 4; i++) {
-      const byte = (value >>> (8 * i)) & 0xff;
-      for (let bit = 7; bit >= 0; bit--) {
-        if ((byte >> bit) & 1) this.bytes[this.at >> 3] |= 0x80 >> (this.at & 7);
-        this.at++;
-      }
+      const part = ((value >>> (8 * i)) & 0xff) << (8 - shift);
+      this.bytes[(at >> 3) + i] |= part >> 8;
+      this.bytes[(at >> 3) + i + 1] |= part & 0xff;
     }
-    this.at = end;
   }
 }

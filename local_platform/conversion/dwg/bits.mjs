@@ -38,27 +38,30 @@ export class BitReader {
     return ((this.bytes[from >> 3] & 1) << 1) | (this.bytes[(from >> 3) + 1] >> 7);
   }
 
-  u8() {
-    const from = this.#step(8);
+  u8() { return this.#byte(this.#step(8)); }
+
+  /** The eight bits from a place that has been found to be inside. */
+  #byte(from) {
     const byte = from >> 3;
     const shift = from & 7;
     return shift === 0 ? this.bytes[byte] : ((this.bytes[byte] << shift) | (this.bytes[byte + 1] >> (8 - shift))) & 0xff;
   }
 
-  u16() { return this.u8() | (this.u8() << 8); }
-  i32() { return this.u16() | (this.u16() << 16); }
+  u16() {
+    const from = this.#step(16);
+    return this.#byte(from) | (this.#byte(from + 8) << 8);
+  }
+
+  i32() {
+    const from = this.#step(32);
+    return this.#byte(from) | (this.#byte(from + 8) << 8) | (this.#byte(from + 16) << 16) | (this.#byte(from + 24) << 24);
+  }
+
   u32() { return this.i32() >>> 0; }
 
   f64() {
     const from = this.#step(64);
-    let byte = from >> 3;
-    const shift = from & 7;
-    const { bytes } = this;
-    if (shift === 0) {
-      for (let i = 0; i < 8; i++) scratch[i] = bytes[byte + i];
-    } else {
-      for (let i = 0; i < 8; i++, byte++) scratch[i] = (bytes[byte] << shift) | (bytes[byte + 1] >> (8 - shift));
-    }
+    for (let i = 0; i < 8; i++) scratch[i] = this.#byte(from + 8 * i);
     return scratchDouble[0];
   }
 
@@ -103,15 +106,12 @@ export class BitReader {
     const form = this.bb();
     if (form === 0) return usual;
     if (form === 3) return this.f64();
-    const patch = form === 1 ? [this.u8(), this.u8(), this.u8(), this.u8()]
-      : [this.u8(), this.u8(), this.u8(), this.u8(), this.u8(), this.u8()];
+    const from = this.#step(form === 1 ? 32 : 48);
     scratchDouble[0] = usual;
-    if (form === 1) {
-      for (let i = 0; i < 4; i++) scratch[i] = patch[i];
-    } else {
-      scratch[4] = patch[0];
-      scratch[5] = patch[1];
-      for (let i = 0; i < 4; i++) scratch[i] = patch[2 + i];
+    for (let i = 0; i < 4; i++) scratch[i] = this.#byte(from + 8 * i + (form === 1 ? 0 : 16));
+    if (form === 2) {
+      scratch[4] = this.#byte(from);
+      scratch[5] = this.#byte(from + 8);
     }
     return scratchDouble[0];
   }

@@ -32,6 +32,21 @@ export class Bytes {
   add(bytes) { const at = this.#room(bytes.length); this.#buffer.set(bytes, at); }
   u16(value) { const at = this.#room(2); this.#buffer.writeUInt16LE(value, at); }
   u16be(value) { const at = this.#room(2); this.#buffer.writeUInt16BE(value, at); }
+
+  /** The first `size` bytes of an object, between their number, in words of 15 bits, and their checksum. */
+  object(bytes, size) {
+    const from = this.length;
+    let rest = size;
+    while (rest > 0x7fff) {
+      this.u16((rest & 0x7fff) | 0x8000);
+      rest >>>= 15;
+    }
+    this.u16(rest);
+    const at = this.#room(size);
+    for (let i = 0; i < size; i++) this.#buffer[at + i] = bytes[i];
+    this.u16(this.crc(from));
+  }
+
   crc(from) { return crc16(this.#buffer, from, this.length); }
   take() { return this.#buffer.subarray(0, this.length); }
 }
@@ -69,19 +84,8 @@ export class ObjectWriter extends BitWriter {
   endData() { this.patch32(this.sizeAt, this.at); }
 
   #end() {
-    const size = (this.at + 7) >> 3;
-    const { file } = this;
-    const from = file.length;
     this.place(this.own);
-    // The size stands in words of 15 bits, least first.
-    let rest = size;
-    while (rest > 0x7fff) {
-      file.u16((rest & 0x7fff) | 0x8000);
-      rest >>>= 15;
-    }
-    file.u16(rest);
-    file.add(this.bytes.subarray(0, size));
-    file.u16(file.crc(from));
+    this.file.object(this.bytes, (this.at + 7) >> 3);
   }
 
   pointer(handle) { this.handle(POINTER.hard, handle); }

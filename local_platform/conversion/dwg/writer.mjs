@@ -37,8 +37,8 @@ function headerSection(section, changes) {
   return result;
 }
 
-/** Writes a drawing as it comes: blocks and entities are pushed, the tables follow at the end. Entities name their layer and their
-    block, and their line type by its place in the list of { name, dashes }. */
+/** Writes a drawing as it comes: blocks and entities are pushed, the tables follow at the end. Entities name their block, and by
+    their symbology, { layer, color, weight, lineType }, their layer, and their line type by its place in the list of { name, dashes }. */
 export class DwgWriter {
   count = 0;
   #layers = new Map();
@@ -115,7 +115,7 @@ export class DwgWriter {
   }
 
   #entity(entity, place) {
-    const { layer, color, weight, lineType } = entity;
+    const { layer, color, weight, lineType } = entity.symbology;
     const symbology = { layer: this.#layer(layer), color, weight, lineType: this.lineTypes[lineType] };
     const used = entity.kind === 'INSERT' ? this.#blocks.get(entity.block).handle : this.textStyle;
     writeEntity(this.writer, place, symbology, entity, used);

@@ -103,6 +103,10 @@ export class Converter {
     return { layer: this.layerOf(element), color: this.colors[element.color], weight, lineType: element.style };
   }
 
+  #filling({ fillColor, color }, symbology) {
+    return { ...symbology, color: this.colors[fillColor ?? color] };
+  }
+
   #element(element, into) {
     if (element.kind === 'cell') return this.#cell(element, into);
     if (element.kind === 'instance') return this.#instance(element, into);
@@ -114,8 +118,8 @@ export class Converter {
       }
       // A fill has one colour, its outline another.
       const isOutlined = entity.kind === 'HATCH' && element.fillColor !== undefined && element.fillColor !== element.color;
-      const color = entity.kind === 'HATCH' ? this.colors[element.fillColor ?? element.color] : symbology.color;
-      into.push(Object.assign(entity, symbology, { color }));
+      entity.symbology = entity.kind === 'HATCH' ? this.#filling(element, symbology) : symbology;
+      into.push(entity);
       if (isOutlined) this.#element({ ...element, filled: false, fillColor: undefined }, into);
     }
     return undefined;
@@ -127,7 +131,7 @@ export class Converter {
     if (name || holes.length === 0 || !outer.filled || !holes.every((hole) => hole.isHole)) return null;
     const flat = members.every((m) => (m.points ?? m.members?.flatMap((n) => n.points ?? [n.center]) ?? [m.center]).every((p) => p[2] === 0));
     if (!flat) return null;
-    return { kind: 'HATCH', elevation: 0, paths: members.map(boundary), ...this.#symbology(outer), color: this.colors[outer.fillColor ?? outer.color] };
+    return { kind: 'HATCH', elevation: 0, paths: members.map(boundary), symbology: this.#filling(outer, this.#symbology(outer)) };
   }
 
   #cell(cell, into) {
@@ -140,7 +144,7 @@ export class Converter {
     if (!back || cell.members.length === 0) return this.#loose(cell, into);
     const members = cell.members.map((member) => plainRound(mapElement(back, member)));
     const block = this.#blockOf(name, members, (4 * this.resolution) / Math.min(...cell.axes.map(length), 1));
-    return into.push({ ...placed, block, ...this.#symbology(cell) });
+    return into.push({ ...placed, block, symbology: this.#symbology(cell) });
   }
 
   #loose(cell, into) {
@@ -183,7 +187,7 @@ export class Converter {
       this.#definitions.set(key, blockName);
       this.#addBlock(blockName, false, this.drawing.definitions.get(name).members);
     }
-    return into.push({ ...placed, block: this.#definitions.get(key), ...this.#symbology(instance) });
+    return into.push({ ...placed, block: this.#definitions.get(key), symbology: this.#symbology(instance) });
   }
 }
 
