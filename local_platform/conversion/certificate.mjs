@@ -20,6 +20,7 @@ function asWritten(sum, codePage) {
   for (const [text, count] of others) {
     const written = codec.decode(codec.encode(text));
     sum.texts.set(written, (sum.texts.get(written) ?? 0) + count);
+    sum.characters += (written.trim().length - text.trim().length) * count;
   }
   return sum;
 }
@@ -41,9 +42,9 @@ export function certifyDgn(bytes, { expected, codePage }) {
   const { resolution } = expected;
   // The names of layers stand in the notes, which are read before any element.
   const layerOf = (e) => actual.notes.sharing[e.layerNote] ?? actual.notes.layers[e.level];
-  const actual = new Measure({ layerOf, colorOf: dgnColor, resolution });
+  const actual = new Measure({ layerOf, colorOf: dgnColor, resolution }).against(asWritten(expected, codePage));
   readDgn(bytes, codePage, actual);
-  return verdict(asWritten(expected, codePage), actual, resolution, 'the DGN reader');
+  return verdict(expected, actual, resolution, 'the DGN reader');
 }
 
 /** What the elements of a DGN amount to, in the names that `converter` gives them: they are pushed into it. */
@@ -57,7 +58,8 @@ export const measureForDwg = (drawing, converter) => new Measure({
 export function certifyDwg(bytes, { expected, codePage }) {
   const { resolution } = expected;
   const actual = new Measure({ layerOf: (e) => e.layer.name, resolution,
-    colorOf: (element, isFill) => DWG_COLOR_NUMBERS[(isFill ? element.fillColor : undefined) ?? element.color] });
+    colorOf: (element, isFill) => DWG_COLOR_NUMBERS[(isFill ? element.fillColor : undefined) ?? element.color] })
+    .against(asWritten(expected, codePage));
   new ToDgn(readDwg(bytes), actual).model();
-  return verdict(asWritten(expected, codePage), actual, resolution, 'the DWG reader');
+  return verdict(expected, actual, resolution, 'the DWG reader');
 }

@@ -16,6 +16,8 @@ const USAGE = 'usage: node convert.mjs [dgn2dwg|dwg2dgn] [--codepage NAME] [--se
 const DIRECTIONS = ['dgn2dwg', 'dwg2dgn'];
 const DEFAULT_SECONDS = 120;
 const MEMORY_MIB = 4096;
+/** For what lives but for a moment: as next to nothing is kept, more room would only spread it out. */
+const YOUNG_MIB = 16;
 
 function readArguments(args) {
   const options = { codepage: { type: 'string' }, seconds: { type: 'string', default: `${DEFAULT_SECONDS}` },
@@ -52,7 +54,7 @@ function convert({ direction, input, seconds, codePage }) {
   return new Promise((resolve, reject) => {
     const worker = new Worker(fileURLToPath(import.meta.url), {
       workerData: { direction, input, codePage }, stdout: true, stderr: true,
-      resourceLimits: { maxOldGenerationSizeMb: MEMORY_MIB },
+      resourceLimits: { maxOldGenerationSizeMb: MEMORY_MIB, maxYoungGenerationSizeMb: YOUNG_MIB },
     });
     const timer = setTimeout(() => {
       reject(new Refusal(`the conversion took more than ${seconds} seconds`, 'tooSlow'));
