@@ -94,7 +94,6 @@ test('bulges, splines, paragraphs, seen from below, true colours, left out', () 
     add(at(new acad.MText('{\\fArial|b0;first}\\P\\W1.5;sec\\~ond %%d \\U+6d4b'), { insertPoint: new XYZ(0, 10, 0), height: 3 }));
     add(at(new acad.Arc(new XYZ(1, 2, 0), 5, 0, Math.PI / 2), { normal: new XYZ(0, 0, -1) }));
     add(at(segment(0, 0, 1, 1), { color: new acad.Color(5, 250, 5) }));
-    add(at(new acad.XLine(), { direction: new XYZ(1, 0, 0) }));
     add(at(segment(0, 0, NaN, 1), {}));
   });
   assert.equal(is3d, false);
@@ -105,7 +104,25 @@ test('bulges, splines, paragraphs, seen from below, true colours, left out', () 
   assertClose(elements.slice(2, 4).map((e) => [...e.origin, e.width]), [[0, 7, 0, 3], [0, 2, 0, 4.5]], 1e-6);
   assertClose(arcEnds(elements[4]), [[-6, 2, 0], [-1, 7, 0]], 1e-6);
   assert.equal(elements[5].color, 2);
-  assert.equal(leftOut, '1 XLINE, 1 LINE without a place');
+  assert.equal(leftOut, '1 LINE without a place');
+});
+
+test('construction lines end with the drawing, thickness has edges, sheets are named', () => {
+  for (const version of ['AC1014', 'AC1015', 'AC1018', 'AC1024', 'AC1032']) {
+    const { elements, leftOut } = convert((document, add) => {
+      add(at(new acad.XLine(), { firstPoint: new XYZ(3, 1, 0), direction: new XYZ(0, 2, 0) }));
+      add(at(new acad.Ray(), { startPoint: new XYZ(9, 1, 0), direction: new XYZ(-1, 0, 0) }));
+      add(at(new acad.Ray(), { startPoint: new XYZ(9, 50, 0), direction: new XYZ(-1, 0, 0) }));
+      add(at(segment(0, 0, 10, 4), { thickness: 5 }));
+      document.paperSpace.entities.add(segment(0, 0, 1, 1));
+    }, version);
+    const seen = elements.map(({ points }) => points.map((p) => p.map((v) => Math.round(10 * v) / 10)));
+    assert.deepEqual(seen, [
+      [[0, 0, 0], [10, 4, 0]], [[0, 0, 5], [10, 4, 5]], [[0, 0, 0], [0, 0, 5]], [[10, 4, 0], [10, 4, 5]],
+      [[3, -0.5, 0], [3, 4.5, 0]], [[9, 1, 0], [-0.5, 1, 0]],
+    ], version);
+    assert.match(leftOut, /^1 RAY beside the drawing, 1 entities on the sheet "(Layout1|\*Paper_Space)"$/);
+  }
 });
 
 test('a fill with an island is a cell with a hole, a pattern its lines', () => {

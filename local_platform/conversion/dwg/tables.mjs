@@ -142,13 +142,32 @@ const imageDefinition = (r) => {
   return { path: r.text() };
 };
 
+/** What is printed how stands before the name of a sheet. */
+function layout(r) {
+  r.text();
+  r.text();
+  r.bs();
+  for (let i = 0; i < 6; i++) r.bd();
+  r.text();
+  r.bd2();
+  for (let i = 0; i < 3; i++) r.bs();
+  for (let i = 0; i < 4; i++) r.bd();
+  if (r.year < 2004) r.text();
+  r.bd2();
+  r.text();
+  r.bs();
+  for (let i = 0; i < 3; i++) r.bd();
+  if (r.year >= 2004) for (let i = 0; i < 3; i++) r.bs();
+  return { name: r.text() };
+}
+
 const TABLE_TYPES = new Map([
   [49, ['blocks', block]], [51, ['layers', layer]], [53, ['textStyles', textStyle]], [57, ['lineTypes', lineType]],
-  [69, ['dimensionStyles', dimensionStyle]], [73, ['multiLineStyles', multiLineStyle]],
+  [69, ['dimensionStyles', dimensionStyle]], [73, ['multiLineStyles', multiLineStyle]], [82, ['layouts', layout]],
 ]);
-const TABLE_CLASSES = new Map([['IMAGEDEF', ['images', imageDefinition]]]);
+const TABLE_CLASSES = new Map([['IMAGEDEF', ['images', imageDefinition]], ['LAYOUT', ['layouts', layout]]]);
 
-export const TABLES = ['blocks', 'layers', 'textStyles', 'lineTypes', 'dimensionStyles', 'multiLineStyles', 'images'];
+export const TABLES = ['blocks', 'layers', 'textStyles', 'lineTypes', 'dimensionStyles', 'multiLineStyles', 'images', 'layouts'];
 
 /** [table, read] of an object's type, if it belongs to one. */
 export const tableOf = (type, className) => TABLE_TYPES.get(type) ?? TABLE_CLASSES.get(className);

@@ -2,17 +2,18 @@
 // The entities of a DWG drawing as elements of a DGN one: each with its symbology, inserts as cells.
 
 import { BY_BLOCK, BY_LAYER } from '../dwg/objects.mjs';
-import {
-  IDENTITY, combine, compose, dot, length, mapArc, mapPoint, mapVector, ocs, scale, subtract, unit,
-} from '../geometry.mjs';
+import { IDENTITY, combine, compose, length, mapPoint, mapVector, ocs, scale, subtract, unit } from '../geometry.mjs';
+import { mapElement } from '../mapping.mjs';
 import { Refusal, Tally } from '../outcome.mjs';
 import { layOut } from '../paragraphs.mjs';
 import { colorNumber, styleOfLineType, weightOfLineWeight } from '../symbology.mjs';
 import { ellipse, heavyPolyline, lightPolyline, round, spline, straight } from './curves.mjs';
 import { dimension } from './dimensions.mjs';
+import { cutToExtent } from './endless.mjs';
 import { hatch } from './hatches.mjs';
 import { leader, multiLeader } from './leaders.mjs';
 import { faceOf, multiline, polyface, polymesh } from './meshes.mjs';
+import { thickened } from './solids.mjs';
 import { text } from './texts.mjs';
 
 const MAX_ELEMENTS = 4_000_000;
@@ -82,23 +83,6 @@ const isDimension = (kind) => kind.startsWith('DIM_');
 /** What a kind is called outside. */
 const nameOf = (kind) => (isDimension(kind) ? 'DIMENSION' : kind === 'MINSERT' ? 'INSERT' : kind.startsWith('POLYLINE_') ? 'POLYLINE' : kind);
 
-export function mapElement(map, element) {
-  if (map === IDENTITY) return element;
-  if (element.members) {
-    const members = element.members.map((m) => mapElement(map, m));
-    if (element.kind !== 'cell') return { ...element, members };
-    return { ...element, members, origin: mapPoint(map, element.origin), axes: element.axes.map((a) => mapVector(map, a)) };
-  }
-  if (element.points) return { ...element, points: element.points.map((p) => mapPoint(map, p)) };
-  if (element.kind !== 'text') return { ...element, ...mapArc(map, element) };
-  const along = mapVector(map, scale(element.xAxis, element.width));
-  const xAxis = unit(along);
-  const up = mapVector(map, scale(element.yAxis, element.height));
-  const upright = combine(up, xAxis, -dot(up, xAxis), xAxis, 0);
-  return { ...element, origin: mapPoint(map, element.origin), xAxis, yAxis: unit(upright),
-    width: length(along), height: length(upright) };
-}
-
 const finite = (points) => points.every((p) => Number.isFinite(p[0]) && Number.isFinite(p[1]) && Number.isFinite(p[2]));
 
 function isFinite(element) {
@@ -121,10 +105,11 @@ export class Converter {
   #group = 0;
   #contents = new Map();
   #blockNotes = new Map();
+  #endless = [];
   note = (what) => this.drawn.add(what);
 
-  /** Elements of the model go into `elements`, by its push(). */
-  constructor(document, elements = []) {
+  /** Elements of the model go into `elements`, by its push(); its `survey` tells how far they reach. */
+  constructor(document, elements) {
     this.document = document;
     this.elements = elements;
   }
@@ -139,15 +124,30 @@ export class Converter {
       this.source.add(nameOf(entity.kind));
       this.#entity(entity, outer);
     });
+    if (this.#endless.length > 0) this.#constructionLines();
   }
 
-  /** Paper space has no place in a DGN; what lies there is counted. */
+  /** They end where the rest of the drawing does, which is known when all else is there. */
+  #constructionLines() {
+    const { low, high } = this.elements.survey;
+    const box = [low, high].map((p) => p.map((v) => (Number.isFinite(v) ? v : 0)));
+    for (const { entity, map, symbology } of this.#endless) {
+      const placed = { point: mapPoint(map, entity.point), direction: mapVector(map, entity.direction) };
+      const points = cutToExtent(placed, entity.kind === 'RAY', ...box);
+      if (!points) this.leftOut.add(`${entity.kind} beside the drawing`);
+      else this.#put([{ kind: 'line', points }], { map: IDENTITY, into: this.elements, group: 0 }, symbology, entity.kind);
+    }
+    this.note('construction lines as far as the drawing reaches');
+  }
+
+  /** Paper space has no place in a DGN; what lies there is counted by sheets. */
   paper() {
-    for (const block of this.document.blocks.values()) {
+    const { blocks, layouts } = this.document;
+    for (const block of blocks.values()) {
       if (!block.isPaper) continue;
       let count = 0;
       this.document.eachPart(block, ({ kind }) => { if (kind !== 'VIEWPORT') count++; });
-      this.leftOut.add('entities in paper space', count);
+      this.leftOut.add(`entities on the sheet "${layouts.get(block.layout)?.name ?? block.name}"`, count);
     }
   }
 
@@ -174,12 +174,18 @@ export class Converter {
     if (kind === 'INSERT' || kind === 'MINSERT' || kind === 'TABLE') return this.#insert(entity, outer, symbology);
     if (isDimension(kind)) return this.#dimension(entity, outer, symbology);
     if (kind === 'IMAGE') this.#reference('image', this.document.images.get(entity.definition)?.path);
+    if (kind === 'XLINE' || kind === 'RAY') return this.#endless.push({ entity, map: outer.map, symbology: { ...symbology, group: 0 } });
     const parts = (kind === 'ATTDEF' ? text(entity) : CONVERT[kind]?.(entity, this)) ?? null;
     if (parts === null) return this.leftOut.add(nameOf(kind));
-    if (Math.abs(entity.thickness) > WIDE_LINE) this.leftOut.add('thickness');
-    this.#put(parts, outer, symbology, nameOf(kind));
+    this.#put(this.#thickened(entity, parts), outer, symbology, nameOf(kind));
     if (kind === 'MULTILEADER' && entity.block) this.#leaderBlock(entity, outer, symbology);
     return undefined;
+  }
+
+  #thickened({ thickness, normal }, parts) {
+    if (!(Math.abs(thickness) > WIDE_LINE) || parts.every((part) => part.kind === 'text')) return parts;
+    this.note('thickness as edges');
+    return thickened(parts, scale(unit(normal), thickness));
   }
 
   #reference(kind, path) {

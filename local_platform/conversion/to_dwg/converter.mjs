@@ -2,9 +2,9 @@
 // The elements of a DGN drawing as entities of a DWG one: each with its symbology, cells as blocks and inserts.
 
 import { FULL_TURN, cross, dot, isCircular, length, mapVector, ocs, scale, unit } from '../geometry.mjs';
+import { mapElement } from '../mapping.mjs';
 import { Tally } from '../outcome.mjs';
 import { indexedColors, lineWeightNumber } from '../symbology.mjs';
-import { mapElement } from '../to_dgn/converter.mjs';
 import { boundary, entitiesOf } from './entities.mjs';
 
 const SQUARE = 1e-6;
