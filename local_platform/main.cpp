@@ -81,6 +81,12 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_option("--conversion-time-limit", options.conversionTimeLimit, "seconds")
         ->check(CLI::Range(1, 3600))
         ->capture_default_str();
+    app.add_option("--conversions-at-once", options.conversionsAtOnce, "0: as many as there are processors")
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str();
+    app.add_option("--conversion-queue", options.conversionQueue, "drawings that wait for their turn")
+        ->check(CLI::Range(0, 10000))
+        ->capture_default_str();
     app.add_option("--drawing-code-page", options.drawingCodePage,
         "of texts in DGN files, such as gbk; guessed from each file unless told");
 

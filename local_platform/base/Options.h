@@ -33,6 +33,8 @@ struct Options
     std::string converter; ///< script run as: node SCRIPT IN OUT
     std::uint64_t maxDrawingSize = 64ull << 20; ///< bytes of one drawing
     int conversionTimeLimit = 25; ///< seconds; clients wait 30
+    unsigned conversionsAtOnce = 0; ///< 0: as many as there are processors
+    unsigned conversionQueue = 32; ///< drawings that wait for their turn
     std::string drawingCodePage; ///< of texts in DGN files; empty: guessed from each file
 };
 

@@ -77,8 +77,8 @@ bool isWithin(const ChildLimits& limits, const std::string& threads, const std::
 }
 
 /// What ended the child before it ended itself; nothing when it did.
-std::optional<ChildOutcome> watch(
-    pid_t child, const std::filesystem::path& directory, const ChildLimits& limits)
+std::optional<ChildOutcome> watch(pid_t child, const std::filesystem::path& directory,
+    const ChildLimits& limits, const std::function<bool()>& isWanted)
 {
     const std::string threads = "/proc/" + std::to_string(child) + "/task";
     for (;;) {
@@ -91,6 +91,8 @@ std::optional<ChildOutcome> watch(
             return ChildOutcome::OutOfTime;
         if (!isWithin(limits, threads, directory))
             return ChildOutcome::Killed;
+        if (!isWanted())
+            return ChildOutcome::Unwanted;
         std::this_thread::sleep_for(pollInterval);
     }
 }
@@ -98,7 +100,8 @@ std::optional<ChildOutcome> watch(
 } // namespace
 
 ChildOutcome runChild(const std::vector<std::string>& command, const std::filesystem::path& directory,
-    const std::filesystem::path& errors, const ChildLimits& limits, const Cage& cage)
+    const std::filesystem::path& errors, const ChildLimits& limits, const Cage& cage,
+    const std::function<bool()>& isWanted)
 {
     const Cage::Door door(cage, directory);
     std::vector<char*> arguments;
@@ -114,7 +117,7 @@ ChildOutcome runChild(const std::vector<std::string>& command, const std::filesy
     if (child == 0)
         becomeCommand(arguments.data(), directory.c_str(), errors.c_str(), limits, door, parent);
 
-    const std::optional<ChildOutcome> outcome = watch(child, directory, limits);
+    const std::optional<ChildOutcome> outcome = watch(child, directory, limits, isWanted);
     ::kill(-child, SIGKILL);
     ::kill(child, SIGKILL); // it may not have come to its own group yet
     int status = 0;

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ enum class ChildOutcome
     Succeeded,
     Failed,
     Killed, ///< by a signal, such as for its limits
-    OutOfTime
+    OutOfTime,
+    Unwanted
 };
 
 /// Runs a program in a cage around the directory given, where it works, and in a process group of its own,
@@ -34,7 +36,9 @@ enum class ChildOutcome
 /// when this process ends, all ends that it may have started.
 /// @param command the program's path and its arguments
 /// @param errors file that takes its standard error
+/// @param isWanted asked from time to time
 ChildOutcome runChild(const std::vector<std::string>& command, const std::filesystem::path& directory,
-    const std::filesystem::path& errors, const ChildLimits& limits, const Cage& cage);
+    const std::filesystem::path& errors, const ChildLimits& limits, const Cage& cage,
+    const std::function<bool()>& isWanted);
 
 } // namespace local_platform

@@ -29,6 +29,7 @@ constexpr std::uint64_t converterSpace = 2ull << 30;
 constexpr unsigned converterThreads = 64;
 constexpr unsigned converterFiles = 256;
 constexpr int processorsAtOnce = 2; ///< that it may keep busy all its time: it computes in one thread
+constexpr int secondsUntilNextTry = 10;
 constexpr std::size_t longestReason = 500;
 constexpr std::size_t longestReportHeader = 6000;
 
@@ -151,11 +152,27 @@ std::string codePageFor(const Call& call, const Options& options)
     return wanted;
 }
 
-Xml fault(const std::string& who, const std::string& reason)
+/// SOAP has 500 for its faults. Clients look at the fault alone; others understand a status that passes.
+Xml fault(const std::string& who, const std::string& reason, int status = 500)
 {
-    return {500,
+    return {status,
         envelope("<soap:Fault><faultcode>soap:" + who + "</faultcode><faultstring>" + escaped(cleaned(reason))
             + "</faultstring></soap:Fault>")};
+}
+
+Xml fault(const Refusal& refusal, const Json& report)
+{
+    Xml reply = refusal.retryAfter() != 0 ? fault("Server", refusal.what(), refusal.status())
+                                          : fault("Client", refusal.what());
+    reply.headers = replyHeaders(report);
+    if (refusal.retryAfter() != 0)
+        reply.headers["Retry-After"] = std::to_string(refusal.retryAfter());
+    return reply;
+}
+
+Refusal busy(const std::string& message)
+{
+    return Refusal(message, 503).retriedAfter(secondsUntilNextTry);
 }
 
 } // namespace
@@ -166,7 +183,9 @@ Conversion::Conversion(const Options& options, const std::filesystem::path& scra
     , node_(program("node"))
     , cage_(neededBy(node_, converter_))
     , scratch_(std::filesystem::absolute(scratch))
-    , places_(std::max(1u, std::thread::hardware_concurrency()))
+    , turns_(options.conversionsAtOnce != 0 ? options.conversionsAtOnce
+                                            : std::max(1u, std::thread::hardware_concurrency()),
+          options.conversionQueue)
 {
     if (node_.empty())
         spdlog::warn("Drawings cannot be converted: there is no node in PATH");
@@ -187,9 +206,7 @@ Xml Conversion::answer(Call& call)
     } catch (const Refusal& refusal) {
         const Json report = reportIn(folder.path());
         spdlog::info("Conversion refused: {}", refusal.what());
-        Xml reply = fault("Client", refusal.what());
-        reply.headers = replyHeaders(report);
-        return reply;
+        return fault(refusal, report);
     } catch (const std::exception& error) {
         spdlog::error("Conversion: {}", error.what());
         return fault("Server", "The conversion failed; the platform's log says why");
@@ -214,7 +231,7 @@ Xml Conversion::convert(Call& call, const std::filesystem::path& folder)
     const std::string input = toDwg ? "in.dgn" : "in.dwg";
     const std::string output = toDwg ? "out.dwg" : "out.dgn";
     std::filesystem::rename(request, folder / input);
-    runConverter(input, output, codePageFor(call, options_), folder);
+    runConverter(call, input, output, folder);
     const std::string converted = contentOf(folder / output);
     if (converted.empty())
         throw std::runtime_error("The converter made no drawing");
@@ -228,15 +245,19 @@ Xml Conversion::convert(Call& call, const std::filesystem::path& folder)
         replyHeaders(report)};
 }
 
-void Conversion::runConverter(const std::string& input, const std::string& output,
-    const std::string& codePage, const std::filesystem::path& folder)
+void Conversion::runConverter(const Call& call, const std::string& input, const std::string& output,
+    const std::filesystem::path& folder)
 {
+    const std::string codePage = codePageFor(call, options_);
     using std::chrono::steady_clock;
     const std::chrono::seconds patience(options_.conversionTimeLimit);
     const auto arrival = steady_clock::now();
-    const Places::Place place(places_, patience);
-    if (!place.taken())
-        throw Refusal("Too many drawings are being converted; try again later");
+    const auto isWanted = [&call] { return !call.clientIsGone(); };
+    const Turns::Turn turn(turns_, call.client(), arrival + patience, isWanted);
+    if (turn.outcome() == Turns::Outcome::Unwanted)
+        throw Refusal("The client has gone");
+    if (turn.outcome() != Turns::Outcome::Taken)
+        throw busy("Too many drawings are waiting to be converted; try again later");
     const auto waited = std::chrono::duration_cast<std::chrono::seconds>(steady_clock::now() - arrival);
 
     if (!std::filesystem::exists(converter_))
@@ -248,10 +269,12 @@ void Conversion::runConverter(const std::string& input, const std::string& outpu
         command.insert(command.end(), {"--codepage", codePage});
     const ChildLimits limits = {arrival + patience, patience * processorsAtOnce, converterMemory,
         converterSpace, converterThreads, converterFiles};
-    const ChildOutcome outcome = runChild(command, folder, reasons, limits, cage_);
-    // The client's patience counts from the beginning, so one that waited long had less time to be converted.
-    if (outcome == ChildOutcome::OutOfTime && waited * 5 > patience)
-        throw Refusal("The drawing waited " + std::to_string(waited.count())
+    const ChildOutcome outcome = runChild(command, folder, reasons, limits, cage_, isWanted);
+    if (outcome == ChildOutcome::Unwanted)
+        throw Refusal("The client has gone");
+    // The client's patience counts from the beginning, so one that waited had less time to be converted.
+    if (outcome == ChildOutcome::OutOfTime && waited.count() > 0)
+        throw busy("The drawing waited " + std::to_string(waited.count())
             + " s for others and could not be finished in the rest of the time; try again later");
     if (outcome == ChildOutcome::OutOfTime)
         throw Refusal("The drawing takes too long to convert");

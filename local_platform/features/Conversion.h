@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Options.h"
-#include "base/Places.h"
+#include "base/Turns.h"
 #include "features/Cage.h"
 #include "http/Routes.h"
 
@@ -23,7 +23,7 @@ public:
 private:
     Xml answer(Call& call);
     Xml convert(Call& call, const std::filesystem::path& folder);
-    void runConverter(const std::string& input, const std::string& output, const std::string& codePage,
+    void runConverter(const Call& call, const std::string& input, const std::string& output,
         const std::filesystem::path& folder);
 
     const Options& options_;
@@ -31,7 +31,7 @@ private:
     std::filesystem::path node_;
     Cage cage_;
     std::filesystem::path scratch_;
-    Places places_;
+    Turns turns_;
 };
 
 } // namespace local_platform

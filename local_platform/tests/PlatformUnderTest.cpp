@@ -54,7 +54,7 @@ Answer Client::send(
         return QByteArray::fromStdString(result->get_header_value(name));
     };
     return {result->status, QByteArray::fromStdString(result->body), header("Content-Digest"),
-        header("Digest"), header("X-Conversion-Report")};
+        header("Digest"), header("X-Conversion-Report"), header("Retry-After")};
 }
 
 Answer Client::postForm(const QByteArray& path, const FormFields& fields) const

@@ -17,6 +17,7 @@ struct Answer
     QByteArray contentDigest;
     QByteArray digest;
     QByteArray conversionReport;
+    QByteArray retryAfter;
 
     QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     int code() const { return json().value("code").toInt(-1); }

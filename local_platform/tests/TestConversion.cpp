@@ -2,17 +2,23 @@
 #include "Soap.h"
 
 #include <QDir>
+#include <future>
 
 namespace {
 
 /// The converter's side of the contract, in a few lines: what it does is told by the drawing.
 const char converterScript[] = R"(
-import { readFileSync, writeFileSync } from 'node:fs';
+import { existsSync, readFileSync, writeFileSync } from 'node:fs';
 const [input, output, , report, , codePage] = process.argv.slice(2);
 const drawing = readFileSync(input);
 const text = drawing.toString('latin1', 0, 10);
 const orders = {
     refuse: () => { console.error('no <drawing> & no hope\nsecond line'); process.exitCode = 1; },
+    hold: async () => {
+        writeFileSync('held', '');
+        while (!existsSync('go')) await new Promise((resolve) => setTimeout(resolve, 10));
+        writeFileSync(output, 'held');
+    },
     hang: () => setInterval(() => {}, 1000),
     burst: () => process.abort(),
     look: () => writeFileSync(output, JSON.stringify({ cwd: process.cwd(), env: Object.keys(process.env) })),
@@ -23,7 +29,7 @@ const orders = {
     },
 };
 const convert = () => writeFileSync(output, Buffer.concat([Buffer.from(`${input}>${output}:`), drawing]));
-(orders[text] ?? convert)();
+await (orders[text] ?? convert)();
 )";
 
 } // namespace
@@ -98,6 +104,32 @@ private slots:
         QVERIFY(elementText(told({{"X-Drawing-Code-Page", "big5"}}).body, "ConversionReport")
                     .contains("\"codePage\":\"big5\""));
         QCOMPARE(told({{"X-Drawing-Code-Page", "--seconds"}}).status, 500);
+    }
+
+    void fullQueueSaysWhenToTryAgain()
+    {
+        PlatformUnderTest platform({"--converter", m_scripts.filePath("converter.mjs"),
+            "--conversions-at-once", "1", "--conversion-queue", "0", "--log-level", "off"});
+        const QByteArray hold = request("ConDgn2Dwg", QByteArray("hold").toBase64());
+        auto held =
+            std::async(std::launch::async, [&] { return convert(platform.as(), "ConDgn2Dwg", hold); });
+        const QDir scratch(platform.data() + "/scratch");
+        const auto folder = [&] {
+            const QString name = scratch.entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+            return QFile::exists(scratch.filePath(name + "/held")) ? scratch.filePath(name) : QString();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(!folder().isEmpty(), 20000);
+
+        const Answer refused =
+            convert(platform.as().from("127.0.0.2"), "ConDgn2Dwg", request("ConDgn2Dwg", "eHh4"));
+        QCOMPARE(refused.status, 503);
+        QVERIFY(refused.retryAfter.toInt() > 0);
+        QCOMPARE(elementText(refused.body, "faultstring"),
+            QString("Too many drawings are waiting to be converted; try again later"));
+
+        QFile go(folder() + "/go");
+        QVERIFY(go.open(QIODevice::WriteOnly));
+        QCOMPARE(held.get().status, 200);
     }
 
     void converterSeesOnlyItsFolderWhichGoes()
