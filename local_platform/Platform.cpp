@@ -33,7 +33,7 @@ Platform::Platform(const Options& options)
     , addressBook_(database_)
     , groups_(database_, clock_)
     , softwareTables_(database_)
-    , conversion_(options_, folder_.scratch())
+    , conversion_(options_, folder_.scratch(), clock_)
 {
     accounts_.addTo(routes_);
     codes_.addTo(routes_);

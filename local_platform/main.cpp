@@ -87,6 +87,9 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_option("--conversion-queue", options.conversionQueue, "drawings that wait for their turn")
         ->check(CLI::Range(0, 10000))
         ->capture_default_str();
+    app.add_option("--conversions-per-hour", options.conversionsPerHour, "of one address")
+        ->check(CLI::Range(0, 1000000000))
+        ->capture_default_str();
     app.add_option("--drawing-code-page", options.drawingCodePage,
         "of texts in DGN files, such as gbk; guessed from each file unless told");
 

@@ -35,6 +35,7 @@ struct Options
     int conversionTimeLimit = 25; ///< seconds; clients wait 30
     unsigned conversionsAtOnce = 0; ///< 0: as many as there are processors
     unsigned conversionQueue = 32; ///< drawings that wait for their turn
+    long long conversionsPerHour = 1000; ///< of one address
     std::string drawingCodePage; ///< of texts in DGN files; empty: guessed from each file
 };
 

@@ -30,6 +30,10 @@ constexpr unsigned converterThreads = 64;
 constexpr unsigned converterFiles = 256;
 constexpr int processorsAtOnce = 2; ///< that it may keep busy all its time: it computes in one thread
 constexpr int secondsUntilNextTry = 10;
+constexpr long long secondsInAnHour = 3600;
+constexpr std::uintmax_t largestResult = 512u << 20;
+constexpr std::size_t longestReport = 1u << 20;
+constexpr int deepestReport = 16;
 constexpr std::size_t longestReason = 500;
 constexpr std::size_t longestReportHeader = 6000;
 
@@ -78,10 +82,29 @@ std::vector<std::filesystem::path> neededBy(
         "/usr/lib64", "/usr/share/nodejs", "/etc/ld.so.cache", "/etc/ssl/openssl.cnf", "/dev/urandom"};
 }
 
-std::string contentOf(const std::filesystem::path& path)
+/// The beginning of a file of the converter's, which may have been taken over: what is not there is empty.
+std::string beginningOf(const std::filesystem::path& path, std::size_t most)
 {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text(most, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(most));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    return text;
+}
+
+/// Appends the content in Base64, without having it twice in memory.
+void appendBase64(std::string& text, const std::filesystem::path& path)
+{
+    const std::uintmax_t size = std::filesystem::exists(path) ? std::filesystem::file_size(path) : 0;
+    if (size == 0)
+        throw std::runtime_error("The converter made no drawing");
+    if (size > largestResult)
+        throw Refusal("The converted drawing is too large");
+    text.reserve(text.size() + size / 3 * 4 + 1024);
+    std::ifstream file(path, std::ios::binary);
+    std::string piece(48 << 10, '\0'); // a multiple of 3, so that only the last is padded
+    while (file.read(piece.data(), static_cast<std::streamsize>(piece.size())) || file.gcount() > 0)
+        text += base64(piece.substr(0, static_cast<std::size_t>(file.gcount())));
 }
 
 std::string escaped(const std::string& text)
@@ -98,25 +121,31 @@ std::string escaped(const std::string& text)
     return xml;
 }
 
-std::string envelope(const std::string& body, const std::string& header = {})
+/// The body may be long, and is not copied.
+std::string envelope(std::string body, const std::string& header = {})
 {
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-           "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
-        + header + "<soap:Body>" + body + "</soap:Body></soap:Envelope>";
+    body.insert(0,
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+        "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+            + header + "<soap:Body>");
+    return std::move(body.append("</soap:Body></soap:Envelope>"));
 }
 
 /// What the converter tells of its work, as it came; null where it told nothing that is JSON.
 Json reportIn(const std::filesystem::path& folder)
 {
-    return Json::parse(contentOf(folder / "report.json"), nullptr, false);
+    const auto isShallow = [](int depth, Json::parse_event_t, const Json&) { return depth < deepestReport; };
+    return Json::parse(beginningOf(folder / "report.json", longestReport), isShallow, false);
 }
 
 /// Clients look for the result by its name, which a layer may bear as well.
-std::string withoutResultNames(std::string text)
+std::string withoutResultNames(const std::string& text)
 {
-    for (std::size_t at = 0; (at = text.find("Result", at)) != std::string::npos;)
-        text.replace(at, 1, "&#82;");
-    return text;
+    std::string other;
+    std::size_t from = 0;
+    for (std::size_t at = 0; (at = text.find("Result", from)) != std::string::npos; from = at + 1)
+        other.append(text, from, at - from).append("&#82;");
+    return other.append(text, from);
 }
 
 std::string soapHeader(const Json& report)
@@ -124,7 +153,7 @@ std::string soapHeader(const Json& report)
     if (!report.is_object())
         return {};
     return "<soap:Header><ConversionReport xmlns=\"urn:tav:conversion\">"
-        + withoutResultNames(escaped(report.dump())) + "</ConversionReport></soap:Header>";
+        + withoutResultNames(escaped(serialized(report))) + "</ConversionReport></soap:Header>";
 }
 
 /// The report in Base64, without what can be long.
@@ -134,7 +163,7 @@ std::map<std::string, std::string> replyHeaders(Json report)
         return {};
     for (const char* list : {"layers", "references", "damaged"})
         report.erase(list);
-    const std::string encoded = base64(report.dump());
+    const std::string encoded = base64(serialized(report));
     if (encoded.size() > longestReportHeader)
         return {};
     return {{"X-Conversion-Report", encoded}};
@@ -177,8 +206,9 @@ Refusal busy(const std::string& message)
 
 } // namespace
 
-Conversion::Conversion(const Options& options, const std::filesystem::path& scratch)
+Conversion::Conversion(const Options& options, const std::filesystem::path& scratch, const Clock& clock)
     : options_(options)
+    , clock_(clock)
     , converter_(std::filesystem::absolute(options.converter))
     , node_(program("node"))
     , cage_(neededBy(node_, converter_))
@@ -186,6 +216,7 @@ Conversion::Conversion(const Options& options, const std::filesystem::path& scra
     , turns_(options.conversionsAtOnce != 0 ? options.conversionsAtOnce
                                             : std::max(1u, std::thread::hardware_concurrency()),
           options.conversionQueue)
+    , budgets_(options.conversionsPerHour, secondsInAnHour)
 {
     if (node_.empty())
         spdlog::warn("Drawings cannot be converted: there is no node in PATH");
@@ -200,6 +231,12 @@ void Conversion::addTo(Routes& routes)
 
 Xml Conversion::answer(Call& call)
 {
+    // Nobody signs in for this, so an address is all that is known of who asks.
+    if (budgets_.isSpent(call.client(), clock_.now()))
+        return fault(Refusal("Too many drawings came from this address; try again later", 429)
+                         .retriedAfter(secondsUntilNextTry),
+            {});
+    budgets_.spend(call.client(), clock_.now());
     const Folder folder(scratch_ / randomToken());
     try {
         return convert(call, folder.path());
@@ -232,17 +269,13 @@ Xml Conversion::convert(Call& call, const std::filesystem::path& folder)
     const std::string output = toDwg ? "out.dwg" : "out.dgn";
     std::filesystem::rename(request, folder / input);
     runConverter(call, input, output, folder);
-    const std::string converted = contentOf(folder / output);
-    if (converted.empty())
-        throw std::runtime_error("The converter made no drawing");
     const Json report = reportIn(folder);
+    std::string body = "<" + operation + "Response xmlns=\"http://tempuri.org/\"><" + operation + "Result>";
+    appendBase64(body, folder / output);
+    body += "</" + operation + "Result></" + operation + "Response>";
     if (report.is_object())
         spdlog::info("Conversion: {}", cleaned(report.value("summary", std::string())));
-    return {200,
-        envelope("<" + operation + "Response xmlns=\"http://tempuri.org/\"><" + operation + "Result>"
-                + base64(converted) + "</" + operation + "Result></" + operation + "Response>",
-            soapHeader(report)),
-        replyHeaders(report)};
+    return {200, envelope(std::move(body), soapHeader(report)), replyHeaders(report)};
 }
 
 void Conversion::runConverter(const Call& call, const std::string& input, const std::string& output,
@@ -282,7 +315,7 @@ void Conversion::runConverter(const Call& call, const std::string& input, const 
         throw Refusal("The drawing needs too much memory or space to convert");
     if (outcome == ChildOutcome::Succeeded)
         return;
-    const std::string reason = contentOf(reasons).substr(0, longestReason);
+    const std::string reason = beginningOf(reasons, longestReason);
     if (reason.empty())
         throw std::runtime_error("The converter ended without a reason; is node installed?");
     throw Refusal(reason.substr(0, reason.find('\n')));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Budgets.h"
+#include "base/Clock.h"
 #include "base/Options.h"
 #include "base/Turns.h"
 #include "features/Cage.h"
@@ -16,7 +18,7 @@ class Conversion
 {
 public:
     /// @param scratch a folder for what is being converted
-    Conversion(const Options& options, const std::filesystem::path& scratch);
+    Conversion(const Options& options, const std::filesystem::path& scratch, const Clock& clock);
 
     void addTo(Routes& routes);
 
@@ -27,11 +29,13 @@ private:
         const std::filesystem::path& folder);
 
     const Options& options_;
+    const Clock& clock_;
     std::filesystem::path converter_;
     std::filesystem::path node_;
     Cage cage_;
     std::filesystem::path scratch_;
     Turns turns_;
+    Budgets budgets_; ///< requests of each client
 };
 
 } // namespace local_platform

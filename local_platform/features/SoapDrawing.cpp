@@ -4,7 +4,6 @@
 #include "http/Envelope.h"
 
 #include <algorithm>
-#include <array>
 #include <sodium.h>
 #include <vector>
 
@@ -13,22 +12,8 @@ namespace local_platform {
 namespace {
 
 constexpr std::size_t maxHead = 64u << 10;
+constexpr std::size_t longestName = 64; ///< with its prefix; those that mean something are shorter
 constexpr std::size_t decodedAtOnce = 64u << 10;
-
-/// The place after the start tag of this local name, or npos while it is not all there.
-std::size_t afterStartTag(const std::string& xml, const std::string& localName)
-{
-    for (std::size_t open = xml.find('<'); open != std::string::npos; open = xml.find('<', open + 1)) {
-        const std::size_t end = xml.find('>', open);
-        if (end == std::string::npos)
-            return end;
-        std::string name = xml.substr(open + 1, xml.find_first_of(" \t\r\n>", open) - open - 1);
-        name.erase(0, name.find(':') + 1);
-        if (name == localName)
-            return end + 1;
-    }
-    return std::string::npos;
-}
 
 bool isSpace(char c)
 {
@@ -53,20 +38,31 @@ void SoapDrawing::append(const char* data, std::size_t size)
 
 void SoapDrawing::readHead(const char* data, std::size_t size)
 {
-    if (pending_.size() > maxHead)
-        return;
-    pending_.append(data, size);
-    const std::size_t start = afterStartTag(pending_, "file");
-    if (start == std::string::npos)
-        return;
-    for (const char* operation : {"ConDgn2Dwg", "ConDwg2Dgn"}) {
-        if (afterStartTag(pending_.substr(0, start), operation) != std::string::npos)
-            operation_ = operation;
+    for (std::size_t at = 0; at < size && headSize_ < maxHead; ++at, ++headSize_) {
+        const char c = data[at];
+        if (c == '<') {
+            inTag_ = inName_ = true;
+            name_.clear();
+        } else if (c == '>' && inTag_) {
+            inTag_ = inName_ = false;
+            if (endTag())
+                return readDrawing(data + at + 1, size - at - 1);
+        } else if (isSpace(c)) {
+            inName_ = false;
+        } else if (inName_ && name_.size() < longestName) {
+            name_ += c;
+        }
     }
-    phase_ = Phase::Drawing;
-    const std::string rest = pending_.substr(start);
-    pending_.clear();
-    readDrawing(rest.data(), rest.size());
+}
+
+bool SoapDrawing::endTag()
+{
+    const std::string localName = name_.substr(name_.find(':') + 1);
+    if (localName == "ConDgn2Dwg" || localName == "ConDwg2Dgn")
+        operation_ = localName;
+    if (localName == "file")
+        phase_ = Phase::Drawing;
+    return phase_ == Phase::Drawing;
 }
 
 void SoapDrawing::readDrawing(const char* data, std::size_t size)

@@ -31,6 +31,8 @@ private:
     };
 
     void readHead(const char* data, std::size_t size);
+    /// Whether the drawing begins behind it.
+    bool endTag();
     void readDrawing(const char* data, std::size_t size);
     void decodePending();
 
@@ -39,7 +41,11 @@ private:
     std::uint64_t size_ = 0;
     Phase phase_ = Phase::Head;
     std::string operation_;
-    std::string pending_; ///< what is read but not used yet: the head, then Base64
+    std::size_t headSize_ = 0; ///< bytes before the drawing, each of which is looked at once
+    bool inTag_ = false;
+    bool inName_ = false;
+    std::string name_; ///< of the tag in the head
+    std::string pending_; ///< Base64 that is read but not used yet
     bool padded_ = false; ///< Base64 ends with its padding
     bool valid_ = true;
 };

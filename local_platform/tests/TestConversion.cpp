@@ -8,7 +8,7 @@ namespace {
 
 /// The converter's side of the contract, in a few lines: what it does is told by the drawing.
 const char converterScript[] = R"(
-import { existsSync, readFileSync, writeFileSync } from 'node:fs';
+import { existsSync, openSync, readFileSync, ftruncateSync, writeFileSync } from 'node:fs';
 const [input, output, , report, , codePage] = process.argv.slice(2);
 const drawing = readFileSync(input);
 const text = drawing.toString('latin1', 0, 10);
@@ -23,6 +23,11 @@ const orders = {
     burst: () => process.abort(),
     look: () => writeFileSync(output, JSON.stringify({ cwd: process.cwd(), env: Object.keys(process.env) })),
     rest: () => {},
+    nest: () => {
+        writeFileSync(report, '['.repeat(500000) + ']'.repeat(500000));
+        writeFileSync(output, 'nested');
+    },
+    large: () => ftruncateSync(openSync(output, 'w'), 600000000),
     tell: () => {
         writeFileSync(report, JSON.stringify({ summary: 'done', layers: { '<ConDgn2DwgResult>': 1 }, codePage }));
         writeFileSync(output, 'drawing');
@@ -73,7 +78,10 @@ private slots:
             {drawing("hang"), "The drawing takes too long to convert"},
             {drawing("burst"), "The drawing needs too much memory or space to convert"},
             {drawing("rest"), "The conversion failed; the platform's log says why"},
+            {drawing("large"), "The converted drawing is too large"},
             {QByteArray(200000, 'x'), "The request holds no drawing to convert"},
+            {QByteArray(65500, ' ') + drawing("refuse"), "The request holds no drawing to convert"},
+            {QByteArray(65000, ' ') + drawing("refuse"), "no <drawing> & no hope"},
             {request("ConDgn2Pdf", "eA=="), "The request holds no drawing to convert"},
             {drawing(""), "The drawing is empty"},
             {request("ConDgn2Dwg", "eHh4e"), "The drawing is not valid Base64"},
@@ -104,6 +112,53 @@ private slots:
         QVERIFY(elementText(told({{"X-Drawing-Code-Page", "big5"}}).body, "ConversionReport")
                     .contains("\"codePage\":\"big5\""));
         QCOMPARE(told({{"X-Drawing-Code-Page", "--seconds"}}).status, 500);
+    }
+
+    void headIsReadOnce()
+    {
+        // Read again with each of its pieces, it took minutes.
+        const std::pair<QByteArray, QString> heads[]{
+            {QByteArray(40000, '<') + '>' + QByteArray(20000, 'x'),
+                "The request holds no drawing to convert"},
+            {QByteArray("<a>").repeated(20000) + request("ConDgn2Dwg", QByteArray("refuse").toBase64()),
+                "no <drawing> & no hope"},
+            {"<y:ConDgn2Dwg x='1'\n><z:file\n>" + QByteArray("refuse").toBase64() + "</z:file>",
+                "no <drawing> & no hope"},
+        };
+        for (const auto& [head, reason] : heads) {
+            QTcpSocket socket;
+            QVERIFY(m_platform->connectTo(socket));
+            socket.write(
+                "POST /NrvConRnx.asmx HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Type: text/xml\r\n"
+                "SOAPAction: http://tempuri.org/ConDgn2Dwg\r\nTransfer-Encoding: chunked\r\n\r\n");
+            for (const char byte : head)
+                socket.write(QByteArray("1\r\n") + byte + "\r\n");
+            socket.write("0\r\n\r\n");
+            while (socket.waitForReadyRead(30000)) { }
+            QCOMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+            const QByteArray answer = socket.readAll();
+            QCOMPARE(elementText(answer.mid(answer.indexOf("<?xml")), "faultstring"), reason);
+        }
+    }
+
+    void reportOfAnyShapeDoesNoHarm()
+    {
+        const Answer answer = post("ConDgn2Dwg", request("ConDgn2Dwg", QByteArray("nest").toBase64()));
+        QCOMPARE(elementText(answer.body, "ConDgn2DwgResult"), QString(QByteArray("nested").toBase64()));
+    }
+
+    void addressHasABudget()
+    {
+        PlatformUnderTest platform({"--converter", m_scripts.filePath("converter.mjs"),
+            "--conversions-per-hour", "2", "--log-level", "off"});
+        for (const int status : {200, 500, 429}) {
+            const QByteArray drawing = status == 500 ? "" : "eHh4"; // refused, it counts as well
+            const Answer answer = convert(platform.as(), "ConDgn2Dwg", request("ConDgn2Dwg", drawing));
+            QCOMPARE(answer.status, status);
+            QCOMPARE(answer.retryAfter.toInt() > 0, status == 429);
+        }
+        QCOMPARE(convert(platform.as().from("127.0.0.2"), "ConDgn2Dwg", request("ConDgn2Dwg", "eHh4")).status,
+            200);
     }
 
     void fullQueueSaysWhenToTryAgain()
