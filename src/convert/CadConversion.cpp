@@ -19,7 +19,7 @@ constexpr double timeoutMs = 30000.0;
 
 thread_local CloudFailure lastFailure = CloudFailure::None;
 
-/// The request as the service expects it, its odd spaces included.
+/// The request as the service expects it, including the spaces before "=".
 std::unique_ptr<RequestBody> envelope(const QByteArray& operation, const QString& path)
 {
     constexpr qint64 limit = 1 << 30; // a drawing that is no larger has a result that fits into memory
@@ -67,7 +67,7 @@ TransferPlan conversion(const QByteArray& operation, const QString& inPath, cons
         if (result.failure != CloudFailure::None)
             return;
         const QByteArray drawing = decoded(std::move(static_cast<SoapReader&>(reader).text));
-        if (drawing.isEmpty()) { // an answer that is no drawing must not become one
+        if (drawing.isEmpty()) { // never written over a good file
             qCWarning(cloudLog) << "the result of the conversion is not whole";
             result.failure = CloudFailure::NotConverted;
             result.error = replyUnusable();

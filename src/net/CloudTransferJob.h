@@ -15,7 +15,7 @@ struct TransferPlan;
 class TransferJobs;
 } // namespace tav
 
-/// A transfer that runs beside everything else: a backup, a share's upload, a download or a conversion.
+/// An asynchronous transfer: a backup, a share's upload, a download or a conversion.
 /// CloudFileManger and CadConversion.h make them; they do what the operation of the same name does, within
 /// the same limits unless the options say otherwise.
 ///
@@ -24,8 +24,8 @@ class TransferJobs;
 /// be destroyed, and gets no last error from it. Nothing in it waits in an event loop of its own; beginning
 /// to read a file, and putting a whole one in its place, block for as long as the disk takes.
 ///
-/// Destroying a job gives it up, in its own slots too. A transfer that was given up leaves no file behind;
-/// what was sent of an upload is dropped by the platform.
+/// Destroying a job cancels it, also from its own signals. A cancelled download leaves no file behind; the
+/// platform drops what it received of a cancelled upload.
 class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob : public QObject
 {
     Q_OBJECT
@@ -33,16 +33,16 @@ class TAV_CLOUD_PLATFORM_SDK_EXPORT CloudTransferJob : public QObject
 public:
     ~CloudTransferJob() override;
 
-    /// Begins, and returns at once; a second call does nothing. Whatever happens, finished() follows once,
-    /// never from within this call.
+    /// Starts the transfer and returns at once; a second call does nothing. finished() is emitted exactly
+    /// once, never from within this call.
     void start();
-    /// Gives it up: finished() follows before this returns, with CloudFailure::Cancelled. Does nothing before
-    /// start() and after the end.
+    /// Cancels the transfer: finished() is emitted before this returns, with CloudFailure::Cancelled. Does
+    /// nothing before start() and after the end.
     void cancel();
 
     /// Whether it has begun, and not ended.
     bool isRunning() const;
-    /// What it ended in; CloudFailure::None before the end too.
+    /// How it ended; CloudFailure::None also before the end.
     CloudFailure failure() const;
     /// What getLastError() would be after the operation. For the user there is cloudFailureText().
     QString errorText() const;

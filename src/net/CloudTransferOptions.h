@@ -5,10 +5,10 @@
 
 #include <functional>
 
-/// How far a transfer is: a backup or a share on its way up, a file on its way down, a conversion.
+/// The progress of a transfer: an upload, a download or a conversion.
 struct CloudTransferProgress
 {
-    /// What the transfer is at.
+    /// The stages of a transfer, in their order.
     enum class Stage
     {
         Sending,
@@ -16,7 +16,7 @@ struct CloudTransferProgress
         Receiving
     };
 
-    Stage stage = Stage::Sending; ///< what it is at now
+    Stage stage = Stage::Sending; ///< the current stage
     QString filePath; ///< the local file that is read, or written
     /// Of what is sent or received in this stage, in bytes. A conversion carries its drawings as text, four
     /// bytes for three.
@@ -24,20 +24,20 @@ struct CloudTransferProgress
     qint64 bytesTotal = -1; ///< -1 while that is not known
 };
 
-/// What a host may say of the operations that carry a file. Made without arguments they are as ever.
+/// Settings for the operations that transfer a file. The defaults keep the behaviour without options.
 struct CloudTransferOptions
 {
     /// What the limit counts from.
     enum class Limit
     {
-        WholeExchange, ///< the beginning: everything must have come by then
-        LastByte ///< the last byte that moved, either way: as long as something moves, a transfer may last
+        WholeExchange, ///< the start: the transfer must be complete within the limit
+        LastByte ///< the last byte sent or received: a transfer may last as long as bytes move
     };
 
     Limit limit = Limit::WholeExchange; ///< what limitMs counts from
 
     /// In milliseconds; 0 for the operation's own: 5000, and 30000 for a conversion. With Limit::LastByte it
-    /// must be enough for what the platform does without a word, like putting a large file in its place.
+    /// must cover the time that the platform works without sending anything, such as storing a large file.
     int limitMs = 0;
 
     /// Whether a download whose connection is lost goes on, in a further request, where it was cut. Only

@@ -20,7 +20,7 @@ QNetworkProxy proxyFor(const QUrl& url);
 /// the request itself: the body cannot be rewound to send the request again after the proxy has asked.
 void authorizeAtProxy(QNetworkRequest& request);
 
-/// Whether the process has the file descriptors left that a request needs. Without them, the event loop of
+/// Whether the process has enough free file descriptors for a request. Without them, the event loop of
 /// the network access manager's thread aborts the process.
 bool hasRoomForConnection();
 

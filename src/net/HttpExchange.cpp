@@ -176,6 +176,7 @@ void HttpExchange::send()
     state.stage = request.body->size() > 0 ? CloudTransferProgress::Stage::Sending
                                            : CloudTransferProgress::Stage::Waiting;
     connect(reply, &QNetworkReply::uploadProgress, this, [this](qint64 sent) {
+        uploaded = sent;
         if (state.stage != CloudTransferProgress::Stage::Sending)
             return;
         state.bytesDone = sent;
@@ -276,7 +277,7 @@ void HttpExchange::judgeReply()
         receive();
     // Whatever the peer made of a file that came up short, it has not got it.
     CloudFailure failure =
-        request.body->cameUpShort() ? CloudFailure::Unusable : request.reader->judge(*reply);
+        request.body->isTruncated() ? CloudFailure::Unusable : request.reader->judge(*reply);
     if (failure == CloudFailure::Unusable)
         failure = failureOf(*reply);
     if (!continuesAfter(failure))
@@ -316,7 +317,10 @@ void HttpExchange::end(CloudFailure failure)
     for (QTimer* timer : {&limit, &ticks, &nextAttempt})
         timer->stop();
     if (reply) {
-        log->finish(*reply, request.body->size(), failure == CloudFailure::None, problemOf(*reply, failure));
+        // Before a quick reply, Qt says nothing of what was sent.
+        const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+        log->finish(*reply, answered ? request.body->size() : uploaded, failure == CloudFailure::None,
+            problemOf(*reply, failure));
         dropReply();
     }
     manager.reset();

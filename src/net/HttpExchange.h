@@ -22,42 +22,42 @@ namespace tav {
 
 using HeaderMap = QMap<QString, QVariant>;
 
-/// What one request differs from others in.
+/// What to send, how to read the reply, and within which limits.
 struct HttpRequest
 {
     QByteArray verb;
-    QString url; ///< parsed tolerantly
+    QString url; ///< parsed in QUrl::TolerantMode
     HeaderMap headers;
-    std::unique_ptr<RequestBody> body; ///< every request has one, if empty: see RequestBody
+    std::unique_ptr<RequestBody> body; ///< never null; see RequestBody
     std::unique_ptr<ReplyReader> reader;
-    double timeoutMs; ///< where the options have no limit
-    QString filePath; ///< the local file, for the progress
+    double timeoutMs; ///< used when options.limitMs is 0
+    QString filePath; ///< the local file, reported with the progress
     CloudTransferOptions options;
 };
 
-/// The one road for every request: sends it, and decides when it has ended and in what. Belongs to the thread
-/// that it was made in, where an event loop must run.
+/// Sends one request and decides when it has ended, and how. Every request of the module is one of these. It
+/// lives in the thread that created it, which must run an event loop.
 class HttpExchange : public QObject
 {
     Q_OBJECT
 
 public:
     explicit HttpExchange(HttpRequest what, QObject* parent = nullptr);
-    /// Gives up what still runs.
+    /// Aborts the request if it is still running.
     ~HttpExchange() override;
 
-    /// Returns at once. Once only. False when the request cannot be sent: conclude() says why, which happens
-    /// by itself when the event loop runs.
+    /// Starts the request and returns at once; to be called once. False when it cannot be sent: the exchange
+    /// then ends from the event loop, or in conclude() if that is called first.
     bool start();
     /// Ends it with CloudFailure::Cancelled, if it has not ended.
     void cancel();
-    /// As it is now: good when the reply is there, if untold yet, else given up.
+    /// Ends it now: by the reply if that has come, otherwise with CloudFailure::Cancelled.
     void conclude();
 
-    /// What it ended in.
+    /// How it ended.
     CloudFailure failure() const { return ended.value_or(CloudFailure::None); }
-    /// The text that an operation returns for a failure; empty when cancel() or the progress function ended
-    /// it.
+    /// The error text of an operation that ended like this; empty after cancel(), also by the progress
+    /// function.
     QString errorText() const;
     ReplyReader& reader() const { return *request.reader; }
 
@@ -79,18 +79,19 @@ private:
     void end(CloudFailure failure);
 
     HttpRequest request;
-    std::unique_ptr<QNetworkAccessManager> manager; // goes before the body that it reads
+    std::unique_ptr<QNetworkAccessManager> manager; // destroyed before the body, which it reads
     QNetworkReply* reply = nullptr;
     bool replyCame = false;
     std::optional<CloudFailure> refusal;
     std::optional<RequestLog> log;
     CloudTransferProgress state;
+    qint64 uploaded = 0; // of the body, in bytes
     QTimer limit;
     QTimer ticks;
     QTimer nextAttempt;
     QElapsedTimer sinceMove;
     int pauseMs = 0;
-    std::optional<CloudFailure> lastAttempt; // while a download waits for its next
+    std::optional<CloudFailure> lastAttempt; // of a download that is being continued
     bool ticking = false;
     bool cancelled = false;
     std::optional<CloudFailure> ended;

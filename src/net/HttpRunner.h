@@ -13,9 +13,9 @@
 /// One blocking HTTP exchange per call. Every network call of the module goes through here.
 ///
 /// Each function sends one request to \a url (parsed tolerantly, never re-encoded by the caller) with the
-/// headers of \a headers, and waits in a local event loop that holds user input back until the reply is
-/// complete or \a timeoutMs milliseconds have passed. It returns true and writes \a result, or returns false,
-/// leaves \a result as it was and writes \a error:
+/// headers of \a headers, and waits in a local event loop, which leaves user input in the queue, until the
+/// reply is complete or \a timeoutMs milliseconds have passed. It returns true and writes \a result, or
+/// returns false, leaves \a result as it was and writes \a error:
 ///   - "连接超时": no complete reply in time, or the wait was ended from outside (the event loop of the
 ///   calling thread quits, as the application's does, or Escape closed the dialog of httpPostSoap());
 ///   - "返回值解析失败": the reply cannot be used (refused, reset or cut connections end here too).
@@ -31,8 +31,8 @@
 /// The time-out of every request to the platform, in milliseconds.
 constexpr double platformTimeoutMs = 5000.0;
 
-/// What kind of failure the last call of this thread ended in; CloudFailure::None after a success. To be read
-/// at once, like errno.
+/// The kind of failure of the last call on this thread; CloudFailure::None after a success. The next call
+/// overwrites it.
 CloudFailure lastTransportFailure();
 
 using HeaderMap = tav::HeaderMap;
@@ -46,8 +46,7 @@ enum class BusyDialog
     Shown ///< modal, where the application has widgets and the call is on the GUI thread
 };
 
-/// Starts \a exchange and waits until it has ended, in the way and with the result that all functions below
-/// have.
+/// Starts \a exchange and waits for its end. Result and errors are those of the functions below.
 bool runToEnd(HttpExchange& exchange, QString& error, BusyDialog busy = BusyDialog::Hidden);
 
 } // namespace tav

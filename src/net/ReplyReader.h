@@ -14,27 +14,27 @@ class QNetworkRequest;
 
 namespace tav {
 
-/// Takes a reply's body as it arrives, and decides what the reply is worth.
+/// Reads the body of a reply as it arrives, and judges whether the reply is usable.
 class ReplyReader
 {
 public:
     virtual ~ReplyReader() = default;
-    /// Takes what \a reply has now; false when the rest is not wanted.
+    /// Reads what \a reply has now. False: the rest is not needed, and the request may be aborted.
     virtual bool take(QNetworkReply& reply) = 0;
-    /// What the call ends in, once \a reply is complete and all of it was taken.
+    /// The result of the call, once \a reply is complete and has been read.
     virtual CloudFailure judge(const QNetworkReply& reply) = 0;
 
-    /// Of the body, in bytes; in all, -1 while that is not known.
+    /// Bytes of the body so far, and in total; -1 while the total is not known.
     virtual qint64 received() const = 0;
     virtual qint64 expected() const = 0;
 
-    /// Whether a further request can bring the rest of a reply that was cut.
+    /// Whether the rest of an interrupted reply can be requested.
     virtual bool canContinue() const { return false; }
-    /// Asks in \a request for the rest.
+    /// Sets the headers in \a request that ask for the rest.
     virtual void askForRest(QNetworkRequest&) const { }
 };
 
-/// Keeps the body in memory, up to a limit: a peer must not be able to fill the host's memory.
+/// Keeps the body in memory, up to a limit, so that a peer cannot exhaust the host's memory.
 class BodyReader : public ReplyReader
 {
 public:
@@ -81,8 +81,8 @@ public:
     QByteArray text; ///< of the result element
 };
 
-/// Streams the body of a 2xx reply into a temporary file beside the target, which it replaces only when the
-/// whole body has come.
+/// Streams the body of a 2xx reply into a temporary file beside the target, and replaces the target only when
+/// the whole body has arrived.
 class FileReader : public ReplyReader
 {
 public:
@@ -107,17 +107,17 @@ private:
 
     bool beginWith(const QNetworkReply& reply);
     bool isRest(const QNetworkReply& reply) const;
-    /// Whether a file's bytes have come, and all of them, as far as the peer told how many or what their
-    /// digest is; over TLS it has to tell.
+    /// Whether the body is not empty and complete by its announced length or digest. Over TLS one of them, or
+    /// chunked transfer, is required.
     bool hasWholeBody(const QNetworkReply& reply) const;
 
     WholeFile file;
-    QByteArray digest; // that the peer promised; empty for none
-    QByteArray validator; // by which it offers the rest; empty when it does not
+    QByteArray digest; // announced by the peer; empty for none
+    QByteArray validator; // a strong ETag, if the peer serves ranges; else empty
     QCryptographicHash hash{QCryptographicHash::Sha256};
     qint64 size = 0;
     qint64 promised = -1;
-    const QNetworkReply* current = nullptr; // the reply whose bytes were taken last
+    const QNetworkReply* current = nullptr; // the reply that was read last
     State state = State::Empty;
 };
 

@@ -17,27 +17,28 @@ namespace tav {
 ///
 /// It can be read once only. QNetworkAccessManager rewinds a body to write the request again by itself when
 /// the peer closes without answering; a body that refuses makes it report an error instead. So every request
-/// has one, even if it is empty: what asks for a text message or leaves a group is a GET here.
+/// has one, even an empty one: some GET requests of the platform have effects too, such as sending a text
+/// message or leaving a group.
 class RequestBody : public QIODevice
 {
 public:
-    /// \a bytes as they are; what they are, a form unless somebody says otherwise, is the caller's to say.
+    /// \a bytes as they are. Their content type is the caller's to set.
     explicit RequestBody(const QByteArray& bytes = QByteArray());
 
     /// A multipart/form-data body: one part for each entry of \a fields in key order, then, unless \a
     /// filePath is empty, the part "file". Only a regular file that can be opened has bytes in it.
     RequestBody(const QMap<QString, QVariant>& fields, const QString& filePath);
 
-    /// The file at \a filePath in Base64, between \a before and \a after. Nothing between them where the file
-    /// is none that can be opened, or has more than \a limit bytes.
+    /// The file at \a filePath in Base64, between \a before and \a after. There is nothing between them when
+    /// the file cannot be opened or has more than \a limit bytes.
     RequestBody(const QByteArray& before, const QString& filePath, qint64 limit, const QByteArray& after);
 
-    /// Says in \a request what this body is.
+    /// Sets the content type and length of this body in \a request.
     void describeIn(QNetworkRequest& request) const;
 
-    /// Whether the file turned out shorter than it was when the body was made. The body ends there: nothing
-    /// is made up in place of what is missing.
-    bool cameUpShort() const { return fileShort; }
+    /// Whether the file had fewer bytes than when the body was made. The body ends there; the missing bytes
+    /// are not replaced by others.
+    bool isTruncated() const { return fileShort; }
 
     bool isSequential() const override { return false; }
     qint64 size() const override { return head.size() + fileLength + tail.size(); }

@@ -14,8 +14,8 @@ class QUrl;
 namespace tav {
 
 /// "tav.cloud": a debug line for every request, and a warning with the reason of each that got no usable
-/// reply. It has paths without their query and without the account that some end with, and never headers,
-/// bodies, passwords, tokens or codes.
+/// reply. Paths are logged without their query and without the account that some end with; headers, bodies,
+/// passwords, tokens and codes are never logged.
 Q_DECLARE_LOGGING_CATEGORY(cloudLog)
 
 /// The log entry of one request.

@@ -20,7 +20,7 @@ class PressFilter : public QObject
 public:
     bool eventFilter(QObject*, QEvent* event) override
     {
-        // A box that a timer of the host opens meanwhile is answered as ever.
+        // Input for a message box that a timer of the host opened meanwhile is not dropped.
         if (QThread::currentThread()->loopLevel() > level)
             return false;
         switch (event->type()) {
@@ -43,8 +43,8 @@ private:
     const int level = QThread::currentThread()->loopLevel();
 };
 
-/// The request's event loop leaves input in the queue. A second click would else come when the button is
-/// enabled again.
+/// The request's event loop leaves input in the queue. Otherwise a second click would be delivered when the
+/// button is enabled again.
 void dropQueuedPresses()
 {
     PressFilter filter;
@@ -78,15 +78,15 @@ private:
         if (!load || !window->isVisible()) // hidden again at once
             return;
         deleteLater();
-        std::exchange(load, nullptr)(); // may be the window's end
+        std::exchange(load, nullptr)(); // may destroy the window
     }
 
     QWidget* window;
     std::function<void()> load;
 };
 
-/// Whether the application is on its way out: its event loops end before they begin. Nothing else is to
-/// happen meanwhile, as far as that can be had.
+/// Whether the application is quitting: new event loops then return at once. Other events are kept back as
+/// far as Qt allows.
 bool applicationQuits()
 {
     bool ran = false;
@@ -193,7 +193,7 @@ Outcome callPlatform(QWidget* within, const QString& what, const std::function<b
     bool done = false;
     bool quits = false;
     {
-        // Around the questions too: what happens meanwhile finds a window that waits.
+        // Also around applicationQuits(), which processes events.
         const Waiting waiting(within, what);
         quits = applicationQuits();
         done = !quits && request();

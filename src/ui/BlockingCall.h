@@ -14,8 +14,8 @@ namespace tav {
 
 class WindowNote;
 
-/// Keeps a widget disabled for a while, and puts back what that changed: whether it was enabled, and the
-/// focus that Qt took from it. Null is fine; so is a widget that is destroyed meanwhile.
+/// Disables a widget while this object lives, and restores what that changed: whether it was enabled, and the
+/// focus that Qt took from it. The widget may be null, and may be destroyed meanwhile.
 class DisabledWhile
 {
 public:
@@ -30,10 +30,10 @@ private:
     bool wasEnabled = false;
 };
 
-/// While it lives, the user sees that a window waits for the platform, and why: everything in the window is
-/// disabled, so that neither a second request nor another text can come between, a note says what the window
-/// is doing, and the cursor says wait. What the user pressed meanwhile was meant for the window as it was
-/// before, and is dropped at the end. The window may be destroyed before.
+/// Shows that a window waits for the platform while this object lives: everything in the window is disabled,
+/// so that no second request can start and no text can change, a note says what the window is doing, and the
+/// cursor shows waiting. Key presses and clicks of that time were meant for the window as it was before, and
+/// are dropped at the end. The window may be destroyed meanwhile.
 class Waiting
 {
 public:
@@ -47,9 +47,9 @@ private:
     QPointer<WindowNote> note;
 };
 
-/// Keeps a dialog that asks the platform while it is built out of its parent's hands for that time: a parent
-/// that is destroyed meanwhile would destroy it half built. It stays without a parent then, and nobody waits
-/// for it.
+/// Takes a dialog out of its parent while the dialog's constructor asks the platform: a parent that is
+/// destroyed meanwhile would destroy the dialog half built. The dialog then stays without a parent, and its
+/// requests end as abandoned.
 class BuiltApart
 {
 public:
@@ -70,7 +70,7 @@ private:
     QPointer<QWidget> parent;
 };
 
-/// Whether anybody waits for what a window does next. Made before something that runs an event loop, and
+/// Tells whether a window is still there after something that ran an event loop. Constructed before that, and
 /// asked after it.
 class Attendance
 {
@@ -78,8 +78,8 @@ public:
     /// \param within a part of the window
     explicit Attendance(QWidget* within);
 
-    /// Not when the window or the part was closed or destroyed meanwhile. Runs no events: what was meant for
-    /// a box or a dialog that comes next still comes there.
+    /// False when the window or the part was closed or destroyed meanwhile. Processes no events, so that
+    /// input meant for the next box or dialog still reaches it.
     bool lasts() const;
 
 private:
@@ -88,7 +88,7 @@ private:
     bool wasOpen;
 };
 
-/// Calls \a load once, when \a window has come up: it may wait for the platform, which is seen then.
+/// Calls \a load once, after \a window has been shown, so that the user sees it wait for the platform.
 void onceShown(QWidget* window, const std::function<void()>& load);
 
 /// How a request ended.
@@ -97,11 +97,11 @@ enum class Outcome
     Done,
     Refused, ///< by the platform or on the way to it
     Cancelled, ///< by the user, in the window of a transfer
-    Abandoned ///< the window was closed or destroyed, or the application quits: nobody waits for an answer
+    Abandoned ///< the window was closed or destroyed, or the application quits
 };
 
-/// Runs \a request, which blocks in an event loop of its own, with the window of \a within Waiting; not when
-/// nobody waits for it any more. After Outcome::Abandoned the caller may not exist any more.
+/// Runs \a request, which blocks in an event loop of its own, with the window of \a within Waiting. It is not
+/// run when the window is gone already. After Outcome::Abandoned the caller may have been destroyed.
 /// \param what what the window is doing, for the user; empty where another window says it
 Outcome callPlatform(QWidget* within, const QString& what, const std::function<bool()>& request);
 

@@ -11,8 +11,8 @@ class QDialog;
 class QLineEdit;
 
 /// \file
-/// The steps of the dialogs' slots: check, ask, tell, go on. When a step returns false the slot ends, and may
-/// not touch its window, which may have been destroyed.
+/// The steps of the dialogs' slots. When a step returns false the slot returns, without touching its window,
+/// which may have been destroyed.
 
 namespace tav {
 
@@ -30,7 +30,7 @@ struct Answer
 using SessionRequest = std::function<bool(CloudAccountLogin&)>;
 using CloudRequest = std::function<bool(CloudFileManger&)>;
 
-/// What carries a file, in the two faces of the client.
+/// A transfer as the client offers it: blocking, and as a job.
 struct Transfer
 {
     CloudRequest request;

@@ -96,7 +96,7 @@ void TransferDialog::run(TransferDialog* shown, CloudTransferJob& job, const QSt
     connect(&job, &CloudTransferJob::progressed, dialog, &TransferDialog::showProgress);
 
     job.start();
-    // What is pressed before the window comes up is not meant for it.
+    // Input before the window appears is not meant for it.
     if (!dialog->isVisible()) {
         QTimer::singleShot(
             int(std::max<qint64>(appearsAfterMs - dialog->clock.elapsed(), 0)), &loop, &QEventLoop::quit);
@@ -146,7 +146,7 @@ void TransferDialog::showProgress(const CloudTransferProgress& progress)
     remaining->setText(known ? remainingText(progress) : QString());
 }
 
-/// How long it still takes, in steps that do not make it restless.
+/// The time left, rounded so that the text does not change constantly.
 QString TransferDialog::remainingText(const CloudTransferProgress& progress)
 {
     const qint64 now = clock.elapsed();

@@ -30,8 +30,8 @@ private:
     std::deque<std::pair<qint64, qint64>> samples;
 };
 
-/// The modal window of one or several transfers, one after another: which file, how much of it, how long
-/// still, and a button to cancel. It comes up only when they last longer than a moment.
+/// The modal progress window of one or several transfers, one after another: file, bytes, time left, and a
+/// button to cancel. It appears only when they last longer than half a second.
 class TransferDialog : public QDialog
 {
     Q_OBJECT
@@ -41,12 +41,11 @@ public:
 
     /// How many transfers there will be; shown when they are several.
     void setCount(int files) { count = files; }
-    /// Whether the user gave them up.
+    /// Whether the user cancelled.
     bool wasCancelled() const { return cancelled; }
 
-    /// Runs \a job to its end, whoever destroys \a dialog or hides its parent meanwhile: the job is given up
-    /// then.
-    /// \param what what it does, for the user
+    /// Runs \a job to its end. The job is cancelled when \a dialog is destroyed or its parent hidden
+    /// meanwhile. \param what what it does, for the user
     static void run(TransferDialog* dialog, CloudTransferJob& job, const QString& what);
 
     bool eventFilter(QObject* watched, QEvent* event) override;

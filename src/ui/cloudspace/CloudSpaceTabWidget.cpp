@@ -211,12 +211,12 @@ void CloudSpaceTabWidget::_onRefresh()
         });
     if (!self || !fetched) // a window that was closed may be shown again
         return;
-    navigationStack.clear(); // should a refresh have come in between
+    navigationStack.clear(); // in case of a nested refresh
     tree = std::move(fetched);
     showFolder(tree.get());
     if (byKeyboard)
         tileArea->focusFirst();
-    // The tree is there all the same, with a branch empty.
+    // The tree is shown anyway, with an empty branch.
     if (!answer.reason.isEmpty())
         tell(tr("Not everything could be loaded: %1").arg(answer.reason));
 }
@@ -226,7 +226,7 @@ void CloudSpaceTabWidget::showFolder(ITreeElement* element)
     if (typeOf(element) == 1)
         return;
     delete note;
-    // At the root "back" is off, and loses the focus.
+    // At the root "back" is disabled, and loses the focus.
     const bool byKeyboard = hasFocusInTiles() || (navigationStack.isEmpty() && backButton->hasFocus());
     clearTiles();
     navigationStack.append(element);
@@ -274,7 +274,7 @@ void CloudSpaceTabWidget::placeTiles(const ITreeElement* folder)
         tileList.append(tile);
     }
     tileArea->setEmptyText(tr("This folder is empty."));
-    // New tiles come after all else in the tab order. To move each would cost a walk along all of it.
+    // New tiles are last in the tab order. Moving each of them would walk the whole chain each time.
     if (!tileList.isEmpty())
         setTabOrder(tileList.last()->findChild<QPushButton*>(), refreshButton);
     setTabOrder(refreshButton, downloadButton);
@@ -343,7 +343,7 @@ void CloudSpaceTabWidget::_onDownload()
         return;
 
     delete note;
-    const auto kept = tree; // should a refresh come in between
+    const auto kept = tree; // a nested refresh replaces the member
     missed.clear();
     downloaded = 0;
     QPointer<QDialog> progress;
@@ -367,7 +367,7 @@ void CloudSpaceTabWidget::_onDownload()
         tell(tr("Cancelled. Files that were downloaded: %1").arg(downloaded));
 }
 
-/// False as well when nobody is there any more.
+/// Also false when the window is gone.
 bool CloudSpaceTabWidget::wantsToTryAgain()
 {
     if (std::none_of(missed.cbegin(), missed.cend(), [](const Missed& one) { return one.file; }))
@@ -377,7 +377,7 @@ bool CloudSpaceTabWidget::wantsToTryAgain()
         missedText());
 }
 
-/// After Outcome::Abandoned this may not exist any more.
+/// After Outcome::Abandoned this may have been destroyed.
 Outcome CloudSpaceTabWidget::downloadAgain()
 {
     const auto before = std::exchange(missed, {});
@@ -391,7 +391,7 @@ Outcome CloudSpaceTabWidget::downloadAgain()
     return missed.isEmpty() ? Outcome::Done : Outcome::Refused;
 }
 
-/// After Outcome::Abandoned this may not exist any more.
+/// After Outcome::Abandoned this may have been destroyed.
 Outcome CloudSpaceTabWidget::downloadTreeElement(
     const ITreeElement* element, const QString& directory, const QString& description)
 {
@@ -400,7 +400,7 @@ Outcome CloudSpaceTabWidget::downloadTreeElement(
     const QString name = nameOf(element);
     if (!isPlainFileName(name))
         return miss({description, tr("Its name in the cloud cannot be the name of a file."), nullptr, {}});
-    // Other than its tile, an element without a type is a file here.
+    // Unlike for its tile, an element without a type counts as a file here.
     if (typeOf(element, "-1") != 0)
         return downloadFile(element, directory + '/' + name, description);
     Outcome outcome = Outcome::Done;
@@ -473,7 +473,7 @@ QString CloudSpaceTabWidget::missedText() const
     return tr("Not downloaded: %1.").arg(names) + ' ' + reasons.join(' ');
 }
 
-/// Shows a line on the tiles until the next step, for what is told without a message box.
+/// Shows a note on the tiles until the next step, instead of a message box.
 void CloudSpaceTabWidget::tell(const QString& text)
 {
     delete note;

@@ -50,8 +50,8 @@ private:
     struct Missed
     {
         QString description;
-        QString reason; ///< empty where the user knows it
-        const ITreeElement* file; ///< to try again; null where that is of no use
+        QString reason; ///< empty when the user knows why
+        const ITreeElement* file; ///< to try again; null when trying again would not help
         QString target;
     };
 
@@ -72,7 +72,7 @@ private:
     void tell(const QString& text);
     QString missedText() const;
 
-    // In the tab order, which is that of their making.
+    // In tab order, which is the order of construction.
     QPushButton* backButton;
     QLineEdit* pathEdit;
     QGridLayout* tileGrid;
@@ -86,7 +86,7 @@ private:
     QClipboard* clipboard; // not used here
     QPointer<tav::WindowNote> note;
     // Of the last download:
-    QPointer<tav::TransferDialog> transfers; ///< null where the note tells of them
+    QPointer<tav::TransferDialog> transfers; ///< null when the window note shows the progress
     int downloaded = 0;
     QVector<Missed> missed;
 };
