@@ -7,6 +7,7 @@
 #include "core/ITreeElement.h"
 #include "net/CloudQuery.h"
 #include "net/CloudTransferJob.h"
+#include "ui/CloudTransferWindow.h"
 #include "ui/Translation.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
@@ -288,7 +289,7 @@ void listCloud(CloudFileManger& client)
 }
 //! [getFileTree]
 
-void conversion()
+void conversion(QWidget* window)
 {
     //! [dgn2Dwg]
     QString path = "/plans/survey.dgn";
@@ -302,6 +303,17 @@ void conversion()
     if (!dwg2Dgn("/plans/site.dwg", error, "/converted/site.dgn"))
         say(cloudFailureText(lastConversionFailure(), error));
     //! [dwg2Dgn]
+
+    //! [runCloudTransfer]
+    CloudTransferOptions patient;
+    patient.limit = CloudTransferOptions::Limit::LastByte;
+    patient.limitMs = 30000;
+    const std::unique_ptr<CloudTransferJob> job(
+        dwg2DgnJob("/plans/site.dwg", "/converted/site.dgn", patient));
+    if (!runCloudTransfer(*job, window, "Converting site.dwg...")
+        && job->failure() != CloudFailure::Cancelled)
+        say(cloudFailureText(job->failure(), job->errorText()));
+    //! [runCloudTransfer]
 
     //! [lastConversionFailure]
     if (lastConversionFailure()

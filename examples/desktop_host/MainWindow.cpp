@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "Backups.h"
 #include "account/CloudAccountLogin.h"
 #include "cloud/CloudFileManger.h"
 #include "convert/CadConversion.h"
+#include "net/CloudTransferJob.h"
 #include "toolkit/FileDialog.h"
 #include "toolkit/ISystemSettings.h"
+#include "ui/CloudTransferWindow.h"
 #include "ui/account/DlgLoginCloundPlatform.h"
 #include "ui/account/DlgLogoutCloundPlatform.h"
 #include "ui/cloudspace/DlgMyCloudSpace.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDateTime>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -25,6 +29,7 @@
 #include <QRegularExpression>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
 
@@ -60,14 +65,26 @@ QString convertedPath(const QFileInfo& drawing)
     return QString();
 }
 
+/// Over any line: a transfer may last as long as something moves.
+CloudTransferOptions patience()
+{
+    CloudTransferOptions options;
+    options.limit = CloudTransferOptions::Limit::LastByte;
+    options.limitMs = 30000;
+    options.continueDownloads = true;
+    return options;
+}
+
 /// A client keeps the token that it was built with, so each piece of work takes a new one. A drawing's
 /// project has the name of the file, suffix and all, so its backup needs no suffix of its own. What other
 /// desktop hosts share is listed in any case.
 CloudFileManger newClient()
 {
     const CloudAccountLogin* session = CloudAccountLogin::instance();
-    return CloudFileManger(session->getUrl(), session->getToken(), QString(), "DesktopHost", {"ConsoleHost"},
+    CloudFileManger client(session->getUrl(), session->getToken(), QString(), "DesktopHost", {"ConsoleHost"},
         QString(), QString(), QString());
+    client.setTransferOptions(patience());
+    return client;
 }
 
 /// The id of the user's project with that title; empty when there is none.
@@ -97,13 +114,20 @@ void run(const QPointer<QDialog>& dialog)
 
 MainWindow::MainWindow()
     : account(new QLabel)
+    , backups(new Backups)
 {
     setWindowTitle(tr("Drawings"));
     setAcceptDrops(true);
     makeActions();
     makeList();
     account->setTextFormat(Qt::PlainText); // the platform chose the name
+    statusBar()->addPermanentWidget(backups);
     statusBar()->addPermanentWidget(account);
+    connect(backups, &Backups::progressed, this, [this](const QString& path, int percent) {
+        if (QTreeWidgetItem* drawing = itemOf(path))
+            drawing->setText(BackedUp, tr("%1 %").arg(percent));
+    });
+    connect(backups, &Backups::ended, this, &MainWindow::endBackup);
     resize(sizeHint().expandedTo({720, 400}));
     updateActions();
 }
@@ -185,6 +209,8 @@ void MainWindow::updateActions()
         action->setEnabled(!busy);
     for (QAction* action : {signOutAction, backUpAction, spaceAction})
         action->setEnabled(!busy && signedIn);
+    if (selected() && backups->isRunning(pathOf(selected())))
+        backUpAction->setEnabled(false);
     removeAction->setEnabled(!busy && selected());
     signInAction->setEnabled(!busy && !signedIn);
     account->setText(signedIn ? tr("Signed in as %1").arg(session->getUserName()) : tr("Not signed in"));
@@ -199,11 +225,7 @@ void MainWindow::addDrawings(const QStringList& paths)
             refused += path;
             continue;
         }
-        QTreeWidgetItem* drawing = nullptr;
-        for (QTreeWidgetItem* known : drawings->findItems(file.fileName(), Qt::MatchCaseSensitive, Name)) {
-            if (pathOf(known) == file.filePath())
-                drawing = known;
-        }
+        QTreeWidgetItem* drawing = itemOf(file.filePath());
         if (!drawing) {
             drawing = new QTreeWidgetItem(drawings, {file.fileName(), file.path()});
             drawing->setToolTip(Name, file.filePath());
@@ -232,6 +254,13 @@ void MainWindow::dropEvent(QDropEvent* event)
         paths += url.toLocalFile();
     event->acceptProposedAction();
     addDrawings(paths);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    const QPointer<MainWindow> self(this);
+    event->setAccepted(
+        givesUpBackups(tr("Drawings are still being backed up. Give that up and close?")) && self);
 }
 
 void MainWindow::chooseDrawings()
@@ -264,6 +293,8 @@ void MainWindow::signIn()
 void MainWindow::signOut()
 {
     const QPointer<MainWindow> self(this);
+    if (!givesUpBackups(tr("Drawings are still being backed up. Give that up and sign out?")) || !self)
+        return;
     run(new DlgLogoutCloundPlatform(this));
     if (!self)
         return;
@@ -271,20 +302,16 @@ void MainWindow::signOut()
     if (CloudAccountLogin::instance()->getLoginState())
         return;
     // The next user has another cloud space.
+    ownProjects.clear();
     for (int row = 0; row < drawings->topLevelItemCount(); ++row)
-        drawings->topLevelItem(row)->setText(BackedUp, QString());
+        drawings->topLevelItem(row)->setData(BackedUp, Qt::UserRole, {}),
+            drawings->topLevelItem(row)->setText(BackedUp, QString());
 }
 
 void MainWindow::openCloudSpace()
 {
     const QPointer<MainWindow> self(this);
     CloudFileManger client = newClient();
-    // Over any line: a transfer may last as long as something moves, and the user sees it and can cancel it.
-    CloudTransferOptions options;
-    options.limit = CloudTransferOptions::Limit::LastByte;
-    options.limitMs = 30000;
-    options.continueDownloads = true;
-    client.setTransferOptions(options);
     QPointer<DlgMyCloudSpace> dialog;
     const auto build = [&] {
         if (!client.getAllCloudProjectBackup() || !self)
@@ -329,20 +356,60 @@ void MainWindow::backUp()
         return;
     const QString known = projectTitled(name, client);
     // What is there may come from another drawing of that name.
-    if (!known.isEmpty() && drawing->text(BackedUp).isEmpty()
+    if (!known.isEmpty() && !ownProjects.contains(known)
         && !answered(QMessageBox::Question,
             tr("There is a backup of %1 in the cloud already. Replace it?").arg(name),
             QMessageBox::Yes | QMessageBox::No))
         return;
     client.setProjectID(known);
-    const auto send = [&] {
-        return (!known.isEmpty() || client.AddCloudProInfo(name, QString()))
-            && client.BackupCloudProFile(path);
-    };
-    if (!perform(work, failure, send, reason))
+    if (known.isEmpty()
+        && !perform(
+            work, failure, [&] { return client.AddCloudProInfo(name, QString()); }, reason))
         return;
-    drawing->setText(BackedUp, QLocale().toString(QTime::currentTime(), QLocale::ShortFormat));
-    statusBar()->showMessage(tr("%1 is in the cloud.").arg(name), 5000);
+    ownProjects.insert(client.getProjectId());
+    backups->start(client.backupJob(path));
+    updateActions();
+}
+
+void MainWindow::endBackup(const QString& path, bool isBackedUp, const QString& problem)
+{
+    const QString name = QFileInfo(path).fileName();
+    if (QTreeWidgetItem* drawing = itemOf(path)) {
+        if (isBackedUp)
+            drawing->setData(
+                BackedUp, Qt::UserRole, QLocale().toString(QTime::currentTime(), QLocale::ShortFormat));
+        drawing->setText(BackedUp, drawing->data(BackedUp, Qt::UserRole).toString());
+    }
+    updateActions();
+    statusBar()->showMessage(
+        isBackedUp ? tr("%1 is in the cloud.").arg(name) : tr("%1 was not backed up.").arg(name), 5000);
+    if (!problem.isEmpty()) {
+        problems += tr("%1 was not backed up.").arg(name) + "\n\n" + problem;
+        QTimer::singleShot(0, this, &MainWindow::tellProblems);
+    }
+}
+
+/// Once the user is at nothing else.
+void MainWindow::tellProblems()
+{
+    if (busy || QApplication::activeModalWidget())
+        QTimer::singleShot(500, this, &MainWindow::tellProblems);
+    else if (!problems.isEmpty())
+        answered(QMessageBox::Critical, problems.takeFirst(), QMessageBox::Ok);
+}
+
+/// Whether nothing is being backed up, because the user does not mind if he has to be asked. The window may
+/// be destroyed when he is.
+bool MainWindow::givesUpBackups(const QString& question)
+{
+    const QPointer<MainWindow> self(this);
+    if (!backups->areRunning())
+        return true;
+    if (!answered(QMessageBox::Question, question, QMessageBox::Yes | QMessageBox::No))
+        return false;
+    if (self)
+        backups->cancel();
+    return true;
 }
 
 void MainWindow::convert()
@@ -364,19 +431,30 @@ void MainWindow::convert()
             QMessageBox::Yes | QMessageBox::No))
         return;
 
-    QString error;
+    const std::unique_ptr<CloudTransferJob> job(target.endsWith(".dwg")
+            ? dgn2DwgJob(path, target, patience())
+            : dwg2DgnJob(path, target, patience()));
+    const QString work = tr("Converting %1...").arg(QFileInfo(path).fileName());
     const auto send = [&] {
-        QString result = path;
-        const bool answered =
-            target.endsWith(".dwg") ? dgn2Dwg(result, error, target) : dwg2Dgn(path, error, target);
-        // To the module, a result that could not be written is no error.
-        return answered && lastConversionFailure() == CloudFailure::None;
+        return runCloudTransfer(*job, this, work) || job->failure() == CloudFailure::Cancelled;
     };
-    const auto reason = [&] { return cloudFailureText(lastConversionFailure(), error); };
-    if (!perform(tr("Converting %1...").arg(path), tr("%1 was not converted.").arg(path), send, reason))
+    const auto reason = [&] { return cloudFailureText(job->failure(), job->errorText()); };
+    if (!perform(work, tr("%1 was not converted.").arg(path), send, reason)
+        || job->failure() == CloudFailure::Cancelled)
         return;
     addDrawings({target});
     statusBar()->showMessage(tr("Converted to %1.").arg(target), 5000);
+}
+
+/// Null where it is not in the list.
+QTreeWidgetItem* MainWindow::itemOf(const QString& path) const
+{
+    for (QTreeWidgetItem* drawing :
+        drawings->findItems(QFileInfo(path).fileName(), Qt::MatchCaseSensitive, Name)) {
+        if (pathOf(drawing) == path)
+            return drawing;
+    }
+    return nullptr;
 }
 
 QTreeWidgetItem* MainWindow::selected() const

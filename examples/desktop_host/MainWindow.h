@@ -3,9 +3,12 @@
 
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QSet>
 
 #include <functional>
 
+class Backups;
+class CloudFileManger;
 class QAction;
 class QLabel;
 class QStackedWidget;
@@ -24,6 +27,7 @@ public:
     void addDrawings(const QStringList& paths);
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -40,7 +44,12 @@ private:
     void backUp();
     void convert();
 
+    void endBackup(const QString& path, bool isBackedUp, const QString& problem);
+    void tellProblems();
+    bool givesUpBackups(const QString& question);
+
     QTreeWidgetItem* selected() const;
+    QTreeWidgetItem* itemOf(const QString& path) const;
     bool perform(const QString& work, const QString& failure, const std::function<bool()>& call,
         const std::function<QString()>& reason);
     bool answered(QMessageBox::Icon icon, const QString& text, QMessageBox::StandardButtons buttons);
@@ -55,5 +64,8 @@ private:
     QStackedWidget* pages;
     QTreeWidget* drawings;
     QLabel* account;
+    Backups* backups;
+    QSet<QString> ownProjects; ///< that this window backed up into, or made
+    QStringList problems; ///< of backups, which the user has not been told of yet
     bool busy = false;
 };

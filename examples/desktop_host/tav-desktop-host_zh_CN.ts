@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en">
 <context>
+    <name>Backups</name>
+    <message>
+        <source>Backup</source>
+        <translation>备份</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>It changed while it was being backed up. Back it up again.</source>
+        <translation>备份过程中文件被修改，请重新备份。</translation>
+    </message>
+    <message>
+        <source>Backing up %1</source>
+        <translation>正在备份 %1</translation>
+    </message>
+    <message>
+        <source>Backing up %1 drawings</source>
+        <translation>正在备份 %1 个图纸</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Drawings</source>
@@ -146,6 +169,18 @@
     <message>
         <source>&amp;Remove from the List</source>
         <translation>从列表中移除(&amp;R)</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Drawings are still being backed up. Give that up and close?</source>
+        <translation>仍有图纸正在备份。要放弃备份并关闭吗？</translation>
+    </message>
+    <message>
+        <source>Drawings are still being backed up. Give that up and sign out?</source>
+        <translation>仍有图纸正在备份。要放弃备份并退出登录吗？</translation>
     </message>
 </context>
 </TS>

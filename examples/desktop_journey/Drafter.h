@@ -71,6 +71,16 @@ public:
             return false;
         });
     }
+    void awaitEnabled(const QString& action)
+    {
+        until(action, [&] {
+            for (const QAction* one : window->findChild<QToolBar*>()->actions()) {
+                if (one->isEnabled() && plain(one->text()) == action)
+                    return true;
+            }
+            return false;
+        });
+    }
     void open(const QString& tab)
     {
         untilUsable<QTabBar>(QString(), [&](auto* bar) {

@@ -129,7 +129,8 @@ QString alicesPart(Drafter& drafter, const QString& drawing, const QStringList& 
     });
     step("alice backs her drawing up", [&] {
         drafter.choose("Back Up to the Cloud");
-        drafter.choose("My Cloud Space"); // once that is done
+        drafter.awaitEnabled("Back Up to the Cloud"); // which it is not for a drawing on its way
+        drafter.choose("My Cloud Space");
         openFolder(drafter, "My backup");
         drafter.press(backup);
         drafter.picture("alice-space");

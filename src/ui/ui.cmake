@@ -2,6 +2,7 @@
 # The dialogs, their icons and their translations. Included from src/CMakeLists.txt, not a directory of its own: a
 # generated file belongs to the targets of its directory only.
 set(ui_public_headers
+    ui/CloudTransferWindow.h
     ui/Translation.h
     ui/account/DlgLoginCloundPlatform.h
     ui/account/DlgLogoutCloundPlatform.h
@@ -13,6 +14,7 @@ list(APPEND public_headers ${ui_public_headers})
 target_sources(tav_cloud_platform_internals PRIVATE
     Resources/tav_cloud_platform_sdk_icons.qrc
     ui/BlockingCall.cpp
+    ui/CloudTransferWindow.cpp
     ui/ElidedLabel.cpp
     ui/FieldGrid.cpp
     ui/MessageBoxes.cpp

@@ -23,6 +23,7 @@ if(TAV_WITH_LOCAL_PLATFORM AND NOT TAV_HOST) # the desktop host is one of the st
     tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
     target_sources(tst_desktopjourney PRIVATE
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey/Journey.cpp
+        ${PROJECT_SOURCE_DIR}/examples/desktop_host/Backups.cpp
         ${PROJECT_SOURCE_DIR}/examples/desktop_host/MainWindow.cpp)
     target_include_directories(tst_desktopjourney PRIVATE
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey ${PROJECT_SOURCE_DIR}/examples/desktop_host)
