@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Peer.h"
 
+#include "support/PeerIdentity.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <csignal>
 #include <cstdlib>
 #include <netinet/tcp.h>
+#include <openssl/ssl.h>
 #include <string_view>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -14,15 +17,26 @@
 
 namespace {
 
-void sendAll(int socket, std::string_view bytes)
+struct Stream
 {
-    while (!bytes.empty()) {
-        const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0)
-            return;
-        bytes.remove_prefix(size_t(sent));
+    int socket;
+    SSL* tls; ///< null for a plain connection
+
+    ssize_t receive(char* data, size_t most) const
+    {
+        return tls ? SSL_read(tls, data, int(most)) : recv(socket, data, most, 0);
     }
-}
+    void sendAll(std::string_view bytes) const
+    {
+        while (!bytes.empty()) {
+            const ssize_t sent = tls ? SSL_write(tls, bytes.data(), int(bytes.size()))
+                                     : send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            if (sent <= 0)
+                return;
+            bytes.remove_prefix(size_t(sent));
+        }
+    }
+};
 
 size_t numberAfter(const std::string& text, const std::string& mark)
 {
@@ -52,12 +66,12 @@ std::string textFor(const std::string& head, const std::string& body)
 }
 
 /// Answers one request; false when the connection is at its end.
-bool answer(int socket, std::vector<char>& buffer)
+bool answer(const Stream& stream, std::vector<char>& buffer)
 {
     std::string head;
     size_t end = std::string::npos;
     while ((end = head.find("\r\n\r\n")) == std::string::npos) {
-        const ssize_t got = recv(socket, buffer.data(), 4096, 0);
+        const ssize_t got = stream.receive(buffer.data(), 4096);
         if (got <= 0)
             return false;
         head.append(buffer.data(), size_t(got));
@@ -68,9 +82,9 @@ bool answer(int socket, std::vector<char>& buffer)
     if (echoes)
         body.reserve(body.size() + left);
     if (head.find("Expect: 100-continue") != std::string::npos)
-        sendAll(socket, "HTTP/1.1 100 Continue\r\n\r\n");
+        stream.sendAll("HTTP/1.1 100 Continue\r\n\r\n");
     while (left > 0) {
-        const ssize_t got = recv(socket, buffer.data(), std::min(left, buffer.size()), 0);
+        const ssize_t got = stream.receive(buffer.data(), std::min(left, buffer.size()));
         if (got <= 0)
             return false;
         left -= size_t(got);
@@ -81,17 +95,49 @@ bool answer(int socket, std::vector<char>& buffer)
     const size_t size = numberAfter(head, "GET /blob/");
     const std::string text = size > 0 ? "" : textFor(head, body);
     const std::string length = std::to_string(size > 0 ? size : text.size());
-    sendAll(socket,
+    stream.sendAll(
         "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + length + "\r\n\r\n");
-    sendAll(socket, text);
+    stream.sendAll(text);
     for (size_t sent = 0; sent < size; sent += buffer.size())
-        sendAll(socket, {buffer.data(), std::min(buffer.size(), size - sent)});
+        stream.sendAll({buffer.data(), std::min(buffer.size(), size - sent)});
     return true;
+}
+
+SSL_CTX* tlsContext()
+{
+    SSL_CTX* context = SSL_CTX_new(TLS_server_method());
+    BIO* text = BIO_new_mem_buf(peerIdentity, -1);
+    EVP_PKEY* key = PEM_read_bio_PrivateKey(text, nullptr, nullptr, nullptr);
+    X509* certificate = PEM_read_bio_X509(text, nullptr, nullptr, nullptr);
+    if (SSL_CTX_use_certificate(context, certificate) != 1 || SSL_CTX_use_PrivateKey(context, key) != 1)
+        std::abort();
+    return context;
+}
+
+[[noreturn]] void serve(int listener, bool overTls)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    SSL_CTX* context = overTls ? tlsContext() : nullptr;
+    std::vector<char> buffer(256 << 10);
+    for (;;) {
+        const int socket = accept(listener, nullptr, nullptr);
+        const int on = 1;
+        setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        Stream stream{socket, nullptr};
+        if (overTls) {
+            stream.tls = SSL_new(context);
+            SSL_set_fd(stream.tls, socket);
+            SSL_accept(stream.tls);
+        }
+        while (answer(stream, buffer)) { }
+        SSL_free(stream.tls);
+        close(socket);
+    }
 }
 
 } // namespace
 
-std::string startPeer()
+std::string startPeer(bool overTls)
 {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = {};
@@ -104,15 +150,9 @@ std::string startPeer()
 
     if (fork() == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        std::vector<char> buffer(256 << 10);
-        for (;;) {
-            const int socket = accept(listener, nullptr, nullptr);
-            const int on = 1;
-            setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-            while (answer(socket, buffer)) { }
-            close(socket);
-        }
+        serve(listener, overTls);
     }
     close(listener);
-    return "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+    return std::string(overTls ? "https" : "http")
+        + "://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
 }
