@@ -53,11 +53,9 @@ bool isReady(int fd, short events, microseconds patience)
     return ::ppoll(&one, 1, &time, nullptr) > 0;
 }
 
-/// With a reset, as a line that is lost does in the end.
+/// Without a reset, which would take back what has come already.
 void cut(int fd)
 {
-    const linger now{1, 0};
-    ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &now, sizeof now);
     ::shutdown(fd, SHUT_RDWR);
 }
 
@@ -118,7 +116,6 @@ void Line::listen()
         }
         const int on = 1;
         ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        ++made;
         Connection& connection = all.emplace_back();
         connection.client = client;
         connection.server = server;
@@ -200,6 +197,8 @@ void Line::carry(Connection& connection, int from, int to, Direction& direction,
             isLost = true;
             break;
         }
+        if (from == connection.client && carried == 0 && got > 0)
+            ++used;
         carried += got;
         hasEnd = got == 0;
         auto start = std::max(Clock::now(), begin);

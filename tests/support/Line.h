@@ -34,8 +34,9 @@ public:
     std::uint16_t port() const { return ownPort; }
     /// For the connections from here on.
     void set(const LineSettings& settings);
-    /// How many connections were made.
-    int connections() const { return made; }
+    void setServer(std::uint16_t port) { serverPort = port; }
+    /// Over how many connections a client has sent something.
+    int connections() const { return used; }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -57,11 +58,11 @@ private:
     void listen();
     void carry(Connection& connection, int from, int to, Direction& direction, LineSettings settings);
 
-    std::uint16_t serverPort;
+    std::atomic<std::uint16_t> serverPort;
     std::uint16_t ownPort = 0;
     int listener = -1;
     std::atomic<bool> ending{false};
-    std::atomic<int> made{0};
+    std::atomic<int> used{0};
     std::mutex changing;
     LineSettings current;
     Direction upwards, downwards;
