@@ -38,9 +38,9 @@ int tcpSocket(const LineSettings& settings)
     const int on = 1;
     ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     // Else the system takes megabytes at once, whatever the line carries.
-    const double inFlight =
+    const double onTheLine =
         settings.bitsPerSecond / 8 * 2 * duration_cast<microseconds>(settings.delay).count() / 1e6;
-    const int buffer = int(std::clamp(inFlight, 128.0 * 1024, 4.0 * 1024 * 1024));
+    const int buffer = int(std::clamp(onTheLine, 128.0 * 1024, 4.0 * 1024 * 1024));
     if (settings.bitsPerSecond > 0)
         ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
     return fd;

@@ -78,6 +78,11 @@ bool isRequest(const Step& step)
     return !step.method.isEmpty();
 }
 
+bool isTransfer(const Step& step)
+{
+    return isRequest(step) && (step.what.endsWith("/upload") || step.what.contains("/download"));
+}
+
 /// One flow, played until its cut and beyond.
 struct Stage
 {
@@ -87,6 +92,7 @@ struct Stage
     const Steps steps;
     const int cut;
     const Ending ending;
+    const bool isPatient;
     bool isCut = false;
     QPointer<QWidget> parent = new QWidget;
     QPointer<QDialog> dialog = {};
@@ -95,6 +101,11 @@ struct Stage
     QStringList play()
     {
         fixture.begin();
+        if (isPatient) {
+            CloudTransferOptions options; // with which transfers are jobs, in a window of their own
+            options.limit = CloudTransferOptions::Limit::LastByte;
+            fixture.client().setTransferOptions(options);
+        }
         for (int i = 0; i < steps.size(); ++i)
             expect(i);
         parent->show();
@@ -179,14 +190,20 @@ private slots:
         QTest::addColumn<Kind>("kind");
         QTest::addColumn<int>("index");
         QTest::addColumn<int>("ending");
+        QTest::addColumn<bool>("isPatient");
         const QVector<Kind> all = accountKinds + kinds;
         for (int kind = 0; kind < all.size(); ++kind)
             for (int flow = 0; flow < all[kind].flows.size(); ++flow)
                 for (int ending = Closed; ending <= Quits; ++ending)
                     if (kind >= accountKinds.size()
-                        || (ending != ClientDestroyed && ending != DestroyedWithClient))
-                        QTest::addRow("%s, %s", qPrintable(all[kind].flows[flow].name), endings[ending])
-                            << all[kind] << flow << ending;
+                        || (ending != ClientDestroyed && ending != DestroyedWithClient)) {
+                        const Flow& one = all[kind].flows[flow];
+                        QTest::addRow("%s, %s", qPrintable(one.name), endings[ending])
+                            << all[kind] << flow << ending << false;
+                        if (std::any_of(one.steps.cbegin(), one.steps.cend(), isTransfer))
+                            QTest::addRow("%s, patiently, %s", qPrintable(one.name), endings[ending])
+                                << all[kind] << flow << ending << true;
+                    }
     }
 
     void nothingComesAfterTheEnd()
@@ -194,6 +211,7 @@ private slots:
         QFETCH(Kind, kind);
         QFETCH(int, index);
         QFETCH(int, ending);
+        QFETCH(bool, isPatient);
         const Flow& flow = kind.flows[index];
         const Steps steps = kind.opening + flow.steps;
         const int first = index == 0 ? 0 : kind.opening.size(); // of one kind, all have the same opening
@@ -206,7 +224,7 @@ private slots:
                 Steps played = steps;
                 if (refusals > 0)
                     played[cut].answer = refusal;
-                Stage stage{*fixture, kind, flow.acts, played, isCut ? cut : -1, Ending(ending)};
+                Stage stage{*fixture, kind, flow.acts, played, isCut ? cut : -1, Ending(ending), isPatient};
                 const QStringList wrong = stage.play();
                 QVERIFY2(wrong.isEmpty() && !QTest::currentTestFailed(),
                     qPrintable(where + ": " + wrong.join("; ")));
