@@ -300,8 +300,11 @@ void conversion(QWidget* window)
     //! [dgn2Dwg]
 
     //! [dwg2Dgn]
-    if (!dwg2Dgn("/plans/site.dwg", error, "/converted/site.dgn"))
-        say(cloudFailureText(lastConversionFailure(), error));
+    CloudConversionReport report;
+    if (!dwg2Dgn("/plans/site.dwg", error, "/converted/site.dgn", {}, &report))
+        say(cloudFailureText(lastConversionFailure(), error) + ' ' + report.refusal);
+    else if (!report.leftOut.isEmpty())
+        say("Without " + report.leftOut.join(", "));
     //! [dwg2Dgn]
 
     //! [runCloudTransfer]

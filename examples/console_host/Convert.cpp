@@ -2,7 +2,6 @@
 #include "Commands.h"
 #include "convert/CadConversion.h"
 
-#include <QDateTime>
 #include <QFileInfo>
 
 bool convert(const QStringList& drawing)
@@ -14,11 +13,15 @@ bool convert(const QStringList& drawing)
     const bool fromDgn = file.suffix() == "dgn";
     QString result = fromDgn ? file.filePath() : file.path() + "/" + file.completeBaseName() + ".dgn";
     QString error;
-    if (!(fromDgn ? dgn2Dwg(result, error, QString()) : dwg2Dgn(file.filePath(), error, result)))
-        return failed("Nothing was converted", error);
-    // A result that could not be written is not an error of the conversion.
-    if (QFileInfo(result).lastModified() < file.lastModified())
+    CloudConversionReport report;
+    const bool done = fromDgn ? dgn2Dwg(result, error, QString(), {}, &report)
+                              : dwg2Dgn(file.filePath(), error, result, {}, &report);
+    if (!done)
+        return failed("Nothing was converted", report.refusal.isEmpty() ? error : report.refusal);
+    if (lastConversionFailure() == CloudFailure::NotWritten)
         return failed("Nothing was converted", result + " could not be written");
     say(result);
+    if (!report.summary.isEmpty())
+        say(report.summary);
     return true;
 }

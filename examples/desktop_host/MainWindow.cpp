@@ -438,11 +438,25 @@ void MainWindow::convert()
     const auto send = [&] {
         return runCloudTransfer(*job, this, work) || job->failure() == CloudFailure::Cancelled;
     };
-    const auto reason = [&] { return cloudFailureText(job->failure(), job->errorText()); };
+    const auto reason = [&] {
+        const QString refusal = job->conversionReport().refusal;
+        const QString text = cloudFailureText(job->failure(), job->errorText());
+        return refusal.isEmpty() ? text : text + "\n\n" + tr("The service says: %1").arg(refusal);
+    };
     if (!perform(work, tr("%1 was not converted.").arg(path), send, reason)
         || job->failure() == CloudFailure::Cancelled)
         return;
     addDrawings({target});
+    const QStringList leftOut = job->conversionReport().leftOut;
+    if (!leftOut.isEmpty()) {
+        answered(QMessageBox::Warning,
+            tr("%1 was converted, but not all of it has a place in the result. What is missing:")
+                    .arg(QFileInfo(path).fileName())
+                + "\n\n" + leftOut.join('\n'),
+            QMessageBox::Ok);
+        if (!self)
+            return;
+    }
     statusBar()->showMessage(tr("Converted to %1.").arg(target), 5000);
 }
 

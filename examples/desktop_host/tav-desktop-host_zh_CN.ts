@@ -182,5 +182,13 @@
         <source>Drawings are still being backed up. Give that up and sign out?</source>
         <translation>仍有图纸正在备份。要放弃备份并退出登录吗？</translation>
     </message>
+    <message>
+        <source>The service says: %1</source>
+        <translation>转换服务的说明：%1</translation>
+    </message>
+    <message>
+        <source>%1 was converted, but not all of it has a place in the result. What is missing:</source>
+        <translation>%1 已转换，但部分内容无法保留在结果中。缺少：</translation>
+    </message>
 </context>
 </TS>

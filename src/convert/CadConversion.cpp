@@ -62,6 +62,7 @@ TransferPlan conversion(const QByteArray& operation, const QString& inPath, cons
             envelope(operation, inPath), std::make_unique<SoapReader>(), timeoutMs, inPath, options};
     };
     plan.judge = [outPath](ReplyReader& reader, TransferResult& result) {
+        result.report = static_cast<SoapReader&>(reader).report;
         if (result.failure == CloudFailure::Unusable)
             result.failure = CloudFailure::NotConverted;
         if (result.failure != CloudFailure::None)
@@ -100,7 +101,7 @@ TransferPlan toDgn(const QString& inPath, const QString& outPath, const CloudTra
 }
 
 /// Runs \a plan to its end. To the caller, a result that cannot be written is no failure.
-bool converted(TransferPlan plan, QString& error)
+bool converted(TransferPlan plan, QString& error, CloudConversionReport* report)
 {
     HttpRequest request = plan.request();
     const BusyDialog busy = request.options.progress ? BusyDialog::Hidden : BusyDialog::Shown;
@@ -109,6 +110,8 @@ bool converted(TransferPlan plan, QString& error)
     runToEnd(exchange, ofExchange, busy);
     plan.conclude(exchange);
     lastFailure = plan.result.failure;
+    if (report)
+        *report = plan.result.report;
     if (lastFailure == CloudFailure::None || lastFailure == CloudFailure::NotWritten)
         return true;
     error = plan.result.error;
@@ -122,9 +125,10 @@ CloudFailure lastConversionFailure()
     return lastFailure;
 }
 
-bool dgn2Dwg(QString& path, QString& error, QString outLocation, const CloudTransferOptions& options)
+bool dgn2Dwg(QString& path, QString& error, QString outLocation, const CloudTransferOptions& options,
+    CloudConversionReport* report)
 {
-    if (!converted(toDwg(path, outLocation, options), error))
+    if (!converted(toDwg(path, outLocation, options), error, report))
         return false;
     path = dwgPath(path, outLocation);
     return true;
@@ -135,9 +139,10 @@ bool dgn2Dwg(QString& path, QString& error, QString outLocation)
     return dgn2Dwg(path, error, outLocation, {});
 }
 
-bool dwg2Dgn(QString inPath, QString& error, QString outPath, const CloudTransferOptions& options)
+bool dwg2Dgn(QString inPath, QString& error, QString outPath, const CloudTransferOptions& options,
+    CloudConversionReport* report)
 {
-    if (converted(toDgn(inPath, outPath, options), error))
+    if (converted(toDgn(inPath, outPath, options), error, report))
         return true;
     SendLogInfo(error.toLocal8Bit().constData(), 0);
     return false;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudConversionReport.h"
 #include "net/CloudFailure.h"
 #include "net/CloudTransferOptions.h"
 #include "tav_cloud_platform_sdk_export.h"
@@ -46,16 +47,18 @@ TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QStri
 /// result is in its file.
 TAV_CLOUD_PLATFORM_SDK_EXPORT CloudFailure lastConversionFailure();
 
-/// \name Large drawings
+/// \name Large drawings, and what became of a drawing
 /// @{
 
 /// dgn2Dwg() with a limit and a progress function of the caller's; see CloudTransferOptions. With a progress
-/// function it shows no dialog; one that gives the conversion up makes it false with an empty \a error.
-TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(
-    QString& path, QString& error, QString outLocation, const CloudTransferOptions& options);
+/// function it shows no dialog; one that gives the conversion up makes it false with an empty \a error. What
+/// the service says about the conversion, whether it succeeded or not, is put into \a report, which may be
+/// null.
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dgn2Dwg(QString& path, QString& error, QString outLocation,
+    const CloudTransferOptions& options, CloudConversionReport* report = nullptr);
 /// dwg2Dgn() in the same manner.
-TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(
-    QString inPath, QString& error, QString outPath, const CloudTransferOptions& options);
+TAV_CLOUD_PLATFORM_SDK_EXPORT bool dwg2Dgn(QString inPath, QString& error, QString outPath,
+    const CloudTransferOptions& options, CloudConversionReport* report = nullptr);
 
 /// dgn2Dwg() as a job, which shows no dialog; for the caller to start, and to destroy unless \a parent does.
 /// A result that cannot be written is a failure of it.

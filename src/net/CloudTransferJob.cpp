@@ -91,3 +91,8 @@ int CloudTransferJob::logicalId() const
 {
     return d->plan.result.logicalId;
 }
+
+CloudConversionReport CloudTransferJob::conversionReport() const
+{
+    return d->plan.result.report;
+}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudConversionReport.h"
 #include "net/CloudFailure.h"
 #include "net/CloudTransferOptions.h"
 #include "tav_cloud_platform_sdk_export.h"
@@ -51,6 +52,8 @@ public:
     QString filePath() const;
     /// The id to share the file by, once a share's upload has succeeded; else 0.
     int logicalId() const;
+    /// What the service said about a conversion, once that has ended; empty for other transfers.
+    CloudConversionReport conversionReport() const;
 
 signals:
     /// Ten times a second while it runs, whether bytes move or not.

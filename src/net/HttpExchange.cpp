@@ -319,8 +319,9 @@ void HttpExchange::end(CloudFailure failure)
     if (reply) {
         // Before a quick reply, Qt says nothing of what was sent.
         const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+        const QString refused = request.reader->refusal();
         log->finish(*reply, answered ? request.body->size() : uploaded, failure == CloudFailure::None,
-            problemOf(*reply, failure));
+            refused.isEmpty() ? problemOf(*reply, failure) : refused);
         dropReply();
     }
     manager.reset();

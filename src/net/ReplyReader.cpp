@@ -99,8 +99,9 @@ CloudFailure JsonReader::judge(const QNetworkReply&)
                                                                  : CloudFailure::Unusable;
 }
 
-CloudFailure SoapReader::judge(const QNetworkReply&)
+CloudFailure SoapReader::judge(const QNetworkReply& reply)
 {
+    report = conversionReport(bytes, reply.rawHeader("X-Conversion-Report"));
     text = conversionResult(std::exchange(bytes, QByteArray()));
     return text.isNull() ? CloudFailure::Unusable : CloudFailure::None;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "net/CloudConversionReport.h"
 #include "net/CloudFailure.h"
 #include "net/WholeFile.h"
 
@@ -23,6 +24,9 @@ public:
     virtual bool take(QNetworkReply& reply) = 0;
     /// The result of the call, once \a reply is complete and has been read.
     virtual CloudFailure judge(const QNetworkReply& reply) = 0;
+
+    /// Why the peer refused, in its own words, if it said so.
+    virtual QString refusal() const { return {}; }
 
     /// Bytes of the body so far, and in total; -1 while the total is not known.
     virtual qint64 received() const = 0;
@@ -77,8 +81,10 @@ public:
     {
     }
     CloudFailure judge(const QNetworkReply& reply) override;
+    QString refusal() const override { return report.refusal; }
 
     QByteArray text; ///< of the result element
+    CloudConversionReport report;
 };
 
 /// Streams the body of a 2xx reply into a temporary file beside the target, and replaces the target only when

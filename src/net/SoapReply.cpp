@@ -1,10 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "net/SoapReply.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QXmlStreamReader>
+
 #include <algorithm>
 #include <cctype>
 
 namespace tav {
+
+namespace {
+
+constexpr int longestReport = 1 << 20;
+constexpr int longestLine = 1000;
+
+QString line(const QString& text)
+{
+    return text.simplified().left(longestLine);
+}
+
+} // namespace
 
 /// Works on bytes and without a parser: the text may be a hundred megabytes, and the service's element is
 /// known.
@@ -36,6 +52,34 @@ QByteArray conversionResult(QByteArray body)
         return body.remove(0, begin);
     }
     return QByteArray();
+}
+
+CloudConversionReport conversionReport(const QByteArray& body, const QByteArray& encodedReport)
+{
+    CloudConversionReport report;
+    QXmlStreamReader xml(body.left(longestReport));
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name().endsWith(QLatin1String("Result"))) // of what follows, nothing is for people
+            break;
+        if (xml.name() == QLatin1String("faultstring"))
+            report.refusal = line(xml.readElementText());
+        else if (xml.name() == QLatin1String("ConversionReport"))
+            report.json = xml.readElementText().toUtf8();
+    }
+    if (report.json.isEmpty() && encodedReport.size() < longestReport)
+        report.json = QByteArray::fromBase64(encodedReport);
+    const QJsonDocument document = QJsonDocument::fromJson(report.json);
+    if (!document.isObject()) {
+        report.json.clear();
+        return report;
+    }
+    report.summary = line(document["summary"].toString());
+    const QJsonObject leftOut = document["leftOut"].toObject();
+    for (auto kind = leftOut.begin(); kind != leftOut.end(); ++kind)
+        report.leftOut += QStringLiteral("%1 %2").arg(kind.value().toInt()).arg(line(kind.key()));
+    return report;
 }
 
 } // namespace tav

@@ -15,6 +15,7 @@ struct TransferResult
     QString error;
     QString filePath;
     int logicalId = 0;
+    CloudConversionReport report;
 };
 
 /// A transfer before it begins. Both faces are made from one: an operation runs it to its end, a job when it

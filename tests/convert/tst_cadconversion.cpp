@@ -189,6 +189,43 @@ private slots:
         }
     }
 
+    void tellsWhatTheServiceSays()
+    {
+        const QByteArray json = R"({"summary":"to DWG\nResult","leftOut":{"DIMENSION":2,"a <b>":1}})";
+        const auto inHeader = [](const QByteArray& report, const QByteArray& rest) {
+            return "<e><Header><ConversionReport xmlns=\"u\">" + QString(report).toHtmlEscaped().toUtf8()
+                + "</ConversionReport></Header>" + rest + "</e>";
+        };
+        const QByteArray result = "<ConDgn2DwgResult>QUJD</ConDgn2DwgResult>";
+        const QByteArray fault = "<Fault><faultstring>it is\n too old: &lt;R9&gt;</faultstring></Fault>";
+        const QByteArray encoded = "X-Conversion-Report: " + json.toBase64() + "\r\n";
+        const struct
+        {
+            QByteArray reply, headers;
+            QString refusal;
+            bool hasReport;
+        } rows[]{
+            {inHeader(json, result), {}, {}, true},
+            {"<e>" + result + "</e>", encoded, {}, true},
+            {"<e>" + fault + "</e>", encoded, "it is too old: <R9>", true},
+            {inHeader("[1]", fault), {}, "it is too old: <R9>", false},
+            {inHeader(json, result).left(80), {}, {}, false},
+            {"<e><faultstring>no end", {}, {}, false},
+            {{}, "X-Conversion-Report: ?\r\n", {}, false},
+        };
+        write("in.dgn", "drawing");
+        for (const auto& [reply, headers, refusal, hasReport] : rows) {
+            expect(behaviour::answer(reply, 500, headers));
+            CloudConversionReport report;
+            QString path = "in.dgn", error;
+            dgn2Dwg(path, error, "out/x", {}, &report);
+            QCOMPARE(report.refusal, refusal);
+            QVERIFY2(report.json == (hasReport ? json : QByteArray()), reply);
+            QCOMPARE(report.summary, hasReport ? QString("to DWG Result") : QString());
+            QCOMPARE(report.leftOut, hasReport ? QStringList({"2 DIMENSION", "1 a <b>"}) : QStringList());
+        }
+    }
+
     void anUnreadableDrawingIsSentEmpty()
     {
         ::mkfifo("pipe", 0600); // nobody fills it
