@@ -8,7 +8,7 @@ import {
 import { interpolate, isCurve } from '../spline.mjs';
 
 /** From 0 exclusive to a full turn inclusive. */
-function positiveTurn(angle) {
+export function positiveTurn(angle) {
   const turned = ((angle % FULL_TURN) + FULL_TURN) % FULL_TURN;
   return turned < 1e-12 ? FULL_TURN : turned;
 }

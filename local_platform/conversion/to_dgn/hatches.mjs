@@ -4,7 +4,7 @@
 
 import { FULL_TURN, length, mapPoint, ocs, strokeArc, subtract } from '../geometry.mjs';
 import { isCurve, strokeSpline } from '../spline.mjs';
-import { path } from './curves.mjs';
+import { path, positiveTurn } from './curves.mjs';
 
 /** A pattern of more pieces than this is given by its outline. */
 const MAX_PIECES = 20000;
@@ -13,9 +13,8 @@ const MAX_CUTS = 5e7;
 function arcOf({ center, axis, ratio, start, end, isLeft }, z) {
   const axis1 = [axis[0], axis[1], 0];
   const axis2 = [-axis[1] * ratio, axis[0] * ratio, 0];
-  let sweep = end - start;
-  while (sweep <= 1e-12) sweep += FULL_TURN;
-  const arc = { center: [...center, z], axis1, axis2, start, sweep: Math.min(sweep, FULL_TURN) };
+  const sweep = end - start > 1e-12 ? Math.min(end - start, FULL_TURN) : positiveTurn(end - start);
+  const arc = { center: [...center, z], axis1, axis2, start, sweep };
   // Clockwise arcs count their angles the other way round.
   return isLeft ? arc : { ...arc, start: -start, sweep: -arc.sweep };
 }
@@ -124,37 +123,46 @@ function inside(base, along, loops) {
   return cuts.sort((a, b) => a - b);
 }
 
-/** The dashes of a line between two distances from its own beginning. */
+/** Calls `put` with the dashes of a line between two distances from its own beginning; returns how many it looked at. */
 function dashed(from, to, dashes, put) {
   const period = dashes.reduce((sum, d) => sum + Math.abs(d), 0);
-  if (!(period > 0)) return put(from, to);
-  if ((to - from) / period > MAX_PIECES) return put(from, to);
-  for (let at = Math.floor(from / period) * period; at < to;) {
+  const count = Math.ceil((to - from) / period) + 1;
+  if (!(count * dashes.length < MAX_PIECES)) {
+    put(from, to);
+    return 1;
+  }
+  // Counted, since what is very far away does not move by adding to it.
+  const first = Math.floor(from / period);
+  for (let i = 0; i < count && (first + i) * period < to; i++) {
+    let at = (first + i) * period;
     for (const dash of dashes) {
       const end = at + Math.abs(dash);
       if (dash >= 0 && end >= from && at <= to) put(Math.max(at, from), Math.min(end, to));
       at = end;
     }
   }
-  return undefined;
+  return count * dashes.length;
 }
 
 /** The lines of a pattern; null if there are too many. */
 function patternLines(lines, loops) {
   const points = loops.flatMap((loop) => loop.points);
   const result = [];
+  let work = 0;
   for (const { angle, base, offset, dashes } of lines) {
     const along = [Math.cos(angle), Math.sin(angle)];
     const rise = offset[0] * -along[1] + offset[1] * along[0];
     if (!(Math.abs(rise) > 0)) return null;
     const ranks = points.map((p) => ((p[0] - base[0]) * -along[1] + (p[1] - base[1]) * along[0]) / rise);
     const [low, high] = [Math.ceil(ranks.reduce((a, b) => Math.min(a, b))), Math.floor(ranks.reduce((a, b) => Math.max(a, b)))];
-    if (!(high - low < MAX_PIECES) || (high - low) * points.length > MAX_CUTS) return null;
-    for (let rank = low; rank <= high; rank++) {
-      const start = [base[0] + offset[0] * rank, base[1] + offset[1] * rank];
+    if (!(high - low < MAX_PIECES)) return null;
+    work += (high - low) * points.length;
+    for (let i = 0; i <= high - low; i++) {
+      if (work > MAX_CUTS) return null;
+      const start = [base[0] + offset[0] * (low + i), base[1] + offset[1] * (low + i)];
       const cuts = inside(start, along, loops);
-      for (let i = 0; i + 1 < cuts.length; i += 2) {
-        dashed(cuts[i], cuts[i + 1], dashes, (from, to) =>
+      for (let k = 0; k + 1 < cuts.length; k += 2) {
+        work += dashed(cuts[k], cuts[k + 1], dashes, (from, to) =>
           result.push([from, to].map((t) => [start[0] + along[0] * t, start[1] + along[1] * t])));
         if (result.length > MAX_PIECES) return null;
       }
