@@ -18,7 +18,7 @@ class Conversion {
 
   begin(drawing) {
     const { notes, foreignTexts } = drawing;
-    const names = [...Object.values(notes?.layers ?? {}), ...(notes?.sharing ?? []), ...(notes?.blocks ?? [])];
+    const names = [...Object.values(notes?.layers ?? {}), ...(notes?.sharing ?? []), ...(notes?.blocks ?? []), ...(notes?.attributes ?? [])];
     this.writer = new DwgWriter(LINE_STYLES, [...foreignTexts(), ...names], 1.25 * this.size);
     this.converter = new Converter(drawing, this.writer);
     this.measure = measureForDwg(drawing, this.converter);

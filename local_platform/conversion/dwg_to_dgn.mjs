@@ -28,7 +28,7 @@ export function dwgToDgn(bytes, { codePage } = {}) {
   if (elements.length === 0) throw new Refusal('the DWG file holds nothing in model space that can be converted', 'empty');
   const used = [...converter.layers.values()];
   const { levels, sharing, hiddenLevels } = assignLevels(used);
-  const notes = { sharing: [...sharing], blocks: converter.blockNames,
+  const notes = { sharing: [...sharing], blocks: converter.blockNames, attributes: converter.attributeNames,
     layers: Object.fromEntries(used.filter((l) => l.use > 0 && !sharing.has(l.name)).map((l) => [levels.get(l.name), l.name])) };
   const indices = new Map(notes.sharing.map((name, i) => [name, i]));
   let expected = null;

@@ -51,16 +51,24 @@ test('inserts of one block, turned, scaled and mirrored, are inserts of one bloc
   assertClose(back.parts(back.model).map((e) => axes(e.rotation, e.scale[0], e.scale[1])), places.map((p) => axes(...p)), 1e-9);
 });
 
-test('attributes lie where they lie, whatever the scale of their insert', () => {
-  const { elements } = convert((document, add) => {
-    const insert = at(new acad.Insert(block(document, 'door', segment(0, 0, 1, 0))), { xScale: 10, yScale: 10, zScale: 10 });
-    add(insert);
-    const attribute = at(new acad.AttributeEntity(), { value: 'D-1', height: 2, tag: 'NO' });
-    insert.attributes.push(attribute);
-    Object.assign(attribute, { insertPoint: new XYZ(3, 4, 0), height: 2 });
+test('attributes lie where they lie, whatever the scale of their insert, and come back as attributes of one block', () => {
+  const values = ['D-1', 'Größe'];
+  const { elements, result } = convert((document, add) => {
+    const door = block(document, 'door', segment(0, 0, 1, 0));
+    values.forEach((value, i) => {
+      const insert = at(new acad.Insert(door), { xScale: 10, yScale: 10, zScale: 10, insertPoint: new XYZ(40 * i, 0, 0) });
+      insert.attributes.push(at(new acad.AttributeEntity(), { value, tag: 'NO', insertPoint: new XYZ(3 + 40 * i, 4, 0), height: 2, handle: 900 + i }));
+      add(insert);
+    });
   });
-  const text = elements[0].members.find((e) => e.kind === 'text');
-  assertClose(text, { text: 'D-1', origin: [3, 4, 0], height: 2 }, 1e-6);
+  const texts = elements.map((cell) => cell.members.find((e) => e.kind === 'text')).sort((a, b) => a.origin[0] - b.origin[0]);
+  assertClose(texts, values.map((text, i) => ({ text, origin: [3 + 40 * i, 4, 0], height: 2 })), 1e-6);
+  const back = dgnToDwg(result.bytes);
+  assert.deepEqual(back.check.differences, []);
+  const inserts = [...acad.DwgReader.readFromStream(Uint8Array.from(back.bytes).buffer).modelSpace.entities];
+  assert.deepEqual(inserts.map((insert) => insert.block.name), ['door', 'door']);
+  const seen = inserts.flatMap((insert) => [...insert.attributes].map(({ tag, value }) => [tag, value]));
+  assert.deepEqual(seen.sort(), values.map((value) => ['NO', value]));
 });
 
 test('blocks within blocks do not run away', () => {
@@ -122,6 +130,22 @@ test('construction lines end with the drawing, thickness has edges, sheets are n
       [[3, -0.5, 0], [3, 4.5, 0]], [[9, 1, 0], [-0.5, 1, 0]],
     ], version);
     assert.match(leftOut, /^1 RAY beside the drawing, 1 entities on the sheet "(Layout1|\*Paper_Space)"$/);
+  }
+});
+
+test('numbers far beyond the drawing do not keep a hatch going', () => {
+  const arc = at(new acad.HatchBoundaryPathArc(), { center: new XY(5, 5), radius: 5, startAngle: 0, endAngle: -1e300, counterClockWise: true });
+  const corners = [[0, 0, 0], [1e17, 0, 0], [0, 1e17, 0]].map((p) => new XYZ(...p));
+  const outline = at(new acad.HatchBoundaryPathPolyline(), { isClosed: true, vertices: corners });
+  for (const edge of [arc, outline]) {
+    for (const dashLengths of [[], [1, -1]]) {
+      const pattern = new acad.HatchPattern('LINES');
+      pattern.lines.push(at(new acad.HatchPatternLine(), { angle: 0, basePoint: new XY(0, -1e20), offset: new XY(0, 1e13), dashLengths }));
+      const path = new acad.HatchBoundaryPath([edge]);
+      const draw = () => convert((document, add) => add(at(new acad.Hatch(), { isSolid: false, pattern, paths: [path] })));
+      if (edge === arc) assert.equal(draw().elements.length, 1);
+      else assert.throws(draw, (error) => error instanceof Refusal);
+    }
   }
 });
 

@@ -90,6 +90,7 @@ export class ElementReader {
         const [kind, value] = [raw.readUInt16LE(at + 4), raw.readUInt16LE(at + 6)];
         if (kind === NOTE.layer) element.layerNote = value;
         if (kind === NOTE.block) element.blockNote = value;
+        if (kind === NOTE.attribute) element.attributeNote = value;
         if (kind === NOTE.axes && size >= 80) element.axesNote = this.#noted(at + 8);
       }
     });

@@ -53,7 +53,7 @@ export const MAX_VERTICES = 101;
     elements of a level that no other program uses, and elements refer to it by a linkage. */
 export const NOTES = { level: 60, mark: 0x4e54, chunk: 1400 };
 export const NOTE_LINKAGE = 0x5ae1;
-export const NOTE = { layer: 1, block: 2, axes: 3 };
+export const NOTE = { layer: 1, block: 2, axes: 3, attribute: 4 };
 
 /** Justification of texts: rows left, left margin, centre, right margin, right; top, centre, bottom. */
 export const LEFT_BOTTOM = 2;

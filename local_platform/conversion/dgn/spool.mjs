@@ -15,7 +15,7 @@ const FIELDS = {
   ellipse: ROUND,
   arc: ROUND,
   spline: { degree: 'N', knots: 'L', points: 'P', weights: 'L' },
-  text: { origin: 'V', xAxis: 'V', yAxis: 'V', height: 'N', width: 'N', text: 'T', justification: 'N' },
+  text: { origin: 'V', xAxis: 'V', yAxis: 'V', height: 'N', width: 'N', text: 'T', justification: 'N', attributeNote: 'N' },
   chain: { closed: 'B', members: 'M', ...FILL },
   cell: { name: 'T', origin: 'V', axes: 'A', members: 'M', blockNote: 'N', looseGroup: 'N' },
 };

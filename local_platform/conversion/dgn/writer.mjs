@@ -88,9 +88,9 @@ class ElementWriter {
   }
 
   /** Fill and notes; returns what the properties must say of them. */
-  attributes({ filled, fillColor, color, isHole, layerNote, blockNote, axes }) {
-    if (!filled && !isHole && layerNote === undefined && blockNote === undefined) return 0;
-    const notes = [[NOTE.layer, layerNote], [NOTE.block, blockNote]].filter(([, value]) => value !== undefined);
+  attributes({ filled, fillColor, color, isHole, layerNote, blockNote, attributeNote, axes }) {
+    if (!filled && !isHole && layerNote === undefined && blockNote === undefined && attributeNote === undefined) return 0;
+    const notes = [[NOTE.layer, layerNote], [NOTE.block, blockNote], [NOTE.attribute, attributeNote]].filter(([, value]) => value !== undefined);
     if (filled) {
       FILL_LINKAGE.forEach((word) => this.u16(word));
       this.u16(fillColor ?? color);

@@ -130,7 +130,14 @@ function insert(w, e) {
   }
   w.bd(e.rotation);
   w.bd3(e.normal);
-  w.bit(0);
+  w.bit(e.attributes?.length > 0);
+}
+
+function attribute(w, e) {
+  text(w, e);
+  w.text(e.tag);
+  w.bs(0);
+  w.u8(0);
 }
 
 function circle(w, e) {
@@ -174,14 +181,25 @@ const WRITE = {
     w.bd(e.end);
   },
   TEXT: text,
+  ATTRIB: attribute,
   LWPOLYLINE: lightPolyline,
   SPLINE: spline,
   HATCH: hatch,
   INSERT: insert,
 };
 
-/** How many handles an entity takes: its vertices have their own. */
-export const handlesOf = (entity) => (entity.kind === 'POLYLINE_3D' ? entity.points.length + 2 : 1);
+/** The parts of an entity are a chain with an end, and have handles of their own that follow its own. */
+const partCount = ({ kind, points, attributes }) => (kind === 'POLYLINE_3D' ? points.length : kind === 'INSERT' ? attributes?.length ?? 0 : 0);
+export const handlesOf = (entity) => (partCount(entity) > 0 ? partCount(entity) + 2 : 1);
+
+function partHandles(w, { handle }, count) {
+  w.handle(POINTER.soft, handle + 1);
+  w.handle(POINTER.soft, handle + count);
+  w.handle(OWNED.hard, handle + count + 1);
+}
+
+const chainEnd = (w, { handle }, count, symbology) =>
+  w.entity(TYPE.SEQEND, { handle: handle + count + 1, owner: handle, previous: 0, next: 0 }, symbology, () => {});
 
 /** A polyline in space: its head, its vertices in a chain of their own, and their end. */
 function polyline(w, place, symbology, entity) {
@@ -190,11 +208,7 @@ function polyline(w, place, symbology, entity) {
   w.entity(TYPE.POLYLINE_3D, place, symbology, () => {
     w.u8(0);
     w.u8(entity.isClosed ? 1 : 0);
-  }, () => {
-    w.handle(POINTER.soft, handle + 1);
-    w.handle(POINTER.soft, last);
-    w.handle(OWNED.hard, last + 1);
-  });
+  }, () => partHandles(w, place, entity.points.length));
   entity.points.forEach((p, i) => {
     const own = handle + 1 + i;
     const chain = { handle: own, owner: handle, previous: i > 0 ? own - 1 : 0, next: own < last ? own + 1 : 0 };
@@ -203,13 +217,17 @@ function polyline(w, place, symbology, entity) {
       w.bd3(p);
     });
   });
-  w.entity(TYPE.SEQEND, { handle: last + 1, owner: handle, previous: 0, next: 0 }, symbology, () => {});
+  chainEnd(w, place, entity.points.length, symbology);
 }
 
 /** `used` is the handle of what the entity makes use of: a block, or the style of a text. */
 export function writeEntity(w, place, symbology, entity, used) {
   if (entity.kind === 'POLYLINE_3D') return polyline(w, place, symbology, entity);
-  return w.entity(TYPE[entity.kind], place, symbology, () => WRITE[entity.kind](w, entity), () => {
-    if (entity.kind === 'TEXT' || entity.kind === 'INSERT') w.pointer(used);
+  const count = partCount(entity);
+  w.entity(TYPE[entity.kind], place, symbology, () => WRITE[entity.kind](w, entity), () => {
+    if (entity.kind === 'TEXT' || entity.kind === 'ATTRIB' || entity.kind === 'INSERT') w.pointer(used);
+    if (count > 0) partHandles(w, place, count);
   });
+  if (count > 0) chainEnd(w, place, count, symbology);
+  return undefined;
 }

@@ -114,11 +114,18 @@ export class DwgWriter {
     writeControl(this.writer, 'layers', control, listed.map(([, handle]) => handle));
   }
 
+  #symbology({ symbology: { layer, color, weight, lineType } }) {
+    return { layer: this.#layer(layer), color, weight, lineType: this.lineTypes[lineType] };
+  }
+
   #entity(entity, place) {
-    const { layer, color, weight, lineType } = entity.symbology;
-    const symbology = { layer: this.#layer(layer), color, weight, lineType: this.lineTypes[lineType] };
     const used = entity.kind === 'INSERT' ? this.#blocks.get(entity.block).handle : this.textStyle;
-    writeEntity(this.writer, place, symbology, entity, used);
+    writeEntity(this.writer, place, this.#symbology(entity), entity, used);
+    (entity.attributes ?? []).forEach((attribute, i, { length }) => {
+      const handle = place.handle + 1 + i;
+      const chain = { handle, owner: place.handle, previous: i > 0 ? handle - 1 : 0, next: i + 1 < length ? handle + 1 : 0 };
+      writeEntity(this.writer, chain, this.#symbology(attribute), attribute, this.textStyle);
+    });
   }
 
   /** An entity says which comes next, so each waits for the one after it. */

@@ -92,6 +92,12 @@ function isFinite(element) {
   return finite([element.center, element.axis1, element.axis2]) && Number.isFinite(element.start + element.sweep);
 }
 
+/** The place of a name in a list, in which it stands but once. */
+function noteOf(name, places, names) {
+  if (!places.has(name)) places.set(name, names.push(name) - 1);
+  return places.get(name);
+}
+
 export class Converter {
   /** What came, what was left out, and what was drawn from something else, each counted by kind. */
   source = new Tally();
@@ -100,11 +106,13 @@ export class Converter {
   references = [];
   layers = new Map();
   blockNames = [];
+  attributeNames = [];
   #count = 0;
   #lastLayer = null;
   #group = 0;
   #contents = new Map();
   #blockNotes = new Map();
+  #attributeNotes = new Map();
   #endless = [];
   note = (what) => this.drawn.add(what);
 
@@ -270,14 +278,9 @@ export class Converter {
     this.#use(layer);
     const cell = { kind: 'cell', name, origin, axes, members, layer, color, weight, style, group: outer.group, level: 0,
       layerNote: undefined, looseGroup: outer.group || this.#nextGroup() };
-    if (name) cell.blockNote = this.#blockNote(name);
+    if (name) cell.blockNote = noteOf(name, this.#blockNotes, this.blockNames);
     if (finite([origin, ...axes])) outer.into.push(cell);
     else this.leftOut.add('INSERT without a place');
-  }
-
-  #blockNote(name) {
-    if (!this.#blockNotes.has(name)) this.#blockNotes.set(name, this.blockNames.push(name) - 1);
-    return this.#blockNotes.get(name);
   }
 
   #insert(insert, outer, symbology) {
@@ -314,8 +317,17 @@ export class Converter {
     for (const attribute of attributes) {
       if (attribute.kind !== 'ATTRIB') continue;
       if (attribute.flags & HIDDEN_ATTRIBUTE) this.leftOut.add('invisible attributes');
-      else this.#entity(attribute, inside);
+      else this.#attribute(attribute, inside);
     }
+  }
+
+  /** A text that says which attribute it was. */
+  #attribute(attribute, inside) {
+    const from = inside.into.length;
+    this.#entity(attribute, inside);
+    const texts = inside.into.slice(from).filter((element) => element.kind === 'text');
+    if (texts.length !== 1 || !attribute.tag) return;
+    texts[0].attributeNote = noteOf(attribute.tag, this.#attributeNotes, this.attributeNames);
   }
 
   /** The picture of a dimension is a block at its place; its definition points are not part of it. */

@@ -142,9 +142,18 @@ export class Converter {
     const placed = insertOf(cell.axes, cell.origin);
     const back = placed && inverse({ x, y, z, origin: cell.origin });
     if (!back || cell.members.length === 0) return this.#loose(cell, into);
-    const members = cell.members.map((member) => plainRound(mapElement(back, member)));
+    const attributes = cell.members.flatMap((member) => this.#attribute(member) ?? []);
+    const own = new Set(attributes.map((attribute) => attribute.element));
+    const members = cell.members.filter((member) => !own.has(member)).map((member) => plainRound(mapElement(back, member)));
     const block = this.#blockOf(name, members, (4 * this.resolution) / Math.min(...cell.axes.map(length), 1));
-    return into.push({ ...placed, block, symbology: this.#symbology(cell) });
+    return into.push({ ...placed, block, attributes, symbology: this.#symbology(cell) });
+  }
+
+  /** A text that was an attribute before, in the coordinates of the drawing. */
+  #attribute(element) {
+    const tag = this.drawing.notes?.attributes?.[element.attributeNote];
+    const [entity] = element.kind === 'text' && tag ? entitiesOf(element, this.resolution, this.note) : [];
+    return entity ? { ...entity, kind: 'ATTRIB', tag, element, symbology: this.#symbology(element) } : null;
   }
 
   #loose(cell, into) {
