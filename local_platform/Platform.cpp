@@ -4,8 +4,11 @@
 #include "base/Text.h"
 #include "features/DemoAccounts.h"
 
+#include <filesystem>
+#include <nlohmann/json.hpp>
 #include <spdlog/spdlog.h>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 namespace local_platform {
@@ -13,6 +16,8 @@ namespace local_platform {
 namespace {
 
 constexpr long long secondsInADay = 86400;
+constexpr std::uintmax_t leastRoom = 16u << 20;
+constexpr int secondsUntilThereMayBeRoom = 60;
 
 } // namespace
 
@@ -44,6 +49,15 @@ Platform::Platform(const Options& options)
     softwareTables_.addTo(routes_);
     conversion_.addTo(routes_);
 
+    // For a load balancer or a monitor: it runs, and it can do its work.
+    routes_.add("GET", "/healthz", [](Call&) { return success(true); });
+    routes_.add("GET", "/readyz", [this](Call&) {
+        if (!hasRoom())
+            throw Refusal("The data folder's disk is full", 503).retriedAfter(secondsUntilThereMayBeRoom);
+        return success(database_.read().number("select 1") == 1);
+    });
+    routes_.each([](const std::string& route) { spdlog::debug("Route {}", route); });
+
     requireSafety();
     if (options_.demoAccounts)
         spdlog::info(addDemoAccounts(database_, options_.cipherKey));
@@ -62,6 +76,13 @@ void Platform::requireSafety()
     if (!reasons.empty() && !options_.allowInsecure)
         throw std::runtime_error("Other machines can reach " + options_.listen + ", and " + all
             + ". Mend that, or say --allow-insecure.");
+}
+
+bool Platform::hasRoom() const
+{
+    std::error_code error;
+    const auto space = std::filesystem::space(folder_.path(), error);
+    return !error && space.available >= leastRoom;
 }
 
 Reply Platform::answer(Call& call)

@@ -37,6 +37,7 @@ public:
 
 private:
     void requireSafety();
+    bool hasRoom() const;
 
     Options options_;
     DataFolder folder_;

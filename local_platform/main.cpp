@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform.h"
 #include "admin/Backup.h"
+#include "admin/CheckConfig.h"
 #include "admin/Verify.h"
 #include "base/Options.h"
+#include "base/ServiceManager.h"
 #include "base/Text.h"
 #include "http/Server.h"
 #include "store/Secrets.h"
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <spdlog/pattern_formatter.h>
@@ -43,6 +46,8 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     app.add_flag(
         "--allow-insecure", options.allowInsecure, "serve other machines in spite of what is warned of");
     app.set_config("--config", "", "file of options, one \"name = value\" a line");
+    app.allow_config_extras(CLI::config_extras_mode::error);
+    app.set_version_flag("--version", "tav-local-platform " TAV_PLATFORM_VERSION);
 
     CLI::Option* certificate =
         app.add_option("--tls-certificate", options.tlsCertificate, "PEM file; serve HTTPS");
@@ -116,10 +121,27 @@ public:
     }
 };
 
+/// The level of a message as the journal wants it.
+class LevelForJournal : public spdlog::custom_flag_formatter
+{
+public:
+    void format(const spdlog::details::log_msg& message, const std::tm&, spdlog::memory_buf_t& to) override
+    {
+        static constexpr char levels[] = {'7', '7', '6', '4', '3', '2', '7'};
+        const char prefix[] = {'<', levels[message.level], '>'};
+        to.append(prefix, prefix + sizeof prefix);
+    }
+    std::unique_ptr<custom_flag_formatter> clone() const override
+    {
+        return std::make_unique<LevelForJournal>();
+    }
+};
+
 void startLog(const std::string& level)
 {
     auto formatter = std::make_unique<spdlog::pattern_formatter>();
-    formatter->add_flag<MessageOnOneLine>('*').set_pattern("[%Y-%m-%d %H:%M:%S.%e] [%n] [%^%l%$] %*");
+    formatter->add_flag<MessageOnOneLine>('*').add_flag<LevelForJournal>('J').set_pattern(
+        local_platform::logsToJournal() ? "%J%*" : "[%Y-%m-%d %H:%M:%S.%e] [%n] [%^%l%$] %*");
     spdlog::set_default_logger(spdlog::stderr_color_mt("platform"));
     spdlog::set_formatter(std::move(formatter));
     spdlog::set_level(spdlog::level::from_str(level));
@@ -140,7 +162,24 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
     return app.add_subcommand(name, description)->fallthrough();
 }
 
-int run(const Options& options)
+/// What the file of options says of the log by now.
+void reloadLogLevel(int argc, char** argv)
+{
+    CLI::App app;
+    Options options;
+    std::string level = "info";
+    addOptions(app, options, level);
+    try {
+        app.parse(argc, argv);
+        spdlog::set_level(spdlog::level::from_str(level));
+        spdlog::info("The log level is {}", level);
+    } catch (const CLI::Error& error) {
+        spdlog::error("The options stay as they are: {}", error.what());
+    }
+}
+
+/// @param reload done for each SIGHUP; without it, that ends the platform as well
+int run(const Options& options, const std::function<void()>& reload)
 {
     // Blocked before any thread starts, so that all inherit it and the signals wait for sigwait below.
     sigset_t endings;
@@ -155,8 +194,12 @@ int run(const Options& options)
     server.start();
     std::cout << "tav-local-platform ready on " << server.address() << std::endl;
 
+    local_platform::tellServiceManager("READY=1\nSTATUS=Ready on " + server.address());
+
     int signal = 0;
-    sigwait(&endings, &signal);
+    while (sigwait(&endings, &signal) == 0 && signal == SIGHUP && reload)
+        reload();
+    local_platform::tellServiceManager("STOPPING=1");
     server.stop();
     return 0;
 }
@@ -170,6 +213,8 @@ try {
     options.converter = converter();
     std::string logLevel = "info";
     addOptions(app, options, logLevel);
+    bool check = false;
+    app.add_flag("--check-config", check, "say whether the platform would start with these options, and end");
     app.require_subcommand(0, 1);
     std::filesystem::path folder;
     const CLI::App* verify = addCommand(app, "verify", "compare each stored file with its digest");
@@ -189,7 +234,10 @@ try {
         return local_platform::copyDataFolder(options.data, folder, local_platform::Copying::MayLink);
     if (*restore)
         return local_platform::copyDataFolder(folder, options.data, local_platform::Copying::Copies);
-    return run(options);
+    if (check)
+        return local_platform::checkConfig(options);
+    const bool hasFile = app.get_config_ptr()->count() != 0;
+    return run(options, hasFile ? [=] { reloadLogLevel(argc, argv); } : std::function<void()>());
 } catch (const std::exception& error) {
     std::fprintf(stderr, "tav-local-platform: %s\n", local_platform::oneLine(error.what()).c_str());
     return 1;

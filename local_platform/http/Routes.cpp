@@ -21,4 +21,10 @@ const Endpoint& Routes::find(Call& call) const
     return open->second;
 }
 
+void Routes::each(const std::function<void(const std::string&)>& take) const
+{
+    for (const auto& [route, endpoint] : endpoints_)
+        take(route.first + ' ' + route.second);
+}
+
 } // namespace local_platform

@@ -31,6 +31,8 @@ public:
     void add(const std::string& method, const std::string& path, Endpoint endpoint);
     /// Refuses what no route answers.
     const Endpoint& find(Call& call) const;
+    /// "METHOD /path" of each.
+    void each(const std::function<void(const std::string&)>& take) const;
 
 private:
     std::map<std::pair<std::string, std::string>, Endpoint> endpoints_;

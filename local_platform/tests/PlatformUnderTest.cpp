@@ -76,7 +76,7 @@ void PlatformUnderTest::start(const QStringList& options)
     QStringList all = {"--listen", "127.0.0.1:0", "--demo-accounts"};
     if (!options.contains("--data"))
         all += {"--data", m_directory.path()};
-    if (!options.contains("--log-level"))
+    if (!options.contains("--log-level") && !options.contains("--config"))
         all += {"--log-level", "error"};
     m_process.start(program(), all + options);
     QByteArray line;

@@ -88,6 +88,7 @@ public:
     int stop();
 
     int port() const { return m_port; }
+    int process() const { return static_cast<int>(m_process.processId()); }
     QString data() const { return m_directory.path(); }
     /// What it has said since its last start.
     QByteArray log() const;
