@@ -170,6 +170,36 @@ test('files that a DGN refers to are named', () => {
   assert.deepEqual(references, ['drawing: C:\\plans\\ground floor.dgn']);
 });
 
+test('a linear dimension is drawn if its picture fills its range', () => {
+  /** The element as it lies in a file: two points, and how far from the first its line is. */
+  const dimension = (points, offset, range) => {
+    const raw = Buffer.alloc(176);
+    raw.set([5, 33, 86, 0]);
+    range.flatMap((p) => [...p, 0]).forEach((v, i) => writeInt32(raw, 4 + 4 * i, (v * 1e6) ^ 0x80000000));
+    raw.writeUInt16LE(72, 30);
+    raw.set([1, 2], 48);
+    [56, 60].forEach((at) => raw.writeInt32LE(1e6, at));
+    points.forEach((p, i) => [...p, 0, i === 0 ? offset : 4].forEach((v, k) => raw.writeInt32LE(Math.round(v * 1e6), 136 + 20 * i + 4 * k)));
+    return raw;
+  };
+  for (const [name, points, offset, range, figure, ends] of [
+    ['across', [[0, 0], [9, 3]], 5, [[0, 0], [9, 6]], '9', [[0, 5, 0], [9, 5, 0]]],
+    ['upwards', [[0, 0], [3, 9]], -5, [[0, 0], [6, 9]], '9', [[5, 0, 0], [5, 9, 0]]],
+    ['along its points', [[0, 0], [8, 6]], 5, [[-3, 0], [8, 10]], '10', [[-3, 4, 0], [5, 10, 0]]],
+    ['out of its range', [[0, 0], [9, 3]], 5, [[0, 0], [9, 50]], null],
+  ]) {
+    const bytes = writeDgn({ elements: [line([-50, -50, 0], [50, 50, 0])] });
+    const { elements, leftOut } = readDgn(Buffer.concat([bytes.subarray(0, -2), dimension(points, offset, range), bytes.subarray(-2)]));
+    if (!figure) {
+      assert.equal(`${leftOut}`, '1 DIMENSION', name);
+      continue;
+    }
+    const { members } = elements[1];
+    assert.equal(members.find((m) => m.kind === 'text').text, figure, name);
+    assertClose(members[2].points, ends, 1e-6, name);
+  }
+});
+
 test('the code page is that of the whole file, unless it is told', () => {
   const texts = ['Matériel', 'Größe', 'plain'].map((text) => ({ ...FLAT.text, text }));
   const western = writeDgn({ elements: texts, codePage: 'windows-1252' });

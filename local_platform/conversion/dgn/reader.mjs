@@ -4,6 +4,7 @@
 
 import { Growing } from '../growing.mjs';
 import { Refusal, Tally } from '../outcome.mjs';
+import { pictureOf } from './dimensions.mjs';
 import { ElementReader, KIND_OF, READ, splineOf, tagValue } from './elements.mjs';
 import {
   AT, COLOR_TABLE_LEVEL, COMPLEX, COMPLEX_HEAD, DEFAULT_COLORS, END_MARK, HAS_ATTRIBUTES, HEADER, IS_3D, IS_CLOSED,
@@ -178,10 +179,7 @@ class DrawingReader {
       this.drawn.add(`${SURFACES.get(type)} as its edges`);
       return i + 1;
     }
-    if (type === TYPE.dimension) {
-      this.leftOut.add('DIMENSION');
-      return i + 1;
-    }
+    if (type === TYPE.dimension) return this.#dimension(i, raw, into);
     if (type === TYPE.tag) return this.#tag(i, raw, bytes, into);
     if (!(kind in READ)) return i + 1;
     const element = this.#guard(raw, () => {
@@ -277,6 +275,20 @@ class DrawingReader {
     this.drawn.add('tags as texts');
     into.push({ ...this.#begun('text', raw), origin: low, xAxis: [1, 0, 0], yAxis: [0, 1, 0], height, width: reach / text.length,
       text, justification: LEFT_BOTTOM });
+    return i + 1;
+  }
+
+  /** A cell without a name, of what shows it. */
+  #dimension(i, raw, into) {
+    const picture = this.#guard(raw, () => pictureOf(new ElementReader(raw.bytes, this.settings)));
+    if (picture) {
+      this.drawn.add('dimensions from their points, figures worked out anew');
+      const begun = this.#begun('cell', raw);
+      const members = picture.map((part) => ({ ...begun, ...part }));
+      into.push({ ...begun, name: '', origin: members[0].points[0], axes: [[1, 0, 0], [0, 1, 0], [0, 0, 1]], members });
+    } else {
+      this.leftOut.add('DIMENSION');
+    }
     return i + 1;
   }
 
