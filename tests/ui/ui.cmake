@@ -19,7 +19,16 @@ tav_test(tst_lifetimes ui/tst_lifetimes.cpp)
 foreach(name IN ITEMS clouddialogs cloudspace sharetab)
     tav_test(tst_${name} ui/cloudspace/tst_${name}.cpp)
 endforeach()
-if(TAV_WITH_LOCAL_PLATFORM AND NOT TAV_HOST) # the desktop host is one of the stand-ins'
+if(NOT TAV_HOST) # the desktop host is one of the stand-ins'
+    tav_test(tst_desktophost ui/tst_desktophost.cpp)
+    target_sources(tst_desktophost PRIVATE
+        ${PROJECT_SOURCE_DIR}/examples/desktop_host/Backups.cpp
+        ${PROJECT_SOURCE_DIR}/examples/desktop_host/MainWindow.cpp)
+    target_include_directories(tst_desktophost PRIVATE ${PROJECT_SOURCE_DIR}/examples/desktop_host)
+else() # left out, but not forgotten
+    set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/ui/tst_desktophost.cpp)
+endif()
+if(TAV_WITH_LOCAL_PLATFORM AND NOT TAV_HOST)
     tav_test(tst_desktopjourney ui/tst_desktopjourney.cpp)
     target_sources(tst_desktopjourney PRIVATE
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey/Journey.cpp
@@ -29,7 +38,7 @@ if(TAV_WITH_LOCAL_PLATFORM AND NOT TAV_HOST) # the desktop host is one of the st
         ${PROJECT_SOURCE_DIR}/examples/desktop_journey ${PROJECT_SOURCE_DIR}/examples/desktop_host)
     target_link_libraries(tst_desktopjourney PRIVATE platform_under_test)
     set_tests_properties(tst_desktopjourney PROPERTIES TIMEOUT 600) # the drafters are patient
-else() # left out, but not forgotten
+else()
     set_property(GLOBAL APPEND PROPERTY TAV_TEST_SOURCES
         ${CMAKE_CURRENT_SOURCE_DIR}/ui/tst_desktopjourney.cpp)
 endif()
