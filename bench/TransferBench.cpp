@@ -4,8 +4,13 @@
 #include "Transfer.h"
 #include "net/HttpRunner.h"
 
+#include <QBuffer>
+#include <QEventLoop>
 #include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <benchmark/benchmark.h>
 
@@ -79,6 +84,51 @@ void uploadOurs(benchmark::State& state)
     });
 }
 
+/// The same on a bare QNetworkAccessManager, without a form around the file.
+bool uploadByHand(QIODevice& body)
+{
+    QNetworkAccessManager manager;
+    QNetworkRequest request(QUrl(peerAddress() + "/sink"));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/octet-stream");
+    QNetworkReply* reply = manager.post(request, &body);
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    return reply->error() == QNetworkReply::NoError;
+}
+
+void uploadQtFile(benchmark::State& state)
+{
+    transfer(state, [] {
+        QFile file(folder().filePath("blob"));
+        return file.open(QIODevice::ReadOnly) && uploadByHand(file);
+    });
+}
+
+void uploadQtMemory(benchmark::State& state)
+{
+    QByteArray bytes(blobMiB << 20, 'b');
+    transfer(state, [&] {
+        QBuffer buffer(&bytes);
+        return buffer.open(QIODevice::ReadOnly) && uploadByHand(buffer);
+    });
+}
+
+/// With a manager that has a thread of its own.
+void uploadQtThread(benchmark::State& state)
+{
+    transfer(state, [] {
+        bool good = false;
+        const std::unique_ptr<QThread> thread(QThread::create([&] {
+            QFile file(folder().filePath("blob"));
+            good = file.open(QIODevice::ReadOnly) && uploadByHand(file);
+        }));
+        thread->start();
+        thread->wait();
+        return good;
+    });
+}
+
 size_t discard(char*, size_t size, size_t count, void*)
 {
     return size * count;
@@ -136,6 +186,18 @@ BENCHMARK(getOurs)->Name("small GET/ours")->Unit(benchmark::kMillisecond)->UseRe
 BENCHMARK(getByHand)->Name("small GET/bare Qt")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(uploadOurs)->Name("upload of 256 MiB/ours")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(uploadCurl)->Name("upload of 256 MiB/libcurl")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(uploadQtFile)
+    ->Name("upload of 256 MiB/bare Qt, file")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(uploadQtMemory)
+    ->Name("upload of 256 MiB/bare Qt, memory")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(uploadQtThread)
+    ->Name("upload of 256 MiB/bare Qt, thread")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(downloadOurs)->Name("download of 256 MiB/ours")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(downloadCurl)->Name("download of 256 MiB/libcurl")->Unit(benchmark::kMillisecond)->UseRealTime();
 
