@@ -2,7 +2,8 @@
 // node bench/conversion.mjs [MEGABYTES...]
 //
 // Converts a drawing of each size there and back, and has other programs read the same files where they are
-// installed: processor seconds (user and system), and the most memory. Times are of one run each.
+// installed: processor seconds (user and system), seconds in all, and the most memory, also as times the file. Of one
+// run each. GDAL is Debian's gdal-bin; LibreDWG is no package of Debian 12 and has to be put in the path.
 
 import { spawnSync } from 'node:child_process';
 import { mkdtempSync, rmSync, statSync, writeFileSync } from 'node:fs';
@@ -40,23 +41,31 @@ function element(i) {
   return { ...symbology, kind: 'shape', points: [point(), point(), point(), point()], filled: i % 20 === 9 };
 }
 
-/** Runs a command under time(1). */
-function measured(what, command) {
-  const { status, stderr } = spawnSync('/usr/bin/time', ['-f', '%U %S %M', ...command], { encoding: 'utf8', stdio: ['ignore', 'ignore', 'pipe'] });
-  const last = stderr.trim().split('\n').at(-1);
-  if (status !== 0) return console.log(`${what.padEnd(32)} not here, or failed`);
-  const [user, system, kilobytes] = last.split(' ').map(Number);
-  return console.log(`${what.padEnd(32)} ${(user + system).toFixed(1).padStart(6)} s ${(kilobytes / 1024).toFixed(0).padStart(6)} MiB`);
+/** The same elements whenever they are asked for, and none of them kept. */
+const drawing = (length) => ({ length, forEach(visit) {
+  state = 1;
+  for (let i = 0; i < length; i++) visit(element(i), i);
+} });
+
+/** Runs a command that reads a file under time(1). */
+function measured(what, path, command) {
+  const { status, stderr } = spawnSync('/usr/bin/time', ['-f', '%U %S %e %M', ...command], { encoding: 'utf8', stdio: ['ignore', 'ignore', 'pipe'] });
+  if (status !== 0) return console.log(`${what.padEnd(26)} not here, or failed`);
+  const [user, system, all, kilobytes] = stderr.trim().split('\n').at(-1).split(' ').map(Number);
+  const [processor, memory] = [user + system, kilobytes / 1024].map((v, i) => v.toFixed(1 - i).padStart(6));
+  const share = ((1024 * kilobytes) / statSync(path).size).toFixed(1);
+  return console.log(`${what.padEnd(26)} ${processor} s of ${all.toFixed(1).padStart(5)} s ${memory} MiB, ${share} times the file`);
 }
 
 const megabytes = (path) => `${(statSync(path).size / 1e6).toFixed(1)} MB`;
 
 for (const size of process.argv.length > 2 ? process.argv.slice(2).map(Number) : [1, 20]) {
   const [dgn, dwg, back] = ['a.dgn', 'a.dwg', 'b.dgn'].map((name) => join(folder, name));
-  writeFileSync(dgn, writeDgn({ elements: Array.from({ length: Math.round((size * 2 ** 20) / BYTES_PER_ELEMENT) }, (_, i) => element(i)), unitName: 'm' }).bytes);
-  measured(`${megabytes(dgn)} DGN to DWG`, ['node', CONVERTER, '--seconds', '600', dgn, dwg]);
-  measured('  GDAL reads the DGN', ['ogrinfo', '-q', '-al', dgn]);
-  measured(`${megabytes(dwg)} DWG to DGN`, ['node', CONVERTER, '--seconds', '600', dwg, back]);
-  measured('  LibreDWG reads the DWG', ['dwgread', '-O', 'JSON', '-o', '/dev/null', dwg]);
+  writeFileSync(dgn, writeDgn({ elements: drawing(Math.round((size * 2 ** 20) / BYTES_PER_ELEMENT)), unitName: 'm' }).bytes);
+  measured(`${megabytes(dgn)} DGN to DWG`, dgn, ['node', CONVERTER, '--seconds', '600', dgn, dwg]);
+  measured('  GDAL reads the DGN', dgn, ['ogrinfo', '-q', '-al', dgn]);
+  measured(`${megabytes(dwg)} DWG to DGN`, dwg, ['node', CONVERTER, '--seconds', '600', dwg, back]);
+  measured('  GDAL reads the DWG', dwg, ['ogrinfo', '-q', '-al', dwg]);
+  measured('  LibreDWG reads the DWG', dwg, ['dwgread', '-O', 'JSON', '-o', '/dev/null', dwg]);
 }
 rmSync(folder, { recursive: true });

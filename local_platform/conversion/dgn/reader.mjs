@@ -268,8 +268,7 @@ class DrawingReader {
   /** A tag stands where its range is, and is as high. */
   #tag(i, raw, bytes, into) {
     const reader = new ElementReader(bytes, this.settings, this.codec);
-    const { low, high } = reader.range();
-    const text = this.#guard(raw, () => tagValue(bytes, this.codec));
+    const [{ low, high }, text] = this.#guard(raw, () => [reader.range(), tagValue(bytes, this.codec)]);
     const [reach, height] = [high[0] - low[0], high[1] - low[1]];
     if (!text.trim() || !(reach > 0 && height > 0)) return i + 1;
     this.drawn.add('tags as texts');
