@@ -66,10 +66,15 @@ class Cursor {
 
   vector() { return [this.take(), this.take(), this.take()]; }
 
-  list(read) {
-    const result = new Array(this.take());
-    for (let i = 0; i < result.length; i++) result[i] = read();
+  list(read, count = this.take()) {
+    const result = new Array(count);
+    for (let i = 0; i < count; i++) result[i] = read();
     return result;
+  }
+
+  points() {
+    const count = this.take();
+    return count < 0 ? this.list(() => [this.take(), this.take(), 0], -1 - count) : this.list(() => this.vector(), count);
   }
 }
 
@@ -86,6 +91,9 @@ export class Spool {
     this.survey.push(element);
     this.#put(element);
   }
+
+  /** About as many as the elements will take in a file, or more. */
+  get bytes() { return 8 * CHUNK * this.#row.chunks.length; }
 
   /** Calls `visit` with elements that are like those that were pushed. */
   forEach(visit) {
@@ -115,11 +123,22 @@ export class Spool {
       case 'A': return value.forEach((axis) => this.#vector(axis));
       default:
     }
+    if (type === 'P') return this.#points(value);
     row.put(value.length);
-    if (type === 'P') for (const point of value) this.#vector(point);
-    else if (type === 'L') for (const one of value) row.put(one);
+    if (type === 'L') for (const one of value) row.put(one);
     else for (const member of value) this.#put(member);
     return undefined;
+  }
+
+  /** Heights that are all zero are left away, which a count below zero says. */
+  #points(points) {
+    const isFlat = points.every((p) => p[2] === 0);
+    this.#row.put(isFlat ? -1 - points.length : points.length);
+    for (const p of points) {
+      this.#row.put(p[0]);
+      this.#row.put(p[1]);
+      if (!isFlat) this.#row.put(p[2]);
+    }
   }
 
   #vector(v) {
@@ -150,7 +169,7 @@ export class Spool {
       case 'T': return this.#texts[cursor.take()];
       case 'V': return cursor.vector();
       case 'A': return [cursor.vector(), cursor.vector(), cursor.vector()];
-      case 'P': return cursor.list(() => cursor.vector());
+      case 'P': return cursor.points();
       case 'L': return cursor.list(() => cursor.take());
       default: return cursor.list(() => this.#take(cursor));
     }

@@ -37,12 +37,14 @@ function quaternionOfAxes(x, y) {
 }
 
 class ElementWriter {
-  #bytes = Buffer.alloc(1 << 16);
+  #bytes;
   #at = 0;
   #start = 0;
 
-  constructor(plane, codec) {
+  /** What is not used of the room costs no memory. */
+  constructor(plane, codec, room = 0) {
     Object.assign(this, { plane, codec });
+    this.#bytes = Buffer.alloc(Math.max(room, 1 << 16));
   }
 
   bytes() { return this.#bytes.subarray(0, this.#at); }
@@ -394,7 +396,7 @@ export function writeDgn({ elements, colors = DEFAULT_COLORS, unitName = 'mu', h
   const survey = elements.survey ?? Survey.of(elements);
   const { plane, outliers } = planDesignPlane(elements, survey);
   const page = codePage ?? fittingCodePage(survey.characters);
-  const writer = new ElementWriter(plane, new TextCodec(page));
+  const writer = new ElementWriter(plane, new TextCodec(page), elements.bytes);
   const each = begin(plane);
   writer.raw(settingsElement(plane, unitName, hiddenLevels));
   for (const [type, size] of [[TYPE.digitizer, 356], [TYPE.levels, 156]]) {
