@@ -55,6 +55,8 @@ Tokens::Tokens(Database& database, const Clock& clock, long long lifetime)
 
 Json Tokens::issue(Database::Work& db, long long user) const
 {
+    if (db.number("select id from users where id = :user and disabled <> 0", {user}))
+        throw Refusal("This account is disabled", 403);
     const std::string access = randomToken();
     const std::string refresh = randomToken();
     const long long now = clock_.now();

@@ -169,8 +169,14 @@ Database::Work Database::work()
 long long Database::Row::number()
 {
     const std::size_t column = next_++;
-    return row_.get_properties(column).get_data_type() == soci::dt_integer ? row_.get<int>(column)
-                                                                           : row_.get<long long>(column);
+    switch (row_.get_properties(column).get_data_type()) {
+    case soci::dt_integer:
+        return row_.get<int>(column);
+    case soci::dt_string: // what was computed has no declared type
+        return std::stoll(row_.get<std::string>(column));
+    default:
+        return row_.get<long long>(column);
+    }
 }
 
 std::string Database::Row::text()

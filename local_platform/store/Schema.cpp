@@ -369,6 +369,7 @@ void bringUpToDate(const fs::path& file, const std::string& id)
             fillNameKeys(to);
         },
         [](soci::session& to) { runScript(to, codesByClient); },
+        [](soci::session& to) { to << "alter table users add column disabled bigint not null default 0"; },
     };
     for (int version = found; version < latestSchema; ++version) {
         soci::transaction transaction(sql);

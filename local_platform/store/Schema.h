@@ -7,7 +7,7 @@
 namespace local_platform {
 
 /// The schema that this version of the platform works with.
-constexpr int latestSchema = 5;
+constexpr int latestSchema = 6;
 
 /// What a database file is, as far as can be told without changing anything.
 struct DatabaseLook

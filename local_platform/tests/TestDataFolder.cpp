@@ -90,7 +90,12 @@ QByteArray downloaded(const Client& client, const QByteArray& project)
 /// Makes a database of an earlier version out of one of this.
 std::vector<std::string> backTo(int version)
 {
-    std::vector<std::string> statements;
+    std::vector<std::string> statements = {"alter table users drop column disabled"};
+    if (version == 5)
+        statements.insert(statements.end(),
+            {"insert into codes values ('13800000001', 'sign-in', '', '123456', 9999999999, 5, 5, "
+             "9999999999, 1)",
+                "update about set value = '5' where name = 'schema'"});
     if (version < 5)
         statements.insert(statements.end(),
             {"drop table codes",
@@ -228,6 +233,7 @@ private slots:
         QTest::newRow("2") << 2;
         QTest::newRow("3") << 3;
         QTest::newRow("4") << 4;
+        QTest::newRow("5") << 5;
     }
 
     void earlierVersionsAreTakenOver()
