@@ -165,9 +165,10 @@ const TABLE_TYPES = new Map([
   [49, ['blocks', block]], [51, ['layers', layer]], [53, ['textStyles', textStyle]], [57, ['lineTypes', lineType]],
   [69, ['dimensionStyles', dimensionStyle]], [73, ['multiLineStyles', multiLineStyle]], [82, ['layouts', layout]],
 ]);
-const TABLE_CLASSES = new Map([['IMAGEDEF', ['images', imageDefinition]], ['LAYOUT', ['layouts', layout]]]);
+const TABLE_CLASSES = new Map([['IMAGEDEF', ['images', imageDefinition]], ['LAYOUT', ['layouts', layout]],
+  ...['PDF', 'DGN', 'DWF'].map((kind) => [`${kind}DEFINITION`, ['underlays', (r) => ({ path: r.text() })]])]);
 
-export const TABLES = ['blocks', 'layers', 'textStyles', 'lineTypes', 'dimensionStyles', 'multiLineStyles', 'images', 'layouts'];
+export const TABLES = ['blocks', 'layers', 'textStyles', 'lineTypes', 'dimensionStyles', 'multiLineStyles', 'images', 'layouts', 'underlays'];
 
 /** [table, read] of an object's type, if it belongs to one. */
 export const tableOf = (type, className) => TABLE_TYPES.get(type) ?? TABLE_CLASSES.get(className);

@@ -133,6 +133,7 @@ export class Converter {
       this.#entity(entity, outer);
     });
     if (this.#endless.length > 0) this.#constructionLines();
+    for (const { path } of this.document.underlays.values()) this.#reference('underlay', path);
   }
 
   /** They end where the rest of the drawing does, which is known when all else is there. */
