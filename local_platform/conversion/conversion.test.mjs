@@ -200,6 +200,39 @@ test('a linear dimension is drawn if its picture fills its range', () => {
   }
 });
 
+test('tags become attributes with the names of their set', () => {
+  const sealed = (bytes, wordsToAttributes, properties = 0) => {
+    bytes.writeUInt16LE(bytes.length / 2 - 2, 2);
+    bytes.writeUInt16LE(wordsToAttributes, 30);
+    bytes.writeUInt16LE(properties, 32);
+    return bytes;
+  };
+  const names = Buffer.from('doors\0no\0\x07\0which?\0\x01\0\0\0\0\0\0D-0\0width\0\x08\0\0\x04\0\0\0\0\0\0\0\0\0\0\0\0\0\0', 'latin1');
+  const head = Buffer.alloc(48);
+  head.set([24, 66]);
+  head.writeUInt16LE(2, 44);
+  const body = Buffer.concat([head, names, Buffer.alloc(names.length % 2)]);
+  const linkage = Buffer.from([3, 0x10, 0x2f, 0x7d, 5, 0, 0, 0]);
+  const set = sealed(Buffer.concat([body, linkage]), (body.length - 32) / 2, 0x0800);
+  const tag = (index, type, value, x) => {
+    const bytes = Buffer.alloc(162);
+    bytes.set([5, 37]);
+    [x, 0, 0, x + 4, 1, 0].forEach((v, i) => writeInt32(bytes, 4 + 4 * i, (v * 1e6) ^ 0x80000000));
+    [[68, 5], [72, index], [74, type], [150, 4]].forEach(([at, v]) => bytes.writeUInt16LE(v, at));
+    value.copy(bytes, 154);
+    return sealed(bytes, 65);
+  };
+  const plain = writeDgn({ elements: [line([-50, -50, 0], [50, 50, 0])] });
+  const width = Buffer.alloc(8);
+  writeDouble(width, 0, 2.5);
+  const bytes = Buffer.concat([plain.subarray(0, -2), set, tag(7, 1, Buffer.from('D-1\0'), 3), tag(8, 4, width, 9), tag(9, 1, Buffer.from('lost'), 20), plain.subarray(-2)]);
+  const result = dgnToDwg(bytes);
+  assert.deepEqual([result.check.differences, `${result.drawn}`], [[], '2 tags as attributes, 1 tags as texts']);
+  const entities = [...acad.DwgReader.readFromStream(Uint8Array.from(result.bytes).buffer).modelSpace.entities].filter((e) => e.block);
+  assert.deepEqual(entities.map((e) => [e.block.name, ...[...e.attributes].map((a) => `${a.tag}=${a.value}`)]),
+    [['doors', 'no=D-1'], ['doors', 'width=2.5']]);
+});
+
 test('the code page is that of the whole file, unless it is told', () => {
   const texts = ['Matériel', 'Größe', 'plain'].map((text) => ({ ...FLAT.text, text }));
   const western = writeDgn({ elements: texts, codePage: 'windows-1252' });

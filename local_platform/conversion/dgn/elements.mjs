@@ -217,21 +217,6 @@ function curve(points) {
   return pieces.length > 0 ? { kind: 'spline', ...ofPieces(pieces) } : { kind: 'lineString', points: points.slice(2, -2) };
 }
 
-const TAG = { type: 74, size: 150, value: 154, text: 1, integer: 3, real: 4 };
-
-export function tagValue(bytes, codec) {
-  switch (bytes.readUInt16LE(TAG.type)) {
-    case TAG.text: {
-      const value = bytes.subarray(TAG.value, TAG.value + bytes.readUInt16LE(TAG.size));
-      const end = value.indexOf(0);
-      return codec.decode(end < 0 ? value : value.subarray(0, end));
-    }
-    case TAG.integer: return `${bytes.readInt32LE(TAG.value)}`;
-    case TAG.real: return `${Number(readDouble(bytes, TAG.value).toPrecision(10))}`;
-    default: return '';
-  }
-}
-
 /** The curve that poles, knots and weights make up; null if they make none. */
 export function splineOf({ degree, isClosed, isWeighted, poles, knots, weights }) {
   const own = isWeighted && weights.length === poles.length ? weights : [];

@@ -5,12 +5,13 @@
 import { Growing } from '../growing.mjs';
 import { Refusal, Tally } from '../outcome.mjs';
 import { pictureOf } from './dimensions.mjs';
-import { ElementReader, KIND_OF, READ, splineOf, tagValue } from './elements.mjs';
+import { ElementReader, KIND_OF, READ, splineOf } from './elements.mjs';
 import {
   AT, COLOR_TABLE_LEVEL, COMPLEX, COMPLEX_HEAD, DEFAULT_COLORS, END_MARK, HAS_ATTRIBUTES, HEADER, IS_3D, IS_CLOSED,
   IS_RATIONAL, LEFT_BOTTOM, MAX_INT, NOTES, SETTINGS_SIZE, SPLINE_HEAD, TYPE, VIEWS,
 } from './format.mjs';
 import { placeInstance } from './shared_cells.mjs';
+import { TAG_SET_LEVEL, keyOfTag, readTagSets, tagValue } from './tags.mjs';
 import { TextCodec, guessCodePage } from './text.mjs';
 import { readDouble, readInt32 } from './vax.mjs';
 
@@ -115,6 +116,7 @@ class DrawingReader {
     this.codePage = codePage ?? this.notes?.codePage ?? guessCodePage(this.#textBytes());
     this.codec = new TextCodec(this.codePage);
     this.#readColors();
+    this.tagNames = readTagSets(this.#tagSets(), this.codec);
     elements.begin?.(this.drawing());
     for (let i = 0; i < this.raws.length;) i = this.#read(i, this.elements, 0);
   }
@@ -265,14 +267,21 @@ class DrawingReader {
     return result;
   }
 
+  * #tagSets() {
+    for (const raw of this.raws.ofType(TYPE.application)) {
+      if (raw.level === TAG_SET_LEVEL && raw.bytes.length > HEADER) yield new ElementReader(raw.bytes, this.settings);
+    }
+  }
+
   /** A tag stands where its range is, and is as high. */
   #tag(i, raw, bytes, into) {
     const reader = new ElementReader(bytes, this.settings, this.codec);
-    const [{ low, high }, text] = this.#guard(raw, () => [reader.range(), tagValue(bytes, this.codec)]);
+    const [{ low, high }, text, key] = this.#guard(raw, () => [reader.range(), tagValue(bytes, this.codec), keyOfTag(bytes)]);
     const [reach, height] = [high[0] - low[0], high[1] - low[1]];
     if (!text.trim() || !(reach > 0 && height > 0)) return i + 1;
-    this.drawn.add('tags as texts');
-    into.push({ ...this.#begun('text', raw), origin: low, xAxis: [1, 0, 0], yAxis: [0, 1, 0], height, width: reach / text.length,
+    const tag = this.tagNames.get(key);
+    this.drawn.add(tag ? 'tags as attributes' : 'tags as texts');
+    into.push({ ...this.#begun('text', raw), ...(tag ? { tag } : {}), origin: low, xAxis: [1, 0, 0], yAxis: [0, 1, 0], height, width: reach / text.length,
       text, justification: LEFT_BOTTOM });
     return i + 1;
   }

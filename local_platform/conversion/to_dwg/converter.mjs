@@ -110,6 +110,7 @@ export class Converter {
   #element(element, into) {
     if (element.kind === 'cell') return this.#cell(element, into);
     if (element.kind === 'instance') return this.#instance(element, into);
+    if (element.tag) return this.#tag(element, into);
     const symbology = this.#symbology(element);
     for (const entity of entitiesOf(element, this.resolution, this.note)) {
       if (!entity) {
@@ -154,6 +155,16 @@ export class Converter {
     const tag = this.drawing.notes?.attributes?.[element.attributeNote];
     const [entity] = element.kind === 'text' && tag ? entitiesOf(element, this.resolution, this.note) : [];
     return entity ? { ...entity, kind: 'ATTRIB', tag, element, symbology: this.#symbology(element) } : null;
+  }
+
+  /** An attribute must belong to an insert: one of a block without content that is called like the set of the tag. */
+  #tag(element, into) {
+    const { tag: { set, name }, origin } = element;
+    const [entity] = entitiesOf(element, this.resolution, this.note);
+    const symbology = this.#symbology(element);
+    const attribute = { ...entity, kind: 'ATTRIB', tag: name.replace(/\s+/g, '_'), symbology };
+    const [block, placed] = [this.#blockOf(set || 'TAG', [], 0), insertOf([[1, 0, 0], [0, 1, 0], [0, 0, 1]], origin)];
+    return into.push({ ...placed, block, attributes: [attribute], symbology });
   }
 
   #loose(cell, into) {
