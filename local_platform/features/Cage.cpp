@@ -252,10 +252,12 @@ std::vector<sock_filter> filterOfCalls()
     for (const int call : harmlessCalls)
         if (call >= 0) // this architecture has it
             check(::seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0), "seccomp_rule_add");
-    for (const Condition& condition : harmlessArguments)
-        check(::seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, condition.call, 1,
-                  SCMP_CMP(condition.argument, SCMP_CMP_MASKED_EQ, condition.mask, condition.value)),
-            "seccomp_rule_add");
+    for (const Condition& condition : harmlessArguments) {
+        const scmp_arg_cmp comparison = {
+            condition.argument, SCMP_CMP_MASKED_EQ, condition.mask, condition.value};
+        check(::seccomp_rule_add_array(filter.get(), SCMP_ACT_ALLOW, condition.call, 1, &comparison),
+            "seccomp_rule_add_array");
+    }
 
     const int file = ::memfd_create("filter", MFD_CLOEXEC);
     if (file < 0)
