@@ -85,11 +85,11 @@ bool Platform::hasRoom() const
     return !error && space.available >= leastRoom;
 }
 
-Reply Platform::answer(Call& call)
+const Route& Platform::admit(Call& call)
 {
     if (startsWith(call.path(), "/project/"))
         call.setUser(tokens_.userOf(call.bearer()));
-    return routes_.find(call)(call);
+    return routes_.find(call);
 }
 
 } // namespace local_platform

@@ -33,7 +33,7 @@ public:
     Platform& operator=(const Platform&) = delete;
 
     /// @throws Refusal
-    Reply answer(Call& call);
+    const Route& admit(Call& call);
 
 private:
     void requireSafety();

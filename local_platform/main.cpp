@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -55,6 +56,21 @@ void addOptions(CLI::App& app, Options& options, std::string& logLevel)
     certificate->needs(key)->check(CLI::ExistingFile);
     key->needs(certificate)->check(CLI::ExistingFile);
 
+    app.add_option("--max-connections", options.maxConnections, "at a time, from all addresses")
+        ->check(CLI::Range(1, 1000000))
+        ->capture_default_str();
+    app.add_option("--max-connections-per-address", options.maxConnectionsPerAddress,
+           "at a time, from one IPv4 address or IPv6 network of 64 bits")
+        ->check(CLI::Range(1, 1000000))
+        ->capture_default_str();
+    app.add_option("--head-time-limit", options.headTimeLimit,
+           "seconds from the first byte to the end of a request's head")
+        ->check(CLI::Range(1, 3600))
+        ->capture_default_str();
+    app.add_option("--stall-time-limit", options.stallTimeLimit,
+           "seconds over which a body, either way, must come to 1 KiB/s")
+        ->check(CLI::Range(1, 3600))
+        ->capture_default_str();
     app.add_option("--max-file-size", options.maxFileSize, "bytes of one uploaded file")
         ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40))
         ->capture_default_str();
@@ -190,7 +206,9 @@ int run(const Options& options, const std::function<void()>& reload)
 
     local_platform::initializeSecrets();
     local_platform::Platform platform(options);
-    local_platform::Server server([&](local_platform::Call& call) { return platform.answer(call); }, options);
+    local_platform::Server server(
+        [&](local_platform::Call& call) -> const local_platform::Route& { return platform.admit(call); },
+        options);
     server.start();
     std::cout << "tav-local-platform ready on " << server.address() << std::endl;
 
@@ -200,7 +218,10 @@ int run(const Options& options, const std::function<void()>& reload)
     while (sigwait(&endings, &signal) == 0 && signal == SIGHUP && reload)
         reload();
     local_platform::tellServiceManager("STOPPING=1");
-    server.stop();
+    if (!server.stop()) {
+        spdlog::warn("Work that does not end is cut off");
+        std::_Exit(0);
+    }
     return 0;
 }
 

@@ -19,6 +19,10 @@ struct Options
 
     std::string tlsCertificate;
     std::string tlsKey;
+    int maxConnections = 16384;
+    int maxConnectionsPerAddress = 1024; ///< many clients may share one
+    int headTimeLimit = 10; ///< seconds until the head of a request is there
+    int stallTimeLimit = 30; ///< seconds over which a client moves 1 KiB/s
 
     std::string clientCredential = "Basic dGF2LWxvY2FsOnRhdi1sb2NhbC1zZWNyZXQ=";
     std::string refreshBearer = "Bearer tav-local-refresh";

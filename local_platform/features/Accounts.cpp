@@ -34,7 +34,10 @@ void Accounts::addTo(Routes& routes)
     const Endpoint byRefresh = authorized(
         options_.refreshBearer, "refresh credential", [this](Call& call) { return refresh(call); });
 
-    routes.add("POST", "/auth/oauth/token", [=](Call& call) {
+    const auto hashing = [&](const std::string& path, Endpoint endpoint) {
+        routes.add("POST", path, {std::move(endpoint), {}, Lane::SignIn});
+    };
+    hashing("/auth/oauth/token", [=](Call& call) {
         const std::string& grant = call.query().text("grant_type");
         if (grant == "password")
             return byPassword(call);
@@ -49,7 +52,7 @@ void Accounts::addTo(Routes& routes)
         tokens_.end(call.bearer());
         return success(true);
     });
-    routes.add("POST", "/admin/api/user", byClient([this](Call& call) {
+    hashing("/admin/api/user", byClient([this](Call& call) {
         const Fields form = call.form();
         const std::string& phone = form.filledText("phone");
         const std::string& name = form.filledText("username");
@@ -57,15 +60,14 @@ void Accounts::addTo(Routes& routes)
         return registerAccount(
             {name, form.filledText("password"), phone, ""}, phone, form.text("smscode"), call.client());
     }));
-    routes.add("POST", "/admin/api/user/mail/register", byClient([this](Call& call) {
+    hashing("/admin/api/user/mail/register", byClient([this](Call& call) {
         const Fields form = call.form();
         const std::string& mail = form.filledText("mail");
         requireUsableMail(mail);
         return registerAccount(
             {mail, form.filledText("password"), "", mail}, mail, form.text("mailCode"), call.client());
     }));
-    routes.add(
-        "POST", "/admin/api/user/resetpw", byClient([this](Call& call) { return resetPassword(call); }));
+    hashing("/admin/api/user/resetpw", byClient([this](Call& call) { return resetPassword(call); }));
 }
 
 Json Accounts::signIn(Call& call)

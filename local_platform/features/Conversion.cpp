@@ -34,6 +34,7 @@ constexpr long long secondsInAnHour = 3600;
 constexpr std::uintmax_t largestResult = 512u << 20;
 constexpr std::size_t longestReport = 1u << 20;
 constexpr int deepestReport = 16;
+constexpr std::uint64_t mostAround = 1u << 20; // an envelope around the drawing
 constexpr std::size_t longestReason = 500;
 constexpr std::size_t longestReportHeader = 6000;
 
@@ -226,7 +227,10 @@ Conversion::Conversion(const Options& options, const std::filesystem::path& scra
 
 void Conversion::addTo(Routes& routes)
 {
-    routes.add("POST", "/NrvConRnx.asmx", [this](Call& call) { return answer(call); });
+    // Base64 makes a drawing a third larger.
+    const BodyUse spool{nullptr, scratch_, options_.maxDrawingSize / 3 * 4 + mostAround};
+    routes.add(
+        "POST", "/NrvConRnx.asmx", {[this](Call& call) { return answer(call); }, spool, Lane::Conversion});
 }
 
 Xml Conversion::answer(Call& call)

@@ -30,7 +30,8 @@ void Projects::addTo(Routes& routes)
     routes.add("POST", "/project/cloudProjectInfo/add", [this](Call& call) { return add(call); });
     routes.add(
         "GET", "/project/cloudProjectBackup/getProjectList", [this](Call& call) { return list(call); });
-    routes.add("POST", "/project/cloudProjectBackup/upload", [this](Call& call) { return upload(call); });
+    routes.add("POST", "/project/cloudProjectBackup/upload",
+        {[this](Call& call) { return upload(call); }, {&files_, {}, 0}});
     routes.add(
         "GET", "/project/cloudProjectBackup/downloadProject", [this](Call& call) { return download(call); });
 }
@@ -57,7 +58,7 @@ Json Projects::list(Call& call)
 
 Json Projects::upload(Call& call)
 {
-    const Upload upload = call.upload(files_);
+    const Upload upload = call.upload();
     const long long project = upload.fields.id("projectId");
     upload.file->finish();
 

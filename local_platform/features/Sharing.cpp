@@ -71,7 +71,7 @@ Sharing::Sharing(Database& database, const FileStore& files, const Clock& clock)
 void Sharing::addTo(Routes& routes)
 {
     const std::string base = "/project/cloudProjectShare/";
-    routes.add("POST", base + "upload", [this](Call& call) { return upload(call); });
+    routes.add("POST", base + "upload", {[this](Call& call) { return upload(call); }, {&files_, {}, 0}});
     routes.add("POST", base + "toAnonymous", [this](Call& call) { return shareAnonymously(call); });
     // Spelled as every client spells it.
     routes.add("POST", base + "toUSer", [this](Call& call) { return shareWithAccounts(call); });
@@ -84,7 +84,7 @@ void Sharing::addTo(Routes& routes)
 
 Json Sharing::upload(Call& call)
 {
-    const Upload upload = call.upload(files_);
+    const Upload upload = call.upload();
     const long long project = upload.fields.id("projectId");
     upload.file->finish();
 

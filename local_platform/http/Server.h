@@ -4,17 +4,9 @@
 #include "base/Options.h"
 #include "http/Routes.h"
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
-
-namespace httplib {
-class Server;
-struct Request;
-struct Response;
-class ContentReader;
-} // namespace httplib
 
 namespace local_platform {
 
@@ -23,27 +15,19 @@ class Server
 {
 public:
     /// Takes the address of the options; port 0 takes any free one. Throws when that fails.
-    Server(Endpoint answer, const Options& options);
+    Server(Admission admit, const Options& options);
     ~Server();
 
     /// scheme://host:port
-    const std::string& address() const { return address_; }
+    const std::string& address() const;
     /// Serves in threads of its own from here on.
     void start();
-    /// Waits for the requests that are being answered.
-    void stop();
+    /// Lets end what moves, for a few seconds, and cuts the rest. False where work goes on in spite of that.
+    bool stop();
 
 private:
-    void addHandlers();
-    void bind(const std::string& listen, const std::string& scheme);
-    void handle(
-        const httplib::Request& request, const httplib::ContentReader* body, httplib::Response& response);
-
-    Endpoint answer_;
-    std::unique_ptr<httplib::Server> http_;
-    std::thread listening_;
-    std::string address_;
-    std::uint64_t largestBody_ = 0;
+    class Listener;
+    std::unique_ptr<Listener> listener_;
 };
 
 } // namespace local_platform

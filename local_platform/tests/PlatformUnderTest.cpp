@@ -54,7 +54,7 @@ Answer Client::send(
         return QByteArray::fromStdString(result->get_header_value(name));
     };
     return {result->status, QByteArray::fromStdString(result->body), header("Content-Digest"),
-        header("Digest"), header("X-Conversion-Report"), header("Retry-After")};
+        header("Digest"), header("X-Conversion-Report"), header("Retry-After"), header("Content-Range")};
 }
 
 Answer Client::postForm(const QByteArray& path, const FormFields& fields) const
@@ -82,10 +82,11 @@ void PlatformUnderTest::start(const QStringList& options)
     QByteArray line;
     while (!line.endsWith('\n') && m_process.waitForReadyRead(startTimeout))
         line += m_process.readLine();
-    const QByteArray ready = "tav-local-platform ready on http://127.0.0.1:";
-    if (!line.startsWith(ready))
+    const auto ready =
+        QRegularExpression("^tav-local-platform ready on https?://127.0.0.1:(\\d+)\n$").match(line);
+    if (!ready.hasMatch())
         qFatal("The platform did not start; it said \"%s\"", (line + log()).constData());
-    m_port = line.mid(ready.size()).trimmed().toInt();
+    m_port = ready.captured(1).toInt();
 }
 
 void PlatformUnderTest::restart(const QStringList& options)

@@ -18,6 +18,7 @@ struct Answer
     QByteArray digest;
     QByteArray conversionReport;
     QByteArray retryAfter;
+    QByteArray contentRange;
 
     QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     int code() const { return json().value("code").toInt(-1); }

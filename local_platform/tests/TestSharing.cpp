@@ -172,7 +172,7 @@ private slots:
             {"测量.dwg", "测量.dwg"},
             {"../../x.dwg", "x.dwg"},
             {"C:\\x\\y.dwg", "y.dwg"},
-            {"<b>'&\"; drop table users;--", "<b>'&\"; drop table users;--"},
+            {"<b>'&\\\"; drop table users;--", "<b>'&\"; drop table users;--"},
             {"a\xff.dwg", "a\xef\xbf\xbd.dwg"},
         };
         for (const auto& [sent, told] : names) {
