@@ -363,6 +363,7 @@ void Connection::responseEnded()
     out_ = std::string();
     content_ = std::string();
     contentSize_ = 0;
+    onlyHead_ = false;
     if (!keepsAlive_ || front_.stopping)
         return beginLingering();
     received_.shrink_to_fit();

@@ -81,12 +81,14 @@ public:
 
     Upload form() override
     {
+        endField();
+        // Nothing of what is refused is left when the client hears of it.
+        Upload form = std::move(upload_);
         if (!parts_.isWhole())
             refuseOtherKind();
-        endField();
         if (!refusal_.empty())
             throw Refusal(refusal_);
-        return std::move(upload_);
+        return form;
     }
 
 private:

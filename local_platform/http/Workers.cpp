@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <sys/resource.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -30,9 +31,17 @@ bool Workers::run(Lane lane, Task task)
     if (queue.idle >= queue.tasks.size() || queue.threads == queue.mostThreads) {
         queue.added.notify_one();
     } else {
-        threads_.emplace_back([this, &queue] { work(queue); });
-        ++queue.threads;
-        ++running_;
+        try {
+            threads_.emplace_back([this, &queue] { work(queue); });
+            ++queue.threads;
+            ++running_;
+        } catch (const std::system_error&) {
+            // The system has no thread left; those that there are do it later.
+            if (queue.threads == 0) {
+                queue.tasks.pop_back();
+                return false;
+            }
+        }
     }
     return true;
 }
