@@ -148,23 +148,43 @@ private slots:
     {
         PlatformUnderTest platform({"--converter", m_script});
         QTcpSocket socket;
-        QVERIFY(platform.connectTo(socket));
-        const QByteArray body = request("ConDgn2Dwg",
-            QByteArray("fs.writeFileSync('started', `${process.pid}.`); await forever()").toBase64());
-        socket.write(
-            "POST /NrvConRnx.asmx HTTP/1.1\r\nHost: x\r\nSOAPAction: http://tempuri.org/ConDgn2Dwg\r\n"
-            "Content-Type: text/xml\r\nContent-Length: "
-            + QByteArray::number(body.size()) + "\r\n\r\n" + body);
-        QVERIFY(socket.flush());
-        QByteArray process;
-        const QDir scratch(platform.data() + "/scratch");
-        QTRY_VERIFY_WITH_TIMEOUT(!(process = startedIn(scratch)).isEmpty(), 20000);
+        const QByteArray process = startedBy(socket, platform);
         QVERIFY(isAlive(process));
         platform.kill();
         QTRY_VERIFY_WITH_TIMEOUT(!isAlive(process), 20000);
     }
 
+    void converterEndsWithItsClient()
+    {
+        PlatformUnderTest platform({"--converter", m_script});
+        QTcpSocket socket;
+        const QByteArray process = startedBy(socket, platform);
+        QVERIFY(isAlive(process));
+        socket.abort();
+        QTRY_VERIFY_WITH_TIMEOUT(!isAlive(process), 20000); // its time limit is longer
+        QVERIFY(platform.as().get("/healthz").ok());
+    }
+
 private:
+    /// The converter of a drawing that is sent over the socket and does not end; empty when it did not start.
+    static QByteArray startedBy(QTcpSocket& socket, const PlatformUnderTest& platform)
+    {
+        const QByteArray body = request("ConDgn2Dwg",
+            QByteArray("fs.writeFileSync('started', `${process.pid}.`); await forever()").toBase64());
+        if (!platform.connectTo(socket))
+            return {};
+        socket.write(
+            "POST /NrvConRnx.asmx HTTP/1.1\r\nHost: x\r\nSOAPAction: http://tempuri.org/ConDgn2Dwg\r\n"
+            "Content-Type: text/xml\r\nContent-Length: "
+            + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+        socket.flush();
+        QByteArray process;
+        const QDir scratch(platform.data() + "/scratch");
+        if (!QTest::qWaitFor([&] { return !(process = startedIn(scratch)).isEmpty(); }, 20000))
+            return {};
+        return process;
+    }
+
     /// What the attempt comes to in a node of this test's own.
     QByteArray unshut(const QByteArray& attempt) const
     {
