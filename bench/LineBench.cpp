@@ -3,6 +3,8 @@
 #include "Memory.h"
 #include "Peer.h"
 #include "Transfer.h"
+#include "cloud/CloudFileManger.h"
+#include "core/ITreeElement.h"
 #include "net/HttpRunner.h"
 #include "support/Line.h"
 #include "support/PeerIdentity.h"
@@ -28,6 +30,7 @@
 namespace {
 
 constexpr double patienceMs = 1e7;
+constexpr int sharedProjects = 100;
 
 /// A line in a process of its own, which ends with this object.
 class LineProcess
@@ -148,6 +151,23 @@ struct Exchanges
         const bool written = std::fflush(file) == 0 && ::fsync(::fileno(file)) == 0;
         return std::fclose(file) == 0 && written && good;
     }
+    bool treeOurs() const
+    {
+        CloudFileManger client(
+            address, "token", "", QStringLiteral("shares%1").arg(sharedProjects), {}, ".bak", "", "");
+        ITreeElement* tree = client.getFileTree();
+        const bool good = client.getLastFailure() == CloudFailure::None;
+        tav_tree_element_release_instance(tree);
+        return good;
+    }
+    /// The same requests, which could share a connection.
+    bool treeCurl() const
+    {
+        return curl(address + "/small", [&](CURL* handle) {
+            for (int i = 0; i < sharedProjects + 1; ++i)
+                curl_easy_perform(handle);
+        });
+    }
     bool postCurl() const
     {
         return curl(
@@ -205,6 +225,7 @@ int main(int argc, char* argv[])
     parser.addOptions({{"mbits", "Bandwidths in Mbit/s.", "list", "2,20,100,1000"},
         {"delays", "Delays each way in ms.", "list", "1,25,100"},
         {"sizes", "Sizes in MB.", "list", "1,10,100"},
+        {"tree", "Fetches the file tree of 100 shared projects as well."},
         {"longest", "Leaves out what takes the line longer than this, in s.", "s", "60"}});
     parser.process(application);
     QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
@@ -231,6 +252,10 @@ int main(int argc, char* argv[])
                 };
                 show(0, "POST",
                     compared([&] { return exchanges.postOurs(); }, [&] { return exchanges.postCurl(); }, 9));
+                if (parser.isSet("tree"))
+                    show(0, "tree",
+                        compared(
+                            [&] { return exchanges.treeOurs(); }, [&] { return exchanges.treeCurl(); }, 3));
                 for (const double megabytes : numbers(parser.value("sizes"))) {
                     const double seconds = megabytes * 8 / mbits;
                     if (seconds > parser.value("longest").toDouble())
