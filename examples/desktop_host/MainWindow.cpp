@@ -447,7 +447,10 @@ void MainWindow::convert()
         || job->failure() == CloudFailure::Cancelled)
         return;
     addDrawings({target});
-    const QStringList leftOut = job->conversionReport().leftOut;
+    QStringList leftOut = job->conversionReport().leftOut;
+    constexpr int most = 15; // lines of a box
+    if (leftOut.size() > most)
+        leftOut = leftOut.mid(0, most) + QStringList("...");
     if (!leftOut.isEmpty()) {
         answered(QMessageBox::Warning,
             tr("%1 was converted, but not all of it has a place in the result. What is missing:")
