@@ -226,7 +226,7 @@ void Connection::readBody()
             takeContent();
         if (content_.size() >= pieceSize)
             return work(
-                Lane::Transfer, [this] { takeContent(); }, &Connection::readBody);
+                Lane::Receiving, [this] { takeContent(); }, &Connection::readBody);
         if (!read(&Connection::readBody))
             return;
     }
@@ -342,7 +342,7 @@ void Connection::readPart()
         if (out_.empty())
             spdlog::error("{} {}: a stored file ended early", call_->method(), call_->path());
     };
-    work(Lane::Transfer, task, &Connection::writePart);
+    work(Lane::Sending, task, &Connection::writePart);
 }
 
 void Connection::writePart()

@@ -9,7 +9,8 @@ enum class Lane
     Usual,
     SignIn, ///< hashes passwords
     Conversion,
-    Transfer, ///< reads and writes pieces of files
+    Receiving, ///< writes pieces of files, which may wait for the disk
+    Sending, ///< reads pieces of files
     Handshake ///< of TLS
 };
 

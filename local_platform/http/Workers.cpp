@@ -11,7 +11,7 @@ namespace local_platform {
 
 Workers::Workers()
     // Threads are made when they are needed first. A client has one task at a time.
-    : queues_{Queue{64, 1u << 20}, Queue{32, 1024}, Queue{64, 64}, Queue{8, 1u << 20},
+    : queues_{Queue{64, 1u << 20}, Queue{32, 1024}, Queue{64, 64}, Queue{8, 1u << 20}, Queue{8, 1u << 20},
         Queue{std::max(1u, std::thread::hardware_concurrency()), 1u << 20, true}}
 {
 }

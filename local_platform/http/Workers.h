@@ -48,7 +48,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable ended_;
-    std::array<Queue, 5> queues_;
+    std::array<Queue, 6> queues_;
     std::size_t running_ = 0;
     bool stopping_ = false;
     std::vector<std::thread> threads_;
