@@ -303,9 +303,11 @@ void MainWindow::signOut()
         return;
     // The next user has another cloud space.
     ownProjects.clear();
-    for (int row = 0; row < drawings->topLevelItemCount(); ++row)
-        drawings->topLevelItem(row)->setData(BackedUp, Qt::UserRole, {}),
-            drawings->topLevelItem(row)->setText(BackedUp, QString());
+    for (int row = 0; row < drawings->topLevelItemCount(); ++row) {
+        QTreeWidgetItem* drawing = drawings->topLevelItem(row);
+        drawing->setData(BackedUp, Qt::UserRole, {});
+        drawing->setText(BackedUp, QString());
+    }
 }
 
 void MainWindow::openCloudSpace()
